@@ -1,0 +1,108 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "cli/cli.h"
+
+#include <ostream>
+#include <unistd.h>
+
+#include "cli/commands.h"
+#include "cli/terminalui.h"
+#include "shell/application.h"
+
+namespace dorvane::cli {
+namespace {
+
+constexpr const char* kUsage =
+    "Usage: dorvane [--home DIR] [--yes] [COMMAND [ARGS]]\n"
+    "\n"
+    "Without a command Dorvane opens its window.\n"
+    "\n"
+    "Commands:\n"
+    "  list TYPE [--timeframe NAME]\n"
+    "                        list the documents of a type as the window does (Invoice,\n"
+    "                        Estimate, CreditMemo, SalesReceipt, PurchaseOrder, Statement,\n"
+    "                        Timesheet, TimesheetA); NAME defaults to ThisWeekToDate\n"
+    "  company               print the company's name and address\n"
+    "  request FILE          send the qbXML request in FILE to QuickBooks and print the answer\n"
+    "  sandbox ...           the embedded QuickBooks: status | open FILE | close | stop |\n"
+    "                        new FILE [--demo] [--customers N] [--invoices N] | load FILE.xml\n"
+    "                        (dorvane sandbox help tells more)\n"
+    "  help                  this text\n"
+    "  version               the program's version\n"
+    "\n"
+    "Options:\n"
+    "  --home DIR            the program folder (templates, style sheets, logs and traces);\n"
+    "                        default $DORVANE_HOME, else the folder of the executable\n"
+    "  --yes, -y             answer Yes/OK to every question\n"
+    "\n"
+    "Exit status: 0 done, 1 the job ran and something in it failed, 2 QuickBooks could not\n"
+    "be reached, 64 the command line is wrong.\n";
+
+struct Command {
+    const char* name;
+    int (*run)(CommandContext&, const Args&);
+};
+
+constexpr Command kCommands[] = {
+    {"request", requestCommand},
+    {"list", listCommand},
+    {"company", companyCommand},
+};
+
+}  // namespace
+
+GlobalOptions parseGlobalOptions(const std::vector<std::string>& args) {
+    GlobalOptions options;
+    std::size_t i = 0;
+    for (; i < args.size(); ++i) {
+        const std::string& a = args[i];
+        if (a == "--home" && i + 1 < args.size()) {
+            options.home = args[++i];
+        } else if (a.starts_with("--home=")) {
+            options.home = a.substr(7);
+        } else if (a == "--yes" || a == "-y") {
+            options.yes = true;
+        } else {
+            break;
+        }
+    }
+    options.rest.assign(args.begin() + static_cast<std::ptrdiff_t>(i), args.end());
+    return options;
+}
+
+bool hasCommand(const std::vector<std::string>& args) {
+    return !parseGlobalOptions(args).rest.empty();
+}
+
+int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& err) {
+    GlobalOptions options = parseGlobalOptions(args);
+    if (options.rest.empty()) {
+        err << kUsage;
+        return kExitUsage;
+    }
+    const std::string command = options.rest.front();
+    Args rest(options.rest.begin() + 1, options.rest.end());
+
+    if (command == "help" || command == "--help" || command == "-h") {
+        out << kUsage;
+        return kExitOk;
+    }
+    if (command == "version" || command == "--version") {
+        out << "Dorvane " << DORVANE_VERSION << '\n';
+        return kExitOk;
+    }
+    if (command == "sandbox") {
+        return sandboxCommand(rest, out, err);
+    }
+    for (const Command& c : kCommands) {
+        if (command == c.name) {
+            TerminalUi ui(err, options.yes, ::isatty(STDIN_FILENO) && ::isatty(STDERR_FILENO));
+            shell::Application app(ui, shell::StartOptions{options.home});
+            CommandContext ctx{app, ui, out, err};
+            return c.run(ctx, rest);
+        }
+    }
+    err << "dorvane: unknown command '" << command << "'\n\n" << kUsage;
+    return kExitUsage;
+}
+
+}  // namespace dorvane::cli

@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Dorvane — the CLI's commands. Each takes its own arguments (after the command word).
+#pragma once
+
+#include <iosfwd>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace dorvane::shell {
+class Application;
+class ListModel;
+}  // namespace dorvane::shell
+
+namespace dorvane::cli {
+
+class TerminalUi;
+
+struct CommandContext {
+    shell::Application& app;
+    TerminalUi& ui;
+    std::ostream& out;
+    std::ostream& err;
+};
+
+using Args = std::vector<std::string>;
+
+int requestCommand(CommandContext& ctx, const Args& args);
+int listCommand(CommandContext& ctx, const Args& args);
+int companyCommand(CommandContext& ctx, const Args& args);
+
+// The document type a command-line word names (any case), e.g. "invoice" → "Invoice".
+std::optional<std::string> documentTypeNamed(std::string_view name);
+// Takes TYPE and --timeframe from `args`, runs the window's start-up and the type's list
+// loader. Arguments it does not know go to `rest` (or are refused when it is null).
+int loadListFromArgs(CommandContext& ctx, const Args& args, const char* usage,
+                     std::vector<std::string>* rest);
+void printList(const shell::ListModel& list, std::ostream& out);
+// `dorvane sandbox status|open|close|stop|new|load|fail ...`: runs without an Application.
+int sandboxCommand(const Args& args, std::ostream& out, std::ostream& err);
+
+}  // namespace dorvane::cli

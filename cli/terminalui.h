@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Dorvane — the terminal's answer to what core asks of a person.
+//
+// Message boxes go to the error stream. A question is answered from the options (--yes) or,
+// on a terminal, by the person at the keyboard; anywhere else it is answered Cancel/No and an
+// input box answers nothing, so a script never hangs on a question.
+#pragma once
+
+#include <iosfwd>
+#include <istream>
+
+#include "shell/uiport.h"
+
+namespace dorvane::cli {
+
+class TerminalUi final : public shell::UiPort {
+public:
+    TerminalUi(std::ostream& err, bool assumeYes, bool interactive, std::istream* in = nullptr);
+
+    shell::Answer messageBox(std::string_view text, std::string_view title, shell::Icon icon,
+                             shell::Buttons buttons) override;
+    std::optional<std::string> inputBox(std::string_view prompt, std::string_view title,
+                                        std::string_view preset) override;
+    std::optional<std::string> openFileDialog(std::string_view title,
+                                              std::string_view filter) override;
+    void openWithDesktop(std::string_view path) override;
+    std::string clipboardText() override { return {}; }
+    void beep() override {}
+    void setBusy(bool) override {}
+    void yield() override {}
+    bool runDialog(shell::DialogModel& model) override;
+
+    // How many message boxes were shown (the commands' exit status looks at it).
+    int messagesShown() const { return m_messages; }
+
+private:
+    std::optional<std::string> ask(std::string_view prompt);
+
+    std::ostream& m_err;
+    bool m_assumeYes;
+    bool m_interactive;
+    std::istream* m_in;
+    int m_messages = 0;
+};
+
+}  // namespace dorvane::cli

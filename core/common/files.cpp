@@ -1,0 +1,116 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "common/files.h"
+
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <fstream>
+#include <sstream>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace dorvane::files {
+namespace {
+
+Error errnoError(int err, const std::filesystem::path& path) {
+    return Error{err, std::string(std::strerror(err)) + ": " + path.string()};
+}
+
+class Fd {
+public:
+    explicit Fd(int fd) : m_fd(fd) {}
+    ~Fd() {
+        if (m_fd >= 0) {
+            ::close(m_fd);
+        }
+    }
+    Fd(const Fd&) = delete;
+    Fd& operator=(const Fd&) = delete;
+    int get() const { return m_fd; }
+    int release() {
+        int fd = m_fd;
+        m_fd = -1;
+        return fd;
+    }
+
+private:
+    int m_fd;
+};
+
+}  // namespace
+
+Result<std::string> readAll(const std::filesystem::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    if (!in) {
+        return errnoError(errno ? errno : ENOENT, path);
+    }
+    std::ostringstream out;
+    out << in.rdbuf();
+    if (in.bad()) {
+        return errnoError(errno ? errno : EIO, path);
+    }
+    return out.str();
+}
+
+Status writeAtomically(const std::filesystem::path& path, std::string_view data,
+                       std::optional<unsigned> mode) {
+    const std::filesystem::path dir =
+        path.has_parent_path() ? path.parent_path() : std::filesystem::path(".");
+    std::string tmpl = (dir / ("." + path.filename().string() + ".XXXXXX")).string();
+    int raw = ::mkstemp(tmpl.data());
+    if (raw < 0) {
+        return errnoError(errno, path);
+    }
+    Fd fd(raw);
+    auto fail = [&](int err) {
+        ::unlink(tmpl.c_str());
+        return Status(errnoError(err, path));
+    };
+    unsigned bits = 0644;
+    if (mode) {
+        bits = *mode;
+    } else {
+        struct stat st {};
+        if (::stat(path.c_str(), &st) == 0) {
+            bits = st.st_mode & 07777;
+        } else {
+            mode_t mask = ::umask(0);
+            ::umask(mask);
+            bits = 0666 & ~mask;
+        }
+    }
+    if (::fchmod(fd.get(), bits) != 0) {
+        return fail(errno);
+    }
+    const char* p = data.data();
+    std::size_t left = data.size();
+    while (left > 0) {
+        ssize_t n = ::write(fd.get(), p, left);
+        if (n < 0) {
+            if (errno == EINTR) {
+                continue;
+            }
+            return fail(errno);
+        }
+        p += n;
+        left -= static_cast<std::size_t>(n);
+    }
+    if (::fsync(fd.get()) != 0) {
+        return fail(errno);
+    }
+    if (::close(fd.release()) != 0) {
+        return fail(errno);
+    }
+    if (::rename(tmpl.c_str(), path.c_str()) != 0) {
+        return fail(errno);
+    }
+    // Make the rename itself durable.
+    int dfd = ::open(dir.c_str(), O_RDONLY | O_DIRECTORY);
+    if (dfd >= 0) {
+        ::fsync(dfd);
+        ::close(dfd);
+    }
+    return {};
+}
+
+}  // namespace dorvane::files

@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "qbgateway/programfolder.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+
+#include "common/files.h"
+#include "shell/uiport.h"
+
+namespace dorvane::qbgateway {
+
+ProgramFolder::ProgramFolder(std::filesystem::path folder, shell::UiPort& ui)
+    : m_folder(folder.string()), m_ui(ui) {
+    while (m_folder.size() > 1 && m_folder.back() == '/') {
+        m_folder.pop_back();
+    }
+}
+
+std::string ProgramFolder::filePath(std::string_view name) const {
+    std::string relative(name);
+    for (char& c : relative) {
+        if (c == '\\') {
+            c = '/';
+        }
+    }
+    std::size_t start = relative.find_first_not_of('/');
+    relative.erase(0, start == std::string::npos ? relative.size() : start);
+    return m_folder + "/" + relative;
+}
+
+std::string ProgramFolder::readProgramFile(std::string_view name) const {
+    const std::string path = filePath(name);
+    errno = 0;
+    std::ifstream in(path, std::ios::binary);
+    std::string joined;
+    if (in) {
+        std::string content((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+        if (!in.bad()) {
+            joined.reserve(content.size());
+            for (char c : content) {
+                if (c != '\r' && c != '\n') {
+                    joined += c;
+                }
+            }
+            return joined;
+        }
+    }
+    int err = errno ? errno : EIO;
+    m_ui.messageBox("Could not open file " + path + " (" + std::to_string(err) + ")");
+    return {};
+}
+
+void ProgramFolder::writeProgramFile(std::string_view text, std::string_view name) const {
+    std::string data(text);
+    data += "\r\n";
+    const std::string path = filePath(name);
+    Status written = files::writeAtomically(path, data);
+    if (!written) {
+        throw FileWriteError(written.error().code, written.error().description);
+    }
+}
+
+std::filesystem::path ProgramFolder::locate(const std::string& homeOption) {
+    if (!homeOption.empty()) {
+        return std::filesystem::absolute(homeOption);
+    }
+    if (const char* home = std::getenv("DORVANE_HOME"); home && *home) {
+        return std::filesystem::absolute(home);
+    }
+    std::error_code ec;
+    auto exe = std::filesystem::read_symlink("/proc/self/exe", ec);
+    if (!ec) {
+        return exe.parent_path();
+    }
+    return std::filesystem::current_path();
+}
+
+}  // namespace dorvane::qbgateway

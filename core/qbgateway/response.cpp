@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "qbgateway/response.h"
+
+#include "shell/uiport.h"
+
+namespace dorvane::qbgateway {
+namespace {
+
+void show(shell::UiPort* ui, const std::string& text, std::string_view title) {
+    if (ui) {
+        ui->messageBox(text, title, shell::Icon::Exclamation, shell::Buttons::Ok);
+    }
+}
+
+}  // namespace
+
+std::string checkResponseStatus(std::string_view response, shell::UiPort* ui) {
+    auto doc = xml::Document::parse(response);
+    if (!doc) {
+        std::string error = "loadXML failed, reason: " + doc.error().description;
+        show(ui, error, "Error");
+        return error;
+    }
+    // QBXML → QBXMLMsgsRs → the first response element.
+    xml::Node first = doc->root().firstChildElement().firstChildElement();
+    static constexpr const char* kAttributes[] = {"statusCode", "statusSeverity", "statusMessage"};
+    for (const char* attribute : kAttributes) {
+        if (!first.hasAttribute(attribute)) {
+            std::string error = first ? "The response element " + first.name() +
+                                            " has no attribute " + attribute + "."
+                                      : std::string("The response holds no response element.");
+            show(ui, error, "Error");
+            return error;
+        }
+    }
+    const std::string code = first.attribute("statusCode");
+    const std::string severity = first.attribute("statusSeverity");
+    const std::string message = first.attribute("statusMessage");
+    if (code == "0") {
+        return {};
+    }
+    if (severity == "Warning") {
+        show(ui, message, "Warning from QuickBooks");
+        return {};
+    }
+    if (severity == "Error") {
+        show(ui, message, "Error from QuickBooks");
+        return message;
+    }
+    return {};
+}
+
+bool isResponseOK(std::string_view response, shell::UiPort& ui) {
+    return checkResponseStatus(response, &ui).empty();
+}
+
+std::string getNodeValue(xml::Node node, std::string_view xpath) {
+    return node.valueOf(xpath);
+}
+
+std::string getXMLNodeValueAsString(std::string_view tagName, const xml::Document& doc) {
+    xml::Node node = doc.firstElementByTagName(tagName);
+    if (!node) {
+        throw MissingElement("The document has no element " + std::string(tagName) + ".");
+    }
+    return node.text();
+}
+
+}  // namespace dorvane::qbgateway

@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Dorvane — request templates and their placeholders.
+#pragma once
+
+#include <array>
+#include <string>
+#include <string_view>
+
+namespace dorvane::qbgateway {
+
+inline constexpr std::string_view kDateMacroPlaceholder = "<DateMacro></DateMacro>";
+inline constexpr std::string_view kListIdPlaceholder = "<ListID>IDTYPE</ListID>";
+inline constexpr std::string_view kFromDatePlaceholder = "TheFromDate";
+inline constexpr std::string_view kFixedFromDate = "1990-12-31";
+
+// The timeframe box's items in list order; each is the qbXML date macro it stands for, but
+// "ALL", which removes the date filter.
+inline constexpr std::array<std::string_view, 9> kTimeframes = {
+    "ThisWeekToDate",       "ThisMonthToDate", "ThisFiscalQuarterToDate",
+    "ThisFiscalYearToDate", "LastWeek",        "LastMonth",
+    "LastFiscalQuarter",    "LastFiscalYear",  "ALL"};
+
+// "<DateMacro>" + timeframe + "</DateMacro>", or "" for "ALL".
+std::string buildDateMacro(std::string_view timeframe);
+
+// The template with every date-macro placeholder replaced for the timeframe.
+std::string fillDateMacro(std::string_view request, std::string_view timeframe);
+// The template with every list-identifier placeholder replaced; an empty id queries the
+// whole list.
+std::string fillListId(std::string_view request, std::string_view listId);
+
+}  // namespace dorvane::qbgateway

@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "shell/application.h"
+
+#include <cstdlib>
+#include <string_view>
+
+#include "qbgateway/responsefolder.h"
+#include "qbsandbox/sandbox.h"
+
+namespace dorvane::shell {
+
+qbgateway::ProcessorFactory defaultProcessorFactory() {
+    constexpr std::string_view kResponses = "responses:";
+    if (const char* choice = std::getenv("DORVANE_PROCESSOR"); choice && *choice) {
+        std::string_view c(choice);
+        if (c.starts_with(kResponses)) {
+            return qbgateway::responseFolderFactory(std::string(c.substr(kResponses.size())));
+        }
+    }
+    return qbsandbox::processorFactory();
+}
+
+Application::Application(UiPort& ui, const StartOptions& options,
+                         qbgateway::ProcessorFactory factory)
+    : m_ui(ui),
+      m_folder(qbgateway::ProgramFolder::locate(options.home), ui),
+      m_gateway(m_folder, ui, std::move(factory)),
+      m_settings(SettingsStore::forUser()),
+      m_window(ui, m_folder),
+      m_company(ui, m_folder, m_gateway, m_window),
+      m_defaults(m_folder, m_gateway, ui),
+      m_browser(m_window, m_gateway, m_folder, m_company, ui) {
+    MainWindowServices services;
+    services.loadCompanyInfo = [this] { m_company.retrieveCompanyInfo(); };
+    services.ensureDefaultRecords = [this] { m_defaults.ensureDefaultRecords(); };
+    services.loadList = [this](const std::string& type, const std::string& timeframe) {
+        m_browser.loadList(type, timeframe);
+    };
+    m_window.setServices(std::move(services));
+    m_gateway.onCompanyFileChanged([this] { m_company.retrieveCompanyInfo(); });
+}
+
+}  // namespace dorvane::shell

@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Dorvane — the program's services, put together once and handed to the window or the CLI.
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <string>
+
+#include "browser/loaders.h"
+#include "company/companyinfo.h"
+#include "qbgateway/defaultrecords.h"
+#include "qbgateway/gateway.h"
+#include "qbgateway/programfolder.h"
+#include "shell/mainwindow.h"
+#include "shell/settings.h"
+
+namespace dorvane::shell {
+
+class UiPort;
+
+struct StartOptions {
+    std::string home;  // --home DIR; empty: $DORVANE_HOME, else the executable's folder
+};
+
+// Which request processor the gateway uses: the embedded sandbox by default;
+// DORVANE_PROCESSOR=responses:DIR answers from the response files in DIR instead (a test
+// double that stands in for QuickBooks in tests and demos).
+qbgateway::ProcessorFactory defaultProcessorFactory();
+
+// Owns the program-wide services and wires the main window to them: start-up retrieves the
+// company and makes sure of the default records, type selection and Refresh run the list
+// loaders, and a switch of company file in QuickBooks reloads the company information.
+class Application {
+public:
+    Application(UiPort& ui, const StartOptions& options,
+                qbgateway::ProcessorFactory factory = defaultProcessorFactory());
+
+    UiPort& ui() { return m_ui; }
+    qbgateway::ProgramFolder& folder() { return m_folder; }
+    qbgateway::Gateway& gateway() { return m_gateway; }
+    SettingsStore& settings() { return m_settings; }
+    MainWindow& window() { return m_window; }
+    company::CompanyInfo& company() { return m_company; }
+    qbgateway::DefaultRecords& defaultRecords() { return m_defaults; }
+    browser::DocumentBrowser& browser() { return m_browser; }
+
+private:
+    UiPort& m_ui;
+    qbgateway::ProgramFolder m_folder;
+    qbgateway::Gateway m_gateway;
+    SettingsStore m_settings;
+    MainWindow m_window;
+    company::CompanyInfo m_company;
+    qbgateway::DefaultRecords m_defaults;
+    browser::DocumentBrowser m_browser;
+};
+
+}  // namespace dorvane::shell

@@ -1,0 +1,113 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "shell/listmodel.h"
+
+#include <algorithm>
+#include <string_view>
+
+namespace dorvane::shell {
+
+void ListModel::clear() {
+    m_columns.clear();
+    m_rows.clear();
+    m_sorted = false;
+    notifyReset();
+}
+
+void ListModel::setColumns(std::vector<ListColumn> columns) {
+    m_columns = std::move(columns);
+    notifyReset();
+}
+
+int ListModel::addRow(ListRow row) {
+    row.cells.resize(std::max(row.cells.size(), m_columns.size()));
+    auto at = m_rows.end();
+    if (m_sorted) {
+        const auto col = static_cast<std::size_t>(m_sortColumn);
+        const std::string& key = col < row.cells.size() ? row.cells[col] : std::string();
+        auto cell = [col](const ListRow& r) {
+            return col < r.cells.size() ? std::string_view(r.cells[col]) : std::string_view();
+        };
+        at = m_sortOrder == SortOrder::Ascending
+                 ? std::upper_bound(m_rows.begin(), m_rows.end(), key,
+                                    [&](const std::string& k, const ListRow& r) {
+                                        return std::string_view(k) < cell(r);
+                                    })
+                 : std::upper_bound(m_rows.begin(), m_rows.end(), key,
+                                    [&](const std::string& k, const ListRow& r) {
+                                        return cell(r) < std::string_view(k);
+                                    });
+    }
+    int index = static_cast<int>(at - m_rows.begin());
+    m_rows.insert(at, std::move(row));
+    if (m_observer) {
+        m_observer->rowAdded(index);
+    }
+    return index;
+}
+
+void ListModel::setChecked(int row, bool checked) {
+    auto& r = m_rows.at(static_cast<std::size_t>(row));
+    if (r.checked != checked) {
+        r.checked = checked;
+        if (m_observer) {
+            m_observer->rowChanged(row);
+        }
+    }
+}
+
+void ListModel::setIcon(int row, int icon) {
+    m_rows.at(static_cast<std::size_t>(row)).icon = icon;
+    if (m_observer) {
+        m_observer->rowChanged(row);
+    }
+}
+
+void ListModel::setCell(int row, int column, std::string text) {
+    auto& r = m_rows.at(static_cast<std::size_t>(row));
+    if (column < 0) {
+        return;
+    }
+    if (static_cast<std::size_t>(column) >= r.cells.size()) {
+        r.cells.resize(static_cast<std::size_t>(column) + 1);
+    }
+    r.cells[static_cast<std::size_t>(column)] = std::move(text);
+    if (m_observer) {
+        m_observer->rowChanged(row);
+    }
+}
+
+void ListModel::sortByColumn(int column) {
+    if (column != m_sortColumn) {
+        m_sortColumn = column;
+        m_sortOrder = SortOrder::Ascending;
+    } else {
+        m_sortOrder =
+            m_sortOrder == SortOrder::Ascending ? SortOrder::Descending : SortOrder::Ascending;
+    }
+    m_sorted = true;
+    applySort();
+    notifyReset();
+}
+
+void ListModel::applySort() {
+    const auto col = static_cast<std::size_t>(m_sortColumn);
+    auto cell = [col](const ListRow& r) -> const std::string& {
+        static const std::string empty;
+        return col < r.cells.size() ? r.cells[col] : empty;
+    };
+    if (m_sortOrder == SortOrder::Ascending) {
+        std::stable_sort(m_rows.begin(), m_rows.end(),
+                         [&](const ListRow& a, const ListRow& b) { return cell(a) < cell(b); });
+    } else {
+        std::stable_sort(m_rows.begin(), m_rows.end(),
+                         [&](const ListRow& a, const ListRow& b) { return cell(b) < cell(a); });
+    }
+}
+
+void ListModel::notifyReset() {
+    if (m_observer) {
+        m_observer->listReset();
+    }
+}
+
+}  // namespace dorvane::shell

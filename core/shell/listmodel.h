@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Dorvane — the rows of a list view, kept in core and rendered by a front end.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace dorvane::shell {
+
+struct ListColumn {
+    std::string caption;
+    int width = 0;  // a hint in pixels; 0 lets the front end decide
+};
+
+struct ListRow {
+    bool checked = false;
+    int icon = 0;                    // 1-based index into the window's icon list; 0 = none
+    std::vector<std::string> cells;  // one per column
+    std::string key;                 // the record's identifier (TxnID, ListID, ...)
+};
+
+enum class SortOrder { Ascending, Descending };
+
+// Change notifications. `listReset` follows any change of columns or of several rows;
+// `rowAdded` a new row at `row` (the rows after it move down by one); `rowChanged` a change of
+// one row's check, icon or cells.
+class ListObserver {
+public:
+    virtual ~ListObserver() = default;
+    virtual void listReset() = 0;
+    virtual void rowAdded(int /*row*/) { listReset(); }
+    virtual void rowChanged(int row) = 0;
+};
+
+class ListModel {
+public:
+    const std::vector<ListColumn>& columns() const { return m_columns; }
+    const std::vector<ListRow>& rows() const { return m_rows; }
+    int rowCount() const { return static_cast<int>(m_rows.size()); }
+    const ListRow& row(int i) const { return m_rows.at(static_cast<std::size_t>(i)); }
+
+    void clear();  // columns and rows
+    void setColumns(std::vector<ListColumn> columns);
+    // Appends a row, or, while the list is sorted, inserts it at its place in the order;
+    // answers the row's index.
+    int addRow(ListRow row);
+    void setChecked(int row, bool checked);
+    void setIcon(int row, int icon);
+    void setCell(int row, int column, std::string text);
+
+    // A click on a column header: a new column sorts ascending, the same column again flips
+    // the order. Cells compare as text.
+    void sortByColumn(int column);
+    int sortColumn() const { return m_sortColumn; }
+    SortOrder sortOrder() const { return m_sortOrder; }
+    bool sorted() const { return m_sorted; }
+
+    void setObserver(ListObserver* observer) { m_observer = observer; }
+
+private:
+    void applySort();
+    void notifyReset();
+
+    std::vector<ListColumn> m_columns;
+    std::vector<ListRow> m_rows;
+    int m_sortColumn = -1;  // no column yet: the first click on any column sorts ascending
+    SortOrder m_sortOrder = SortOrder::Ascending;
+    bool m_sorted = false;
+    ListObserver* m_observer = nullptr;
+};
+
+}  // namespace dorvane::shell

@@ -1,0 +1,137 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "shell/mainwindow.h"
+
+#include "qbgateway/programfolder.h"
+#include "qbgateway/templates.h"
+#include "shell/uiport.h"
+
+namespace dorvane::shell {
+
+MainWindow::MainWindow(UiPort& ui, const qbgateway::ProgramFolder& folder)
+    : m_ui(ui), m_folder(folder) {}
+
+void MainWindow::startUp() {
+    setControlVisible(kUpdateWebButton, false);
+    setControlVisible(kSendButton, false);
+    setControlVisible(kPreviewCheck, false);
+    setControlVisible(kImportButton, true);
+
+    m_list.clear();
+
+    m_timeframes.assign(qbgateway::kTimeframes.begin(), qbgateway::kTimeframes.end());
+    selectTimeframe(0);
+
+    if (m_services.loadCompanyInfo) {
+        m_services.loadCompanyInfo();
+    }
+    if (m_services.ensureDefaultRecords) {
+        m_services.ensureDefaultRecords();
+    }
+}
+
+void MainWindow::selectDocumentType(const std::string& type) {
+    m_documentType = type;
+    m_caption = "Dorvane " + type;
+    if (m_observer) {
+        m_observer->captionChanged();
+    }
+    {
+        BusyScope busy(m_ui);
+        runLoader(type);
+    }
+    showSendControls(true);
+}
+
+void MainWindow::refresh() {
+    setStatusText({});
+    BusyScope busy(m_ui);
+    // Only these types reload here. Timesheets by entity are reloaded by picking their menu
+    // entry again.
+    static constexpr const char* kRefreshable[] = {"PurchaseOrder", "Estimate",   "Invoice",
+                                                   "Statement",     "CreditMemo", "SalesReceipt",
+                                                   "Timesheet"};
+    for (const char* type : kRefreshable) {
+        if (m_documentType == type) {
+            runLoader(m_documentType);
+            return;
+        }
+    }
+}
+
+void MainWindow::openHelp() {
+    m_ui.openWithDesktop(m_folder.filePath(kHelpFile));
+}
+
+void MainWindow::showSendControls(bool show) {
+    setControlVisible(kSendButton, show);
+    setControlVisible(kPreviewCheck, show);
+    setControlVisible(kUpdateWebButton, !show);
+}
+
+void MainWindow::setStatusText(std::string text) {
+    m_statusText = std::move(text);
+    if (m_observer) {
+        m_observer->statusTextChanged();
+    }
+}
+
+void MainWindow::setCompanyText(std::string text) {
+    m_companyText = std::move(text);
+    if (m_observer) {
+        m_observer->companyTextChanged();
+    }
+}
+
+std::string MainWindow::timeframe() const {
+    if (m_timeframeIndex < 0 || m_timeframeIndex >= static_cast<int>(m_timeframes.size())) {
+        return {};
+    }
+    return m_timeframes[static_cast<std::size_t>(m_timeframeIndex)];
+}
+
+void MainWindow::selectTimeframe(int index) {
+    if (index < 0 || index >= static_cast<int>(m_timeframes.size()) || index == m_timeframeIndex) {
+        return;
+    }
+    m_timeframeIndex = index;
+    if (m_observer) {
+        m_observer->timeframeChanged();
+    }
+}
+
+bool MainWindow::selectTimeframe(std::string_view name) {
+    for (std::size_t i = 0; i < m_timeframes.size(); ++i) {
+        if (m_timeframes[i] == name) {
+            selectTimeframe(static_cast<int>(i));
+            return true;
+        }
+    }
+    return false;
+}
+
+ControlState MainWindow::control(const std::string& name) const {
+    auto it = m_controls.find(name);
+    return it == m_controls.end() ? ControlState{} : it->second;
+}
+
+void MainWindow::setControlVisible(const std::string& name, bool visible) {
+    m_controls[name].visible = visible;
+    if (m_observer) {
+        m_observer->controlChanged(name);
+    }
+}
+
+void MainWindow::setControlEnabled(const std::string& name, bool enabled) {
+    m_controls[name].enabled = enabled;
+    if (m_observer) {
+        m_observer->controlChanged(name);
+    }
+}
+
+void MainWindow::runLoader(const std::string& type) {
+    if (m_services.loadList) {
+        m_services.loadList(type, timeframe());
+    }
+}
+
+}  // namespace dorvane::shell

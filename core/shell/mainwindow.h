@@ -1,0 +1,152 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Dorvane — the main window's logic: its state, its controls' state and its commands.
+//
+// The window owns the program-wide state that the list and mailing code share: the selected
+// document type, the last list response and the sent-log text. A front end renders the
+// caption, the controls' visibility, the list and the status text, and forwards the user's
+// commands (type selection, Refresh, a column click, Help) here.
+#pragma once
+
+#include <functional>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "shell/listmodel.h"
+#include "xml/xml.h"
+
+namespace dorvane::qbgateway {
+class ProgramFolder;
+}
+
+namespace dorvane::shell {
+
+class UiPort;
+
+// Control names of the main window.
+inline constexpr const char* kListView = "ListView1";
+inline constexpr const char* kTimeframeCombo = "timeframecombo";
+inline constexpr const char* kRefreshButton = "RefreshBtn";
+inline constexpr const char* kSendButton = "Command1";
+inline constexpr const char* kPreviewCheck = "Check1";
+inline constexpr const char* kImportButton = "ImportBtn";
+inline constexpr const char* kUpdateWebButton = "UpdateWebBtn";
+inline constexpr const char* kHelpFile = "\\DorvaneHelp.htm";
+
+// One entry of the "&E-Mail" menu.
+struct DocumentMenuEntry {
+    const char* name;     // menu entry's control name
+    const char* caption;  // with its & accelerator
+    const char* type;     // the document type it selects
+};
+
+inline constexpr DocumentMenuEntry kDocumentMenu[] = {
+    {"SelectInvoice", "&Invoice", "Invoice"},
+    {"SelectEstimate", "&Estimate", "Estimate"},
+    {"SelectCreditMemo", "&Credit Memo", "CreditMemo"},
+    {"SelectReceipts", "&Sales Receipt", "SalesReceipt"},
+    {"SelectPO", "&PurchaseOrder", "PurchaseOrder"},
+    {"selectTimesheetA", "Timesheets/Entity", "TimesheetA"},
+    {"SelectTimesheets", "Timesheets/Customer", "Timesheet"},
+    {"SelectStatements", "&Statements", "Statement"},
+};
+
+class MainWindowObserver {
+public:
+    virtual ~MainWindowObserver() = default;
+    virtual void captionChanged() {}
+    virtual void controlChanged(const std::string& /*control*/) {}
+    virtual void statusTextChanged() {}
+    virtual void companyTextChanged() {}
+    virtual void timeframeChanged() {}
+};
+
+struct ControlState {
+    bool visible = true;
+    bool enabled = true;
+};
+
+// What the window does through other subsystems. Each is optional; an empty one does
+// nothing.
+struct MainWindowServices {
+    // Start-up step 4: retrieve the company information.
+    std::function<void()> loadCompanyInfo;
+    // Start-up step 5: make sure the default account and item exist.
+    std::function<void()> ensureDefaultRecords;
+    // Runs the list loader of a document type with the selected timeframe.
+    std::function<void(const std::string& documentType, const std::string& timeframe)> loadList;
+};
+
+class MainWindow {
+public:
+    MainWindow(UiPort& ui, const qbgateway::ProgramFolder& folder);
+
+    void setServices(MainWindowServices services) { m_services = std::move(services); }
+    void setObserver(MainWindowObserver* observer) { m_observer = observer; }
+
+    // Window load, steps in order: hide the send controls, set up the list, fill the
+    // timeframe box, company information, default records. Loads no list.
+    void startUp();
+
+    // A type entry of the "&E-Mail" menu.
+    void selectDocumentType(const std::string& type);
+    // RefreshBtn.
+    void refresh();
+    // A ListView1 column-header click.
+    void columnClicked(int column) { m_list.sortByColumn(column); }
+    // Help: opens the help page with the desktop's program.
+    void openHelp();
+
+    // After a list load: the send controls show, the web-update button hides; the web item
+    // update does the opposite.
+    void showSendControls(bool show);
+
+    const std::string& caption() const { return m_caption; }
+    const std::string& documentType() const { return m_documentType; }
+    const std::string& statusText() const { return m_statusText; }
+    void setStatusText(std::string text);
+    const std::string& companyText() const { return m_companyText; }
+    void setCompanyText(std::string text);
+
+    const std::vector<std::string>& timeframes() const { return m_timeframes; }
+    int timeframeIndex() const { return m_timeframeIndex; }
+    std::string timeframe() const;
+    void selectTimeframe(int index);
+    bool selectTimeframe(std::string_view name);
+
+    ControlState control(const std::string& name) const;
+    void setControlVisible(const std::string& name, bool visible);
+    void setControlEnabled(const std::string& name, bool enabled);
+
+    ListModel& list() { return m_list; }
+    const ListModel& list() const { return m_list; }
+
+    // The document of the last list response and the sent-log text, shared with the
+    // recipient lookup and the send loop.
+    xml::Document& listDocument() { return m_listDocument; }
+    std::string& sentLogText() { return m_sentLogText; }
+
+    UiPort& ui() { return m_ui; }
+
+private:
+    void runLoader(const std::string& type);
+
+    UiPort& m_ui;
+    const qbgateway::ProgramFolder& m_folder;
+    MainWindowServices m_services;
+    MainWindowObserver* m_observer = nullptr;
+
+    std::string m_caption = "Dorvane";
+    std::string m_documentType;
+    std::string m_statusText;
+    std::string m_companyText;
+    std::vector<std::string> m_timeframes;
+    int m_timeframeIndex = -1;
+    std::map<std::string, ControlState> m_controls;
+    ListModel m_list;
+    xml::Document m_listDocument;
+    std::string m_sentLogText;
+};
+
+}  // namespace dorvane::shell

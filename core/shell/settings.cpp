@@ -1,0 +1,210 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "shell/settings.h"
+
+#include <cstdlib>
+
+#include "common/files.h"
+#include "common/text.h"
+
+namespace dorvane::shell {
+namespace {
+
+// Values are kept on one line: backslash, CR and LF are written as escapes.
+std::string escape(std::string_view in) {
+    std::string out;
+    for (char c : in) {
+        switch (c) {
+            case '\\':
+                out += "\\\\";
+                break;
+            case '\n':
+                out += "\\n";
+                break;
+            case '\r':
+                out += "\\r";
+                break;
+            default:
+                out += c;
+        }
+    }
+    return out;
+}
+
+std::string unescape(std::string_view in) {
+    std::string out;
+    for (std::size_t i = 0; i < in.size(); ++i) {
+        if (in[i] == '\\' && i + 1 < in.size()) {
+            char n = in[++i];
+            out += n == 'n' ? '\n' : n == 'r' ? '\r' : n;
+        } else {
+            out += in[i];
+        }
+    }
+    return out;
+}
+
+}  // namespace
+
+SettingsStore::SettingsStore(std::filesystem::path file) : m_file(std::move(file)) {
+    reload();
+}
+
+std::filesystem::path SettingsStore::userFile(std::string_view application) {
+    std::filesystem::path base;
+    if (const char* xdg = std::getenv("XDG_CONFIG_HOME"); xdg && *xdg) {
+        base = xdg;
+    } else {
+        const char* home = std::getenv("HOME");
+        base = std::filesystem::path(home ? home : ".") / ".config";
+    }
+    return base / "dorvane" / (std::string(application) + ".ini");
+}
+
+SettingsStore SettingsStore::forUser(std::string_view application) {
+    return SettingsStore(userFile(application));
+}
+
+void SettingsStore::reload() {
+    m_sections.clear();
+    auto content = files::readAll(m_file);
+    if (!content) {
+        return;
+    }
+    Section* current = nullptr;
+    for (const std::string& raw : text::split(*content, '\n')) {
+        std::string_view line = text::trim(raw);
+        if (line.empty() || line.front() == ';' || line.front() == '#') {
+            continue;
+        }
+        if (line.front() == '[' && line.back() == ']') {
+            std::string name(text::trim(line.substr(1, line.size() - 2)));
+            current = findSection(name);
+            if (!current) {
+                m_sections.push_back({name, {}});
+                current = &m_sections.back();
+            }
+            continue;
+        }
+        auto eq = line.find('=');
+        if (!current || eq == std::string_view::npos) {
+            continue;
+        }
+        std::string key(text::trim(line.substr(0, eq)));
+        // The value is everything after '=' on the raw line, spaces included.
+        std::string_view rawLine = raw;
+        if (!rawLine.empty() && rawLine.back() == '\r') {
+            rawLine.remove_suffix(1);
+        }
+        std::string value = unescape(rawLine.substr(rawLine.find('=') + 1));
+        put(current->name, key, value);
+    }
+}
+
+SettingsStore::Section* SettingsStore::findSection(std::string_view name) {
+    for (auto& s : m_sections) {
+        if (text::equalsIgnoreCase(s.name, name)) {
+            return &s;
+        }
+    }
+    return nullptr;
+}
+
+const SettingsStore::Section* SettingsStore::findSection(std::string_view name) const {
+    return const_cast<SettingsStore*>(this)->findSection(name);
+}
+
+bool SettingsStore::contains(std::string_view section, std::string_view key) const {
+    if (const Section* s = findSection(section)) {
+        for (const auto& e : s->entries) {
+            if (text::equalsIgnoreCase(e.key, key)) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+std::string SettingsStore::get(std::string_view section, std::string_view key,
+                               std::string_view fallback) const {
+    if (const Section* s = findSection(section)) {
+        for (const auto& e : s->entries) {
+            if (text::equalsIgnoreCase(e.key, key)) {
+                return e.value;
+            }
+        }
+    }
+    return std::string(fallback);
+}
+
+std::int16_t SettingsStore::getInt(std::string_view section, std::string_view key,
+                                   std::int16_t fallback) const {
+    if (!contains(section, key)) {
+        return fallback;
+    }
+    return text::toInt16(get(section, key)).value_or(fallback);
+}
+
+void SettingsStore::put(std::string_view section, std::string_view key, std::string_view value) {
+    Section* s = findSection(section);
+    if (!s) {
+        m_sections.push_back({std::string(section), {}});
+        s = &m_sections.back();
+    }
+    for (auto& e : s->entries) {
+        if (text::equalsIgnoreCase(e.key, key)) {
+            e.value = std::string(value);
+            return;
+        }
+    }
+    s->entries.push_back({std::string(key), std::string(value)});
+}
+
+Status SettingsStore::set(std::string_view section, std::string_view key, std::string_view value) {
+    put(section, key, value);
+    return save();
+}
+
+Status SettingsStore::setAll(std::string_view section,
+                             const std::vector<std::pair<std::string, std::string>>& values) {
+    for (const auto& [key, value] : values) {
+        put(section, key, value);
+    }
+    return save();
+}
+
+Status SettingsStore::save() const {
+    std::string out;
+    for (const auto& s : m_sections) {
+        out += "[" + s.name + "]\n";
+        for (const auto& e : s.entries) {
+            out += e.key + "=" + escape(e.value) + "\n";
+        }
+        out += "\n";
+    }
+    std::error_code ec;
+    if (m_file.has_parent_path()) {
+        std::filesystem::create_directories(m_file.parent_path(), ec);
+        if (ec) {
+            return Error{ec.value(), ec.message() + ": " + m_file.parent_path().string()};
+        }
+    }
+    return files::writeAtomically(m_file, out, 0600);
+}
+
+MailSettings loadMailSettings(const SettingsStore& store) {
+    MailSettings m;
+    m.test = store.getInt("Settings", "Test", 0);
+    m.emailAdr = store.get("Settings", "EmailAdr");
+    m.mailOption = store.getInt("Settings", "MailOption", 0);
+    m.trace = store.getInt("SMTP", "Trace", 0);
+    m.bcc = store.getInt("Settings", "BCC", 0);
+    m.bccAdr = store.get("Settings", "BCCAdr");
+    m.alwaysBcc = store.getInt("Settings", "alwaysBCC", 0);
+    m.altEmail = store.getInt("Settings", "altEmail", 0);
+    m.attachment = store.getInt("Settings", "Attachment", 0);
+    m.returnReceipt = store.getInt("Settings", "ReturnReceipt", 0);
+    m.encrypt = store.getInt("Settings", "Encrypt", 0);
+    return m;
+}
+
+}  // namespace dorvane::shell

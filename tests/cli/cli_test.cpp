@@ -1,0 +1,103 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The built `dorvane` executable, run as a script or cron job would run it.
+#include <gtest/gtest.h>
+
+#include "support/testsupport.h"
+
+namespace dorvane::test {
+namespace {
+
+class Cli : public ::testing::Test {
+protected:
+    Cli() {
+        std::filesystem::create_directories(home / "qb");
+        std::filesystem::create_directories(home / "program");
+        for (const auto& f : std::filesystem::directory_iterator(programSource())) {
+            if (f.is_regular_file() && f.path().extension() == ".xml") {
+                std::filesystem::copy(f.path(), home / "program" / f.path().filename());
+            }
+        }
+    }
+    // Runs dorvane with the program folder and QuickBooks of this test.
+    int dorvane(const std::string& args, const std::string& processor = "responses") {
+        std::string env = "XDG_CONFIG_HOME=" + (home / "cfg").string() +
+                          " DORVANE_SANDBOX_DIR=" + (home / "sandbox").string() + " ";
+        if (processor == "responses") {
+            env += "DORVANE_PROCESSOR=responses:" + (home / "qb").string() + " ";
+        }
+        return runCommand(
+            env + DORVANE_EXECUTABLE + " --home " + (home / "program").string() + " " + args, &out,
+            &err);
+    }
+
+    TempDir home;
+    std::string out, err;
+};
+
+TEST_F(Cli, HelpAndVersion) {
+    EXPECT_EQ(dorvane("--help"), 0);
+    EXPECT_NE(out.find("Usage: dorvane"), std::string::npos);
+    EXPECT_NE(out.find("request FILE"), std::string::npos);
+    EXPECT_EQ(dorvane("--version"), 0);
+    EXPECT_EQ(out.rfind("Dorvane ", 0), 0u);
+    EXPECT_EQ(dorvane("frobnicate"), 64);
+    EXPECT_NE(err.find("unknown command"), std::string::npos);
+}
+
+TEST_F(Cli, RequestPrintsTheAnswerAndTracesBoth) {
+    writeFile(home / "qb" / "HostQueryRs.xml", "<?xml version=\"1.0\" ?>\n<QBXML/>\n");
+    writeFile(home / "req.xml",
+              "<QBXML><QBXMLMsgsRq onError=\"stopOnError\"><HostQueryRq/>"
+              "</QBXMLMsgsRq></QBXML>");
+    EXPECT_EQ(dorvane("request " + (home / "req.xml").string()), 0) << err;
+    EXPECT_EQ(out, "<?xml version=\"1.0\" ?>\n<QBXML/>\n");
+    EXPECT_EQ(readFile(home / "program" / "QBXMLReq.txt"), readFile(home / "req.xml") + "\r\n");
+    EXPECT_EQ(readFile(home / "program" / "QBXMLResult.txt"), out + "\r\n");
+}
+
+TEST_F(Cli, RequestReportsAGatewayFailureWithItsText) {
+    writeFile(home / "req.xml", "<QBXML/>");
+    writeFile(home / "qb" / "failures.txt",
+              "OpenConnection 0x80040408 Could not start QuickBooks.\n");
+    EXPECT_EQ(dorvane("request " + (home / "req.xml").string()), 2);
+    EXPECT_EQ(out, "");
+    EXPECT_EQ(err, "QuickBooks Access Error\nCould not start QuickBooks.(-2147220472)\n");
+
+    writeFile(home / "qb" / "failures.txt", "BeginSession 0x80040416 none\n");
+    EXPECT_EQ(dorvane("request " + (home / "req.xml").string()), 2);
+    EXPECT_EQ(err, "Please open Quickbooks and select the appropriate Company file\n");
+
+    EXPECT_EQ(dorvane("request " + (home / "missing.xml").string()), 64);
+}
+
+TEST_F(Cli, ListPrintsRowsWithCheckMarks) {
+    writeFile(home / "qb" / "CompanyQueryRs.xml",
+              "<?xml version=\"1.0\" ?><QBXML><QBXMLMsgsRs><CompanyQueryRs statusCode=\"0\" "
+              "statusSeverity=\"Info\" statusMessage=\"Status OK\"><CompanyRet><CompanyName>"
+              "Harbor Lane Joinery</CompanyName><Address><Addr1>12 Quay St</Addr1><City>Portland"
+              "</City></Address></CompanyRet></CompanyQueryRs></QBXMLMsgsRs></QBXML>");
+    writeFile(home / "qb" / "EstimateQueryRs.xml",
+              "<?xml version=\"1.0\" ?><QBXML><QBXMLMsgsRs><EstimateQueryRs statusCode=\"0\" "
+              "statusSeverity=\"Info\" statusMessage=\"Status OK\"><EstimateRet><TxnID>E-1</TxnID>"
+              "<CustomerRef><ListID>C1</ListID><FullName>Able Co</FullName></CustomerRef><TxnDate>"
+              "2026-11-17</TxnDate><Subtotal>40.00</Subtotal></EstimateRet></EstimateQueryRs>"
+              "<CustomerQueryRs statusCode=\"0\" statusSeverity=\"Info\" statusMessage=\"Status "
+              "OK\"><CustomerRet><ListID>C1</ListID><Email>able@example.com</Email></CustomerRet>"
+              "</CustomerQueryRs></QBXMLMsgsRs></QBXML>");
+    writeFile(home / "program" / "EmailsSent.log", "");
+    EXPECT_EQ(dorvane("list estimate --timeframe ALL"), 0) << err;
+    EXPECT_EQ(out,
+              "Date\tEstimate ID\tCustomer\tBalance\tEMail\tStatus\n"
+              "[x]\t2026-11-17\tE-1\tAble Co\t40.00\table@example.com\tReady to send\n");
+    EXPECT_NE(err.find("Harbor Lane Joinery"), std::string::npos);
+    EXPECT_NE(readFile(home / "program" / "QBXMLReq.txt").find("<EstimateQueryRq"),
+              std::string::npos);
+    EXPECT_EQ(readFile(home / "program" / "QBXMLReq.txt").find("DateMacro"), std::string::npos)
+        << "ALL removes the date filter";
+
+    EXPECT_EQ(dorvane("list Estimate --timeframe Yesterday"), 64);
+    EXPECT_EQ(dorvane("list Receipts"), 64);
+}
+
+}  // namespace
+}  // namespace dorvane::test

@@ -1,0 +1,120 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Program-folder files and request templates.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include "qbgateway/programfolder.h"
+#include "qbgateway/templates.h"
+#include "support/testsupport.h"
+
+namespace dorvane::qbgateway {
+namespace {
+
+using test::ScriptedUi;
+using test::TempDir;
+
+TEST(ProgramFolder, NamesJoinWithOneSlashWhateverTheirLeadingSeparator) {
+    ScriptedUi ui;
+    ProgramFolder folder("/opt/dorvane/", ui);
+    EXPECT_EQ(folder.path(), "/opt/dorvane");
+    EXPECT_EQ(folder.filePath("EmailsSent.log"), "/opt/dorvane/EmailsSent.log");
+    EXPECT_EQ(folder.filePath("/invoice.xslt"), "/opt/dorvane/invoice.xslt");
+    EXPECT_EQ(folder.filePath("\\DorvaneHelp.htm"), "/opt/dorvane/DorvaneHelp.htm");
+    EXPECT_EQ(folder.filePath("icons\\1.png"), "/opt/dorvane/icons/1.png");
+}
+
+TEST(ProgramFolder, ReadJoinsLinesWithNothingBetween) {
+    TempDir dir;
+    ScriptedUi ui;
+    ProgramFolder folder(dir.path(), ui);
+    test::writeFile(dir / "t.xml", "a\r\nb\nc\r\n");
+    EXPECT_EQ(folder.readProgramFile("t.xml"), "abc");
+    test::writeFile(dir / "two.xml", "<A>\n  <B>x</B>\n</A>");
+    EXPECT_EQ(folder.readProgramFile("/two.xml"), "<A>  <B>x</B></A>");
+    EXPECT_TRUE(ui.messages.empty());
+}
+
+TEST(ProgramFolder, AMissingFileIsReportedWithItsPathAndErrorNumber) {
+    TempDir dir;
+    ScriptedUi ui;
+    ProgramFolder folder(dir.path(), ui);
+    EXPECT_EQ(folder.readProgramFile("Missing.xml"), "");
+    ASSERT_EQ(ui.messages.size(), 1u);
+    EXPECT_EQ(ui.messages[0].text,
+              "Could not open file " + (dir / "Missing.xml").string() + " (2)");
+    EXPECT_EQ(ui.messages[0].buttons, shell::Buttons::Ok);
+}
+
+TEST(ProgramFolder, WriteReplacesWholeFileEndingInCrLf) {
+    TempDir dir;
+    ScriptedUi ui;
+    ProgramFolder folder(dir.path(), ui);
+    folder.writeProgramFile("a much longer first text", "log.txt");
+    folder.writeProgramFile("short", "log.txt");
+    EXPECT_EQ(test::readFile(dir / "log.txt"), "short\r\n");
+    // No temporary files are left behind.
+    int entries = 0;
+    for ([[maybe_unused]] auto& e : std::filesystem::directory_iterator(dir.path())) {
+        ++entries;
+    }
+    EXPECT_EQ(entries, 1);
+}
+
+TEST(ProgramFolder, AFailedWriteThrowsAndLeavesTheOldFileWhole) {
+    if (::geteuid() == 0) {
+        GTEST_SKIP() << "root writes into read-only folders";
+    }
+    TempDir dir;
+    ScriptedUi ui;
+    ProgramFolder folder(dir.path(), ui);
+    folder.writeProgramFile("kept", "sent.log");
+    ::chmod(dir.path().c_str(), 0500);
+    EXPECT_THROW(folder.writeProgramFile("lost", "sent.log"), FileWriteError);
+    ::chmod(dir.path().c_str(), 0700);
+    EXPECT_EQ(test::readFile(dir / "sent.log"), "kept\r\n");
+}
+
+TEST(ProgramFolder, AFailedWriteIntoAFolderInTheWayThrows) {
+    TempDir dir;
+    ScriptedUi ui;
+    ProgramFolder folder(dir.path(), ui);
+    std::filesystem::create_directory(dir / "busy.log");
+    try {
+        folder.writeProgramFile("x", "busy.log");
+        FAIL() << "no error";
+    } catch (const FileWriteError& e) {
+        EXPECT_NE(e.code(), 0);
+        EXPECT_FALSE(e.description().empty());
+    }
+    EXPECT_TRUE(std::filesystem::is_directory(dir / "busy.log"));
+}
+
+TEST(ProgramFolder, HomeOptionWinsOverEnvironmentOverExecutable) {
+    ::setenv("DORVANE_HOME", "/srv/dorvane-env", 1);
+    EXPECT_EQ(ProgramFolder::locate("/srv/option"), "/srv/option");
+    EXPECT_EQ(ProgramFolder::locate(""), "/srv/dorvane-env");
+    ::unsetenv("DORVANE_HOME");
+    EXPECT_TRUE(std::filesystem::is_directory(ProgramFolder::locate("")));
+}
+
+TEST(Templates, DateMacroFillsEveryPlaceholder) {
+    EXPECT_EQ(buildDateMacro("LastFiscalQuarter"), "<DateMacro>LastFiscalQuarter</DateMacro>");
+    EXPECT_EQ(buildDateMacro("ALL"), "");
+    const std::string twice = "<A><DateMacro></DateMacro></A><B><DateMacro></DateMacro></B>";
+    EXPECT_EQ(fillDateMacro(twice, "LastWeek"),
+              "<A><DateMacro>LastWeek</DateMacro></A><B><DateMacro>LastWeek</DateMacro></B>");
+    EXPECT_EQ(fillDateMacro(twice, "ALL"), "<A></A><B></B>");
+    EXPECT_EQ(fillDateMacro("<NoFilter/>", "LastWeek"), "<NoFilter/>");
+    // The placeholder is matched exactly, case and all.
+    EXPECT_EQ(fillDateMacro("<datemacro></datemacro>", "LastWeek"), "<datemacro></datemacro>");
+}
+
+TEST(Templates, ListIdPlaceholderTakesAnIdOrNothing) {
+    const std::string t = "<CustomerQueryRq><ListID>IDTYPE</ListID></CustomerQueryRq>";
+    EXPECT_EQ(fillListId(t, "80000001-1193754437"),
+              "<CustomerQueryRq><ListID>80000001-1193754437</ListID></CustomerQueryRq>");
+    EXPECT_EQ(fillListId(t, ""), "<CustomerQueryRq></CustomerQueryRq>");
+}
+
+}  // namespace
+}  // namespace dorvane::qbgateway

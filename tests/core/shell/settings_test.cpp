@@ -1,0 +1,115 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The per-user settings store and the mail settings read from it.
+#include "shell/settings.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include "support/testsupport.h"
+
+namespace dorvane::shell {
+namespace {
+
+using test::TempDir;
+
+TEST(SettingsStore, KeysAndSectionsIgnoreCaseAndValuesSurviveAReload) {
+    TempDir dir;
+    SettingsStore store(dir / "DV01.ini");
+    ASSERT_TRUE(store.set("SMTP", "Pwd", "s3cret = with spaces ").ok());
+    ASSERT_TRUE(store.set("Settings", "BCCAdr", "a@example.com;b@example.org").ok());
+    EXPECT_EQ(store.get("smtp", "pwd"), "s3cret = with spaces ");
+    store.set("SMTP", "PWD", "changed\nline\\two").ok();
+
+    SettingsStore again(dir / "DV01.ini");
+    EXPECT_EQ(again.get("Smtp", "pwd"), "changed\nline\\two");
+    EXPECT_EQ(again.get("Settings", "bccadr"), "a@example.com;b@example.org");
+    EXPECT_EQ(again.get("Settings", "Missing", "fallback"), "fallback");
+    EXPECT_FALSE(again.contains("Import", "Pwd"));
+    // One value per key, however it was spelt.
+    EXPECT_EQ(test::readFile(dir / "DV01.ini").find("PWD="), std::string::npos);
+}
+
+TEST(SettingsStore, FileIsPrivateAndCreatedWithItsFolder) {
+    TempDir dir;
+    ::setenv("XDG_CONFIG_HOME", (dir / "cfg").c_str(), 1);
+    SettingsStore store = SettingsStore::forUser();
+    EXPECT_EQ(store.file(), dir / "cfg" / "dorvane" / "DV01.ini");
+    ASSERT_TRUE(store.set("SMTP", "Hostname", "mail.example.com").ok());
+    struct stat st {};
+    ASSERT_EQ(::stat(store.file().c_str(), &st), 0);
+    EXPECT_EQ(st.st_mode & 0777, 0600u);
+    ::unsetenv("XDG_CONFIG_HOME");
+}
+
+TEST(SettingsStore, NumbersReadAs16BitWithDefaults) {
+    TempDir dir;
+    SettingsStore store(dir / "s.ini");
+    store
+        .setAll("Settings",
+                {{"MailOption", "2"}, {"Test", "abc"}, {"BCC", "70000"}, {"Attachment", " 1 "}})
+        .ok();
+    EXPECT_EQ(store.getInt("Settings", "MailOption", 0), 2);
+    EXPECT_EQ(store.getInt("Settings", "Test", 0), 0);
+    EXPECT_EQ(store.getInt("Settings", "BCC", 0), 0);
+    EXPECT_EQ(store.getInt("Settings", "Attachment", 0), 1);
+    EXPECT_EQ(store.getInt("Settings", "Missing", 7), 7);
+}
+
+TEST(SettingsStore, AHandEditedFileIsRead) {
+    TempDir dir;
+    test::writeFile(dir / "s.ini",
+                    "; written by hand\r\n[ smtp ]\r\nHostname = mail.example.net\r\n"
+                    "junk line\r\nport=2525\r\n");
+    SettingsStore store(dir / "s.ini");
+    EXPECT_EQ(store.get("SMTP", "Hostname"), " mail.example.net");
+    EXPECT_EQ(store.get("SMTP", "Port", "25"), "2525");
+}
+
+TEST(MailSettings, AFreshInstallationSendsPlainlyThroughTheServer) {
+    TempDir dir;
+    SettingsStore store(dir / "none.ini");
+    MailSettings m = loadMailSettings(store);
+    EXPECT_EQ(m.mailOption, 0);
+    EXPECT_EQ(m.test, 0);
+    EXPECT_EQ(m.bcc, 0);
+    EXPECT_EQ(m.attachment, 0);
+    EXPECT_EQ(m.returnReceipt, 0);
+    EXPECT_EQ(m.trace, 0);
+    EXPECT_EQ(store.get("SMTP", "Port", "25"), "25");
+}
+
+TEST(MailSettings, EveryKeyReachesItsField) {
+    TempDir dir;
+    SettingsStore store(dir / "s.ini");
+    store
+        .setAll("Settings", {{"Test", "1"},
+                             {"EmailAdr", "t@example.com"},
+                             {"MailOption", "2"},
+                             {"BCC", "1"},
+                             {"BCCAdr", "b@example.com"},
+                             {"alwaysBCC", "1"},
+                             {"altEmail", "1"},
+                             {"Attachment", "1"},
+                             {"ReturnReceipt", "1"},
+                             {"Encrypt", "1"}})
+        .ok();
+    store.set("SMTP", "Trace", "1").ok();
+    MailSettings m = loadMailSettings(store);
+    EXPECT_EQ(m.test, 1);
+    EXPECT_EQ(m.emailAdr, "t@example.com");
+    EXPECT_EQ(m.mailOption, 2);
+    EXPECT_EQ(m.trace, 1);
+    EXPECT_EQ(m.bcc, 1);
+    EXPECT_EQ(m.bccAdr, "b@example.com");
+    EXPECT_EQ(m.alwaysBcc, 1);
+    EXPECT_EQ(m.altEmail, 1);
+    EXPECT_EQ(m.attachment, 1);
+    EXPECT_EQ(m.returnReceipt, 1);
+    EXPECT_EQ(m.encrypt, 1);
+    // A change takes effect at the next read, without restarting anything.
+    store.set("Settings", "MailOption", "1").ok();
+    EXPECT_EQ(loadMailSettings(store).mailOption, 1);
+}
+
+}  // namespace
+}  // namespace dorvane::shell

@@ -1,0 +1,114 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "support/testsupport.h"
+
+#include <cstdlib>
+#include <fstream>
+#include <random>
+#include <sstream>
+#include <stdexcept>
+#include <sys/wait.h>
+
+namespace dorvane::test {
+
+shell::Answer ScriptedUi::messageBox(std::string_view text, std::string_view title,
+                                     shell::Icon icon, shell::Buttons buttons) {
+    messages.push_back({std::string(text), std::string(title), icon, buttons});
+    if (!answers.empty()) {
+        auto a = answers.front();
+        answers.pop_front();
+        return a;
+    }
+    return buttons == shell::Buttons::YesNo || buttons == shell::Buttons::YesNoCancel
+               ? shell::Answer::Yes
+               : shell::Answer::Ok;
+}
+
+std::optional<std::string> ScriptedUi::inputBox(std::string_view, std::string_view,
+                                                std::string_view) {
+    if (inputs.empty()) {
+        return std::nullopt;
+    }
+    auto v = inputs.front();
+    inputs.pop_front();
+    return v;
+}
+
+std::optional<std::string> ScriptedUi::openFileDialog(std::string_view, std::string_view) {
+    if (files.empty()) {
+        return std::nullopt;
+    }
+    auto v = files.front();
+    files.pop_front();
+    return v;
+}
+
+bool ScriptedUi::runDialog(shell::DialogModel& model) {
+    dialogsShown.emplace_back(model.dialogName());
+    if (dialogAnswers.empty()) {
+        return false;
+    }
+    bool a = dialogAnswers.front();
+    dialogAnswers.pop_front();
+    return a;
+}
+
+std::vector<std::string> ScriptedUi::texts() const {
+    std::vector<std::string> out;
+    for (const auto& m : messages) {
+        out.push_back(m.text);
+    }
+    return out;
+}
+
+TempDir::TempDir() {
+    std::random_device rd;
+    auto base = std::filesystem::temp_directory_path();
+    for (int i = 0; i < 100; ++i) {
+        auto p = base / ("dorvane-test-" + std::to_string(rd()));
+        if (std::filesystem::create_directory(p)) {
+            m_path = p;
+            return;
+        }
+    }
+    throw std::runtime_error("cannot create a temporary folder");
+}
+
+TempDir::~TempDir() {
+    std::error_code ec;
+    std::filesystem::remove_all(m_path, ec);
+}
+
+std::string readFile(const std::filesystem::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream out;
+    out << in.rdbuf();
+    return out.str();
+}
+
+void writeFile(const std::filesystem::path& path, const std::string& text) {
+    std::ofstream out(path, std::ios::binary | std::ios::trunc);
+    out << text;
+}
+
+std::filesystem::path dataDir() {
+    return DORVANE_TEST_DATA_DIR;
+}
+std::filesystem::path programSource() {
+    return DORVANE_PROGRAM_SOURCE_DIR;
+}
+
+int runCommand(const std::string& command, std::string* out, std::string* err) {
+    TempDir dir;
+    std::string full = "( " + command + " ) >" + (dir / "out").string() + " 2>" +
+                       (dir / "err").string() + " </dev/null";
+    int rc = std::system(full.c_str());
+    if (out) {
+        *out = readFile(dir / "out");
+    }
+    if (err) {
+        *err = readFile(dir / "err");
+    }
+    return WIFEXITED(rc) ? WEXITSTATUS(rc) : -1;
+}
+
+}  // namespace dorvane::test

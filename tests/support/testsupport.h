@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Dorvane tests — a scripted person, temporary folders and fixture paths.
+#pragma once
+
+#include <deque>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "shell/uiport.h"
+
+namespace dorvane::test {
+
+// A UI port that records everything shown and answers from scripts.
+class ScriptedUi : public shell::UiPort {
+public:
+    struct Message {
+        std::string text;
+        std::string title;
+        shell::Icon icon;
+        shell::Buttons buttons;
+    };
+
+    std::vector<Message> messages;
+    std::vector<std::string> opened;                // paths given to openWithDesktop
+    std::deque<shell::Answer> answers;              // for messageBox; Ok/Yes when empty
+    std::deque<std::optional<std::string>> inputs;  // for inputBox; nullopt when empty
+    std::deque<std::optional<std::string>> files;   // for openFileDialog
+    std::deque<bool> dialogAnswers;                 // for runDialog; false when empty
+    std::vector<std::string> dialogsShown;
+    std::string clipboard;
+    int beeps = 0;
+    int busyDepth = 0;
+    int yields = 0;
+
+    shell::Answer messageBox(std::string_view text, std::string_view title, shell::Icon icon,
+                             shell::Buttons buttons) override;
+    std::optional<std::string> inputBox(std::string_view prompt, std::string_view title,
+                                        std::string_view preset) override;
+    std::optional<std::string> openFileDialog(std::string_view title,
+                                              std::string_view filter) override;
+    void openWithDesktop(std::string_view path) override { opened.emplace_back(path); }
+    std::string clipboardText() override { return clipboard; }
+    void beep() override { ++beeps; }
+    void setBusy(bool busy) override { busyDepth += busy ? 1 : -1; }
+    void yield() override { ++yields; }
+    bool runDialog(shell::DialogModel& model) override;
+
+    // The texts of all messages shown, in order.
+    std::vector<std::string> texts() const;
+};
+
+// A fresh folder below the system's temporary folder, removed with the object.
+class TempDir {
+public:
+    TempDir();
+    ~TempDir();
+    TempDir(const TempDir&) = delete;
+    TempDir& operator=(const TempDir&) = delete;
+    const std::filesystem::path& path() const { return m_path; }
+    std::filesystem::path operator/(const std::string& name) const { return m_path / name; }
+
+private:
+    std::filesystem::path m_path;
+};
+
+std::string readFile(const std::filesystem::path& path);
+void writeFile(const std::filesystem::path& path, const std::string& text);
+std::filesystem::path dataDir();        // tests/data
+std::filesystem::path programSource();  // program/ in the source tree
+
+// Runs a command through the shell; answers its exit status and fills the captured output.
+int runCommand(const std::string& command, std::string* out = nullptr, std::string* err = nullptr);
+
+}  // namespace dorvane::test
