@@ -1,0 +1,415 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "gui/mainwindowview.h"
+
+#include <algorithm>
+#include <array>
+
+#include <QAction>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QIcon>
+#include <QLabel>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QScopedValueRollback>
+#include <QSignalBlocker>
+#include <QStatusBar>
+#include <QTimer>
+#include <QTreeWidget>
+#include <QVBoxLayout>
+
+#include "gui/qtstrings.h"
+#include "qbgateway/programfolder.h"
+#include "shell/uiport.h"
+
+namespace dorvane::gui {
+
+namespace {
+
+struct RowIcon {
+    const char* file;
+    const char* meaning;  // the row's tool tip
+};
+
+constexpr std::array<RowIcon, 4> kRowIcons{{
+    {"icons/1-invalid.png", "Email addres invalid or missing"},
+    {"icons/2-alreadysent.png", "item already sent"},
+    {"icons/3-ready.png", "ready to send"},
+    {"icons/4-balanced.png", "balanced"},
+}};
+
+QString name(const char* controlName) {
+    return QString::fromUtf8(controlName);
+}
+
+QAction* addEntry(QMenu* menu, const char* entryName, const char* caption) {
+    QAction* action = menu->addAction(QString::fromUtf8(caption));
+    action->setObjectName(QString::fromUtf8(entryName));
+    return action;
+}
+
+QMenu* addMenu(QMenuBar* bar, const char* menuName, const char* caption) {
+    QMenu* menu = bar->addMenu(QString::fromUtf8(caption));
+    menu->setObjectName(QString::fromUtf8(menuName));
+    menu->menuAction()->setObjectName(QString::fromUtf8(menuName) + QStringLiteral("Action"));
+    return menu;
+}
+
+}  // namespace
+
+MainWindowView::MainWindowView(shell::Application& app, QWidget* parent)
+    : QMainWindow(parent), m_app(app) {
+    setObjectName(QStringLiteral("Form3"));
+    loadImageList();
+    buildMenus();
+    buildCentralWidget();
+
+    auto* status = new QStatusBar(this);
+    status->setObjectName(QStringLiteral("StatusBar1"));
+    m_statusPanel = new QLabel(status);
+    m_statusPanel->setObjectName(QStringLiteral("StatusBar1Panel1"));
+    m_statusPanel->setTextFormat(Qt::PlainText);
+    status->addWidget(m_statusPanel, 1);
+    setStatusBar(status);
+
+    resize(820, 560);
+
+    m_app.window().setObserver(this);
+    m_app.window().list().setObserver(this);
+    renderAll();
+}
+
+MainWindowView::~MainWindowView() {
+    m_app.window().list().setObserver(nullptr);
+    m_app.window().setObserver(nullptr);
+}
+
+QStringList MainWindowView::iconFiles() {
+    QStringList files;
+    for (const RowIcon& icon : kRowIcons) {
+        files << QString::fromUtf8(icon.file);
+    }
+    return files;
+}
+
+bool MainWindowView::isPreviewChecked() const {
+    return m_previewCheck->isChecked();
+}
+
+void MainWindowView::loadImageList() {
+    m_imageList.clear();
+    for (const RowIcon& icon : kRowIcons) {
+        m_imageList << QIcon(toQString(m_app.folder().filePath(icon.file)));
+    }
+}
+
+void MainWindowView::buildMenus() {
+    QMenuBar* bar = menuBar();
+
+    QMenu* email = addMenu(bar, "Itemtype", "&E-Mail");
+    for (const shell::DocumentMenuEntry& entry : shell::kDocumentMenu) {
+        const std::string type = entry.type;
+        connect(addEntry(email, entry.name, entry.caption), &QAction::triggered, this,
+                [this, type] { m_app.window().selectDocumentType(type); });
+    }
+
+    QMenu* options = addMenu(bar, "Options", "&Preferences");
+    connect(addEntry(options, "Parameter", "&Parameter"), &QAction::triggered, this,
+            &MainWindowView::parameterRequested);
+    connect(addEntry(options, "Company", "&Get Company Info"), &QAction::triggered, this,
+            &MainWindowView::companyInfoRequested);
+    connect(addEntry(options, "editcompanyinfo", "&Edit Company Info"), &QAction::triggered, this,
+            &MainWindowView::editCompanyInfoRequested);
+    connect(addEntry(options, "importPref", "&Import Preferences"), &QAction::triggered, this,
+            &MainWindowView::importPreferencesRequested);
+
+    QMenu* web = addMenu(bar, "webupdate", "Web-Update");
+    const std::array<std::pair<const char*, const char*>, 3> webEntries{{
+        {"inventoryitems_update", "Inventory Items"},
+        {"noninventoryitems_update", "Non Inventory Items"},
+        {"serviceitems_update", "Service Items"},
+    }};
+    for (const auto& [entryName, caption] : webEntries) {
+        const QString entry = QString::fromUtf8(entryName);
+        connect(addEntry(web, entryName, caption), &QAction::triggered, this,
+                [this, entry] { emit webItemsRequested(entry); });
+    }
+
+    QMenu* help = addMenu(bar, "HelpMenu", "&Help");
+    connect(addEntry(help, "Help", "&Help"), &QAction::triggered, this,
+            [this] { m_app.window().openHelp(); });
+    connect(addEntry(help, "About", "&About"), &QAction::triggered, this,
+            &MainWindowView::showAbout);
+}
+
+void MainWindowView::buildCentralWidget() {
+    auto* central = new QWidget(this);
+    central->setObjectName(QStringLiteral("centralWidget"));
+
+    auto* timeframeLabel = new QLabel(QStringLiteral("Timeframe"), central);
+    timeframeLabel->setObjectName(QStringLiteral("Label3"));
+    m_timeframeCombo = new QComboBox(central);
+    m_timeframeCombo->setObjectName(name(shell::kTimeframeCombo));
+    m_timeframeCombo->setSizeAdjustPolicy(QComboBox::AdjustToContents);
+    timeframeLabel->setBuddy(m_timeframeCombo);
+    auto* refresh = new QPushButton(QStringLiteral("Refresh"), central);
+    refresh->setObjectName(name(shell::kRefreshButton));
+
+    m_companyLabel = new QLabel(central);
+    m_companyLabel->setObjectName(QStringLiteral("Label1"));
+    m_companyLabel->setTextFormat(Qt::PlainText);
+    m_companyLabel->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    m_companyLabel->setAlignment(Qt::AlignLeft | Qt::AlignTop);
+
+    m_listView = new QTreeWidget(central);
+    m_listView->setObjectName(name(shell::kListView));
+    m_listView->setRootIsDecorated(false);
+    m_listView->setItemsExpandable(false);
+    m_listView->setUniformRowHeights(true);
+    m_listView->setAllColumnsShowFocus(true);
+    m_listView->setAlternatingRowColors(true);
+    m_listView->setIconSize(QSize(16, 16));
+    // Core sorts the list (as text); the view never reorders rows itself. Turning sorting off
+    // also makes the header unclickable, so clicks are switched back on after it.
+    m_listView->setSortingEnabled(false);
+    m_listView->header()->setSectionsClickable(true);
+    m_listView->header()->setStretchLastSection(true);
+
+    m_previewCheck = new QCheckBox(QStringLiteral("preview"), central);
+    m_previewCheck->setObjectName(name(shell::kPreviewCheck));
+    auto* send = new QPushButton(QStringLiteral("Send Email"), central);
+    send->setObjectName(name(shell::kSendButton));
+    auto* importButton = new QPushButton(QStringLiteral("&Import"), central);
+    importButton->setObjectName(name(shell::kImportButton));
+    auto* updateWeb = new QPushButton(QStringLiteral("Update"), central);
+    updateWeb->setObjectName(name(shell::kUpdateWebButton));
+
+    auto* top = new QHBoxLayout;
+    top->addWidget(timeframeLabel);
+    top->addWidget(m_timeframeCombo);
+    top->addWidget(refresh);
+    top->addStretch(1);
+
+    auto* bottom = new QHBoxLayout;
+    bottom->addWidget(importButton);
+    bottom->addStretch(1);
+    bottom->addWidget(m_previewCheck);
+    bottom->addWidget(send);
+    bottom->addWidget(updateWeb);
+
+    auto* layout = new QVBoxLayout(central);
+    layout->addLayout(top);
+    layout->addWidget(m_companyLabel);
+    layout->addWidget(m_listView, 1);
+    layout->addLayout(bottom);
+    setCentralWidget(central);
+
+    connect(m_timeframeCombo, &QComboBox::activated, this,
+            [this](int index) { m_app.window().selectTimeframe(index); });
+    connect(refresh, &QPushButton::clicked, this, [this] { m_app.window().refresh(); });
+    connect(send, &QPushButton::clicked, this, &MainWindowView::sendEmailRequested);
+    connect(importButton, &QPushButton::clicked, this, &MainWindowView::importRequested);
+    connect(updateWeb, &QPushButton::clicked, this, &MainWindowView::updateWebRequested);
+    connect(m_listView, &QTreeWidget::itemChanged, this, &MainWindowView::onItemChanged);
+    connect(m_listView->header(), &QHeaderView::sectionClicked, this,
+            &MainWindowView::onHeaderClicked);
+}
+
+void MainWindowView::renderAll() {
+    captionChanged();
+    for (const char* control :
+         {shell::kListView, shell::kTimeframeCombo, shell::kRefreshButton, shell::kSendButton,
+          shell::kPreviewCheck, shell::kImportButton, shell::kUpdateWebButton}) {
+        controlChanged(control);
+    }
+    statusTextChanged();
+    companyTextChanged();
+    timeframeChanged();
+    listReset();
+}
+
+void MainWindowView::captionChanged() {
+    setWindowTitle(toQString(m_app.window().caption()));
+}
+
+void MainWindowView::controlChanged(const std::string& control) {
+    const shell::ControlState state = m_app.window().control(control);
+    const QString objectName = toQString(control);
+    QAction* action = findChild<QAction*>(objectName);
+    if (auto* menu = findChild<QMenu*>(objectName)) {
+        action = menu->menuAction();  // showing the QMenu itself would pop it up
+    } else if (auto* widget = findChild<QWidget*>(objectName)) {
+        widget->setVisible(state.visible);
+        widget->setEnabled(state.enabled);
+        return;
+    }
+    if (action != nullptr) {
+        action->setVisible(state.visible);
+        action->setEnabled(state.enabled);
+    }
+}
+
+void MainWindowView::statusTextChanged() {
+    m_statusPanel->setText(toQString(m_app.window().statusText()));
+}
+
+void MainWindowView::companyTextChanged() {
+    m_companyLabel->setText(toQString(m_app.window().companyText()));
+}
+
+void MainWindowView::timeframeChanged() {
+    const shell::MainWindow& window = m_app.window();
+    QStringList names;
+    for (const std::string& timeframe : window.timeframes()) {
+        names << toQString(timeframe);
+    }
+    const QSignalBlocker blocker(m_timeframeCombo);
+    QStringList shown;
+    for (int i = 0; i < m_timeframeCombo->count(); ++i) {
+        shown << m_timeframeCombo->itemText(i);
+    }
+    if (shown != names) {
+        m_timeframeCombo->clear();
+        m_timeframeCombo->addItems(names);
+    }
+    m_timeframeCombo->setCurrentIndex(window.timeframeIndex());
+}
+
+void MainWindowView::listReset() {
+    ++m_resets;
+    const shell::ListModel& list = m_app.window().list();
+    const QScopedValueRollback rendering(m_rendering, true);
+    m_listView->setUpdatesEnabled(false);
+    m_listView->clear();
+
+    QStringList captions;
+    for (const shell::ListColumn& column : list.columns()) {
+        captions << toQString(column.caption);
+    }
+    if (captions.isEmpty()) {
+        captions << QString();
+    }
+    m_listView->setColumnCount(static_cast<int>(captions.size()));
+    m_listView->setHeaderLabels(captions);
+
+    QList<QTreeWidgetItem*> items;
+    items.reserve(list.rowCount());
+    for (const shell::ListRow& row : list.rows()) {
+        auto* item = new QTreeWidgetItem;
+        renderRow(item, row);
+        items << item;
+    }
+    m_listView->addTopLevelItems(items);
+    fitColumns();
+
+    QHeaderView* header = m_listView->header();
+    header->setSortIndicatorShown(list.sorted());
+    if (list.sorted()) {
+        header->setSortIndicator(list.sortColumn(), list.sortOrder() == shell::SortOrder::Ascending
+                                                        ? Qt::AscendingOrder
+                                                        : Qt::DescendingOrder);
+    }
+    m_listView->setUpdatesEnabled(true);
+}
+
+void MainWindowView::rowAdded(int row) {
+    const shell::ListModel& list = m_app.window().list();
+    if (row < 0 || row >= list.rowCount() ||
+        m_listView->topLevelItemCount() != list.rowCount() - 1) {
+        listReset();
+        return;
+    }
+    const QScopedValueRollback rendering(m_rendering, true);
+    auto* item = new QTreeWidgetItem;
+    renderRow(item, list.row(row));
+    m_listView->insertTopLevelItem(row, item);
+    scheduleColumnFit();
+}
+
+// Columns without a width take their contents' width; the first column, which also holds the
+// check box and the icon, is never narrower than its contents. While a loader adds rows one by
+// one this happens once whenever the event loop runs, not once per row.
+void MainWindowView::fitColumns() {
+    m_fitPending = false;
+    const auto& columns = m_app.window().list().columns();
+    for (int i = 0; i < static_cast<int>(columns.size()); ++i) {
+        const int width = columns[static_cast<std::size_t>(i)].width;
+        if (width <= 0 || i == 0) {
+            m_listView->resizeColumnToContents(i);
+        }
+        if (width > 0) {
+            m_listView->setColumnWidth(i, std::max(width, i == 0 ? m_listView->columnWidth(0) : 0));
+        }
+    }
+}
+
+void MainWindowView::scheduleColumnFit() {
+    if (!m_fitPending) {
+        m_fitPending = true;
+        QTimer::singleShot(0, this, &MainWindowView::fitColumns);
+    }
+}
+
+void MainWindowView::rowChanged(int row) {
+    const shell::ListModel& list = m_app.window().list();
+    QTreeWidgetItem* item = m_listView->topLevelItem(row);
+    if (item == nullptr || row >= list.rowCount()) {
+        listReset();
+        return;
+    }
+    const QScopedValueRollback rendering(m_rendering, true);
+    renderRow(item, list.row(row));
+}
+
+void MainWindowView::renderRow(QTreeWidgetItem* item, const shell::ListRow& row) {
+    const int columns = std::max(1, m_listView->columnCount());
+    for (int i = 0; i < columns && i < static_cast<int>(row.cells.size()); ++i) {
+        item->setText(i, toQString(row.cells[static_cast<std::size_t>(i)]));
+    }
+    item->setCheckState(0, row.checked ? Qt::Checked : Qt::Unchecked);
+    const bool hasIcon = row.icon >= 1 && row.icon <= m_imageList.size();
+    item->setIcon(0, hasIcon ? m_imageList.at(row.icon - 1) : QIcon());
+    item->setToolTip(
+        0, hasIcon ? QString::fromUtf8(kRowIcons[static_cast<std::size_t>(row.icon - 1)].meaning)
+                   : QString());
+}
+
+void MainWindowView::onItemChanged(QTreeWidgetItem* item, int column) {
+    if (m_rendering || column != 0) {
+        return;
+    }
+    shell::ListModel& list = m_app.window().list();
+    const int row = m_listView->indexOfTopLevelItem(item);
+    if (row < 0 || row >= list.rowCount()) {
+        return;
+    }
+    const bool checked = item->checkState(0) == Qt::Checked;
+    if (list.row(row).checked != checked) {
+        list.setChecked(row, checked);
+    }
+}
+
+void MainWindowView::onHeaderClicked(int column) {
+    const int resetsBefore = m_resets;
+    m_app.window().columnClicked(column);
+    if (m_resets == resetsBefore) {
+        listReset();  // the order changed even if nobody said so
+    }
+}
+
+void MainWindowView::showAbout() {
+    const QString title = toQString(shell::kProgramTitle);
+    QMessageBox::about(
+        this, QStringLiteral("About %1").arg(title),
+        QStringLiteral("<h3>%1</h3><p>Version %2</p>"
+                       "<p>E-mails QuickBooks invoices, estimates, statements and other documents "
+                       "to customers and vendors, and imports received documents back into "
+                       "QuickBooks.</p>")
+            .arg(title, QStringLiteral(DORVANE_VERSION)));
+}
+
+}  // namespace dorvane::gui

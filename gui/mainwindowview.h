@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Dorvane — the main window `Form3`: renders core's MainWindow and forwards commands to it.
+//
+// Every control carries its control name as objectName. The window keeps no state of its
+// own: caption, visibility, the timeframe box, company and status texts and the document
+// list all come from core through its observers. Commands whose work lives in later
+// subsystems (Send Email, Import, Update, the preferences and web-update menus) are signals;
+// nothing happens until someone connects to them.
+#pragma once
+
+#include <QList>
+#include <QMainWindow>
+
+#include "shell/application.h"
+#include "shell/listmodel.h"
+#include "shell/mainwindow.h"
+
+class QAction;
+class QCheckBox;
+class QComboBox;
+class QIcon;
+class QLabel;
+class QPushButton;
+class QTreeWidget;
+class QTreeWidgetItem;
+
+namespace dorvane::gui {
+
+class MainWindowView final : public QMainWindow,
+                             private shell::MainWindowObserver,
+                             private shell::ListObserver {
+    Q_OBJECT
+
+public:
+    explicit MainWindowView(shell::Application& app, QWidget* parent = nullptr);
+    ~MainWindowView() override;
+
+    shell::Application& application() { return m_app; }
+
+    // `ImageList1`: the row icons 1..4, as loaded from the program folder.
+    const QList<QIcon>& imageList() const { return m_imageList; }
+    // The file names of the row icons below the program folder, index 0 = icon 1.
+    static QStringList iconFiles();
+
+    bool isPreviewChecked() const;
+
+signals:
+    void sendEmailRequested();          // Command1
+    void importRequested();             // ImportBtn
+    void updateWebRequested();          // UpdateWebBtn
+    void parameterRequested();          // Preferences > Parameter
+    void companyInfoRequested();        // Preferences > Get Company Info
+    void editCompanyInfoRequested();    // Preferences > Edit Company Info
+    void importPreferencesRequested();  // Preferences > Import Preferences
+    // A Web-Update entry, named by its control name (e.g. "serviceitems_update").
+    void webItemsRequested(const QString& entryName);
+
+private:
+    void buildMenus();
+    void buildCentralWidget();
+    void loadImageList();
+    void renderAll();
+
+    // shell::MainWindowObserver
+    void captionChanged() override;
+    void controlChanged(const std::string& control) override;
+    void statusTextChanged() override;
+    void companyTextChanged() override;
+    void timeframeChanged() override;
+
+    // shell::ListObserver
+    void listReset() override;
+    void rowAdded(int row) override;
+    void rowChanged(int row) override;
+
+    void renderRow(QTreeWidgetItem* item, const shell::ListRow& row);
+    void fitColumns();
+    void scheduleColumnFit();
+    void onItemChanged(QTreeWidgetItem* item, int column);
+    void onHeaderClicked(int column);
+    void showAbout();
+
+    shell::Application& m_app;
+    QList<QIcon> m_imageList;
+    QTreeWidget* m_listView = nullptr;
+    QComboBox* m_timeframeCombo = nullptr;
+    QLabel* m_companyLabel = nullptr;
+    QLabel* m_statusPanel = nullptr;
+    QCheckBox* m_previewCheck = nullptr;
+    bool m_rendering = false;  // set while core's state is copied into the widgets
+    int m_resets = 0;
+    bool m_fitPending = false;
+};
+
+}  // namespace dorvane::gui
