@@ -1,0 +1,363 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "browser/loaders.h"
+
+#include <array>
+#include <cstdlib>
+#include <unordered_map>
+
+#include "browser/sentlog.h"
+#include "common/text.h"
+#include "company/companyinfo.h"
+#include "qbgateway/gateway.h"
+#include "qbgateway/programfolder.h"
+#include "qbgateway/templates.h"
+#include "shell/mainwindow.h"
+#include "shell/uiport.h"
+
+namespace dorvane::browser {
+namespace {
+
+constexpr const char* kNoCompanyFile = "Could not access the company file";
+constexpr std::size_t kProgressEvery = 100;
+
+enum class Party { Customer, Vendor };
+
+template <class Captions>
+std::vector<shell::ListColumn> columns(const Captions& captions) {
+    std::vector<shell::ListColumn> out;
+    for (const char* c : captions) {
+        out.push_back({c, 0});
+    }
+    return out;
+}
+
+double number(const std::string& text) {
+    return std::strtod(text.c_str(), nullptr);
+}
+
+}  // namespace
+
+struct DocumentBrowser::Kind {
+    const char* templateName;
+    const char* recordPath;
+    std::array<const char*, 6> captions;
+    const char* amount;
+    Party party;
+};
+
+std::optional<std::int16_t> durationToMinutes(std::string_view duration) {
+    // PT2H30M → 2:30:00, read as a time of day.
+    std::string t = text::replaceAll(duration, "PT", "");
+    t = text::replaceAll(t, "H", ":");
+    t = text::replaceAll(t, "M", ":00");
+    std::vector<std::string> parts = text::split(t, ':');
+    if (parts.size() < 2 || parts.size() > 3) {
+        return std::nullopt;
+    }
+    auto whole = [](const std::string& s) -> std::optional<int> {
+        std::string_view v = text::trim(s);
+        if (v.empty() || v.size() > 4) {
+            return std::nullopt;
+        }
+        int n = 0;
+        for (char c : v) {
+            if (c < '0' || c > '9') {
+                return std::nullopt;
+            }
+            n = n * 10 + (c - '0');
+        }
+        return n;
+    };
+    auto hours = whole(parts[0]);
+    // "PT1H" leaves "1:" behind: an hour with no minutes.
+    auto minutes = parts.size() == 2 && parts[1].empty() ? std::optional<int>(0) : whole(parts[1]);
+    std::optional<int> seconds = 0;
+    if (parts.size() == 3) {
+        // "PT2H30M15S" leaves "15S" behind the minutes; seconds only count when well formed.
+        std::string s = parts[2];
+        if (!s.empty() && s.back() == 'S') {
+            s.pop_back();
+        }
+        seconds = whole(s);
+    }
+    if (!hours || !minutes || !seconds || *hours > 23 || *minutes > 59 || *seconds > 59) {
+        return std::nullopt;
+    }
+    return static_cast<std::int16_t>(*hours * 60 + *minutes);
+}
+
+DocumentBrowser::DocumentBrowser(shell::MainWindow& window, qbgateway::Gateway& gateway,
+                                 const qbgateway::ProgramFolder& folder,
+                                 company::CompanyInfo& company, shell::UiPort& ui)
+    : m_window(window),
+      m_gateway(gateway),
+      m_folder(folder),
+      m_company(company),
+      m_ui(ui),
+      m_recipients(folder, gateway) {}
+
+void DocumentBrowser::loadList(const std::string& type, const std::string& timeframe) {
+    if (type == "Invoice") {
+        loadInvoiceList(timeframe);
+    } else if (type == "SalesReceipt") {
+        loadSalesReceiptList(timeframe);
+    } else if (type == "Estimate") {
+        loadEstimateList(timeframe);
+    } else if (type == "CreditMemo") {
+        loadCreditMemoList(timeframe);
+    } else if (type == "PurchaseOrder") {
+        loadPurchaseOrderList(timeframe);
+    } else if (type == "Statement") {
+        loadStatementList(timeframe);
+    } else if (type == "Timesheet") {
+        loadTimesheetsByCustomer(timeframe);
+    } else if (type == "TimesheetA") {
+        loadTimesheetsByEntity(timeframe);
+    }
+}
+
+bool DocumentBrowser::fetch(const char* templateName, const std::string& timeframe) {
+    m_window.setStatusText("parsing information ...");
+    const std::string request =
+        qbgateway::fillDateMacro(m_folder.readProgramFile(templateName), timeframe);
+    const std::string response = m_gateway.processCompanyRequest(request);
+    auto doc = xml::Document::parse(response);
+    // The failed answer replaces the list document too; the rows stay as they were.
+    m_window.listDocument() = doc ? std::move(doc).value() : xml::Document();
+    m_recipients.indexListDocument(m_window.listDocument());
+    m_window.setStatusText("");
+    if (m_window.listDocument().empty()) {
+        m_ui.messageBox(std::string(kNoCompanyFile) + "(1)");
+        m_window.setStatusText(kNoCompanyFile);
+        return false;
+    }
+    m_window.setCompanyText(m_company.companyAddressText());
+    if (m_window.companyText().empty()) {
+        m_ui.messageBox(std::string(kNoCompanyFile) + "(2)");
+        m_window.setStatusText(kNoCompanyFile);
+    }
+    m_window.list().clear();
+    m_window.sentLogText() = m_folder.readProgramFile(kSentLogFile);
+    return true;
+}
+
+int DocumentBrowser::addRow(std::string text, std::vector<std::string> cells, std::string key) {
+    shell::ListRow row;
+    row.checked = true;
+    row.icon = kIconReady;
+    row.cells.reserve(cells.size() + 2);
+    row.cells.push_back(std::move(text));
+    for (auto& c : cells) {
+        row.cells.push_back(std::move(c));
+    }
+    row.cells.push_back(kReady);
+    row.key = std::move(key);
+    return m_window.list().addRow(std::move(row));
+}
+
+void DocumentBrowser::markMissing(int row) {
+    auto& list = m_window.list();
+    list.setChecked(row, false);
+    list.setIcon(row, kIconInvalid);
+    list.setCell(row, static_cast<int>(list.row(row).cells.size()) - 1, kMissingEmail);
+}
+
+void DocumentBrowser::progress(std::size_t done, std::size_t total) {
+    if (done % kProgressEvery == 0 && done > 0) {
+        m_window.setStatusText("parsing information ... " + std::to_string(done) + " of " +
+                               std::to_string(total));
+        m_ui.yield();
+    }
+}
+
+void DocumentBrowser::loadTransactions(const Kind& kind, const std::string& timeframe) {
+    if (!fetch(kind.templateName, timeframe)) {
+        return;
+    }
+    auto& list = m_window.list();
+    list.setColumns(columns(kind.captions));
+    const SentLogIndex sent(m_window.sentLogText());
+    const bool purchaseOrders = kind.party == Party::Vendor;
+    const char* ref = purchaseOrders ? "VendorRef" : "CustomerRef";
+    double lastReceived = 0;  // carried over from one purchase order to the next
+
+    const auto records = m_window.listDocument().selectAll(kind.recordPath);
+    std::size_t done = 0;
+    for (xml::Node record : records) {
+        progress(done++, records.size());
+        if (purchaseOrders) {
+            // An order with any received line is not listed; an order without received
+            // quantities is judged by the value the order before it ended on.
+            for (xml::Node line : record.selectAll("PurchaseOrderLineRet/ReceivedQuantity")) {
+                lastReceived = number(line.text());
+                if (lastReceived > 0) {
+                    break;
+                }
+            }
+            if (lastReceived != 0) {
+                continue;
+            }
+        }
+        const std::string txnId = record.valueOf("TxnID");
+        std::string name = record.valueOf(std::string(ref) + "/FullName");
+        const std::string amount = record.valueOf(kind.amount);
+        const std::string date = record.valueOf("TxnDate");
+        const std::string listId = record.valueOf(std::string(ref) + "/ListID");
+        if (purchaseOrders) {
+            if (std::string memo = record.valueOf("Memo"); !memo.empty()) {
+                name += "/" + memo;
+            }
+        }
+        std::string email = purchaseOrders ? m_recipients.getVendorEmail(listId)
+                                           : m_recipients.getCustomerEmail(listId);
+        const bool noAddress = email.empty();
+        int row = addRow(date, {txnId, std::move(name), amount, std::move(email)}, txnId);
+        if (noAddress) {
+            markMissing(row);
+        }
+        if (sent.contains(txnId)) {
+            list.setChecked(row, false);
+            list.setIcon(row, kIconAlreadySent);
+            list.setCell(row, 5, kAlreadySent);
+        }
+    }
+    m_window.setStatusText("");
+}
+
+void DocumentBrowser::loadInvoiceList(const std::string& timeframe) {
+    static const Kind kind{"CompanyInvoiceGetRq.xml",
+                           "/QBXML/QBXMLMsgsRs/InvoiceQueryRs/InvoiceRet",
+                           {"Date", "Invoice ID", "Customer:Job", "Balance", "EMail", "Status"},
+                           "Subtotal",
+                           Party::Customer};
+    loadTransactions(kind, timeframe);
+}
+
+void DocumentBrowser::loadSalesReceiptList(const std::string& timeframe) {
+    static const Kind kind{"CompanySalesReceiptGetRq.xml",
+                           "/QBXML/QBXMLMsgsRs/SalesReceiptQueryRs/SalesReceiptRet",
+                           {"Date", "ID", "Customer", "Balance", "EMail", "Status"},
+                           "TotalAmount",
+                           Party::Customer};
+    loadTransactions(kind, timeframe);
+}
+
+void DocumentBrowser::loadEstimateList(const std::string& timeframe) {
+    static const Kind kind{"CompanyEstimateGetRq.xml",
+                           "/QBXML/QBXMLMsgsRs/EstimateQueryRs/EstimateRet",
+                           {"Date", "Estimate ID", "Customer", "Balance", "EMail", "Status"},
+                           "Subtotal",
+                           Party::Customer};
+    loadTransactions(kind, timeframe);
+}
+
+void DocumentBrowser::loadCreditMemoList(const std::string& timeframe) {
+    static const Kind kind{"CompanyCreditMemoGetRq.xml",
+                           "/QBXML/QBXMLMsgsRs/CreditMemoQueryRs/CreditMemoRet",
+                           {"Date", "ID", "Customer", "Balance", "EMail", "Status"},
+                           "Subtotal",
+                           Party::Customer};
+    loadTransactions(kind, timeframe);
+}
+
+void DocumentBrowser::loadPurchaseOrderList(const std::string& timeframe) {
+    static const Kind kind{"CompanyPOGetRq.xml",
+                           "/QBXML/QBXMLMsgsRs/PurchaseOrderQueryRs/PurchaseOrderRet",
+                           {"Date", "PO ID", "Vendor", "Balance", "EMail", "Status"},
+                           "TotalAmount",
+                           Party::Vendor};
+    loadTransactions(kind, timeframe);
+}
+
+void DocumentBrowser::loadStatementList(const std::string& timeframe) {
+    if (!fetch("CustomerStatementGetRq.xml", timeframe)) {
+        return;
+    }
+    auto& list = m_window.list();
+    list.setColumns(
+        columns(std::array<const char*, 6>{"", "ID", "Customer", "Balance", "EMail", "Status"}));
+    const auto customers =
+        m_window.listDocument().selectAll("/QBXML/QBXMLMsgsRs/CustomerQueryRs/CustomerRet");
+    std::size_t done = 0;
+    for (xml::Node customer : customers) {
+        progress(done++, customers.size());
+        if (customer.valueOf("IsActive") != "true") {
+            continue;
+        }
+        std::string email = customer.valueOf("Email");
+        const std::string balance = customer.valueOf("Balance");
+        const bool noAddress = email.empty();
+        const std::string listId = customer.valueOf("ListID");
+        int row =
+            addRow("", {listId, customer.valueOf("FullName"), balance, std::move(email)}, listId);
+        if (noAddress) {
+            markMissing(row);
+        }
+        if (balance == "0.00") {
+            list.setChecked(row, false);
+            list.setIcon(row, kIconBalanced);
+            list.setCell(row, 5, kBalanced);
+        }
+    }
+    m_window.setStatusText("");
+}
+
+void DocumentBrowser::loadTimesheetsByCustomer(const std::string& timeframe) {
+    loadTimesheets(false, timeframe);
+}
+
+void DocumentBrowser::loadTimesheetsByEntity(const std::string& timeframe) {
+    loadTimesheets(true, timeframe);
+}
+
+void DocumentBrowser::loadTimesheets(bool byEntity, const std::string& timeframe) {
+    if (!fetch("EntityTimesheetGetRq.xml", timeframe)) {
+        return;
+    }
+    auto& list = m_window.list();
+    list.setColumns(columns(std::array<const char*, 5>{"Date", byEntity ? "Entity" : "Customer",
+                                                       "Duration[MM]", "EMail", "Status"}));
+    const char* ref = byEntity ? "EntityRef" : "CustomerRef";
+    // A load starts from an unsorted list, so a row keeps its index while the load runs.
+    std::unordered_map<std::string, int> rowOfName;
+    const auto entries =
+        m_window.listDocument().selectAll("/QBXML/QBXMLMsgsRs/TimeTrackingQueryRs/TimeTrackingRet");
+    std::size_t done = 0;
+    for (xml::Node entry : entries) {
+        progress(done++, entries.size());
+        const std::string durationText = entry.valueOf("Duration");
+        auto minutes = durationToMinutes(durationText);
+        if (!minutes) {
+            m_ui.messageBox("The time entry of " + entry.valueOf("TxnDate") +
+                            " has a duration that cannot be read: \"" + durationText + "\"");
+            m_window.setStatusText("");
+            return;
+        }
+        const std::string name = entry.valueOf(std::string(ref) + "/FullName");
+        const std::string listId = entry.valueOf(std::string(ref) + "/ListID");
+        std::string email =
+            byEntity ? m_recipients.getEntityEmail(listId) : m_recipients.getCustomerEmail(listId);
+        auto found = rowOfName.find(name);
+        if (found == rowOfName.end()) {
+            const bool noAddress = email.empty();
+            int row = addRow(entry.valueOf("TxnDate"),
+                             {name, std::to_string(*minutes), std::move(email)}, name);
+            rowOfName.emplace(name, row);
+            if (noAddress) {
+                markMissing(row);
+            }
+            continue;
+        }
+        const int row = found->second;
+        long total = std::strtol(list.row(row).cells[2].c_str(), nullptr, 10) + *minutes;
+        if (total > INT16_MAX) {
+            m_ui.messageBox("The time of " + name + " is too long to add up.");
+            m_window.setStatusText("");
+            return;
+        }
+        list.setCell(row, 2, std::to_string(total));
+    }
+    m_window.setStatusText("");
+}
+
+}  // namespace dorvane::browser

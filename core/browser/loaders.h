@@ -1,0 +1,87 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Dorvane — the document lists: one loader per document type.
+//
+// A loader asks QuickBooks for the documents of the selected timeframe, keeps the answer as
+// the window's list document, and fills ListView1 with one row per document: checked and
+// "Ready to send" when the recipient has an address and the document is not in the sent log,
+// otherwise unchecked with the reason.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "browser/recipients.h"
+
+namespace dorvane::qbgateway {
+class Gateway;
+class ProgramFolder;
+}  // namespace dorvane::qbgateway
+
+namespace dorvane::shell {
+class MainWindow;
+class UiPort;
+}  // namespace dorvane::shell
+
+namespace dorvane::company {
+class CompanyInfo;
+}
+
+namespace dorvane::browser {
+
+// Row icons.
+inline constexpr int kIconInvalid = 1;
+inline constexpr int kIconAlreadySent = 2;
+inline constexpr int kIconReady = 3;
+inline constexpr int kIconBalanced = 4;
+
+inline constexpr const char* kReady = "Ready to send";
+inline constexpr const char* kMissingEmail = "Missing Email address";
+inline constexpr const char* kAlreadySent = "Already sent";
+inline constexpr const char* kBalanced = "Balanced";
+
+// A qbXML duration ("PT2H30M") as whole minutes; nullopt when it is not a time of day
+// (24 hours or more, or no hours part). Seconds are dropped.
+std::optional<std::int16_t> durationToMinutes(std::string_view duration);
+
+class DocumentBrowser {
+public:
+    DocumentBrowser(shell::MainWindow& window, qbgateway::Gateway& gateway,
+                    const qbgateway::ProgramFolder& folder, company::CompanyInfo& company,
+                    shell::UiPort& ui);
+
+    // Runs the loader of a document type ("Invoice", ..., "TimesheetA").
+    void loadList(const std::string& documentType, const std::string& timeframe);
+
+    void loadInvoiceList(const std::string& timeframe);
+    void loadSalesReceiptList(const std::string& timeframe);
+    void loadEstimateList(const std::string& timeframe);
+    void loadCreditMemoList(const std::string& timeframe);
+    void loadPurchaseOrderList(const std::string& timeframe);
+    void loadStatementList(const std::string& timeframe);
+    void loadTimesheetsByCustomer(const std::string& timeframe);
+    void loadTimesheetsByEntity(const std::string& timeframe);
+
+    RecipientLookup& recipients() { return m_recipients; }
+
+private:
+    struct Kind;
+    // Steps shared by every loader up to the empty list with its columns; false when the
+    // response did not load.
+    bool fetch(const char* templateName, const std::string& timeframe);
+    void loadTransactions(const Kind& kind, const std::string& timeframe);
+    void loadTimesheets(bool byEntity, const std::string& timeframe);
+    int addRow(std::string text, std::vector<std::string> cells, std::string key);
+    void markMissing(int row);
+    void progress(std::size_t done, std::size_t total);
+
+    shell::MainWindow& m_window;
+    qbgateway::Gateway& m_gateway;
+    const qbgateway::ProgramFolder& m_folder;
+    company::CompanyInfo& m_company;
+    shell::UiPort& m_ui;
+    RecipientLookup m_recipients;
+};
+
+}  // namespace dorvane::browser

@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "browser/recipients.h"
+
+#include "qbgateway/gateway.h"
+#include "qbgateway/programfolder.h"
+#include "qbgateway/templates.h"
+
+namespace dorvane::browser {
+
+std::unordered_map<std::string, xml::Node> indexBy(const xml::Document& doc, std::string_view path,
+                                                   std::string_view key) {
+    std::unordered_map<std::string, xml::Node> index;
+    for (xml::Node n : doc.selectAll(path)) {
+        // XPath's "[Key = value]" holds when any child named Key has that text.
+        for (xml::Node c = n.firstChildElement(); c; c = c.nextSiblingElement()) {
+            if (c.name() == key) {
+                index.emplace(c.text(), n);
+            }
+        }
+    }
+    return index;
+}
+
+RecipientLookup::RecipientLookup(const qbgateway::ProgramFolder& folder,
+                                 qbgateway::Gateway& gateway)
+    : m_folder(folder), m_gateway(gateway) {}
+
+void RecipientLookup::indexListDocument(const xml::Document& listDocument) {
+    m_customers = indexBy(listDocument, "/QBXML/QBXMLMsgsRs/CustomerQueryRs/CustomerRet", "ListID");
+    m_vendors = indexBy(listDocument, "/QBXML/QBXMLMsgsRs/VendorQueryRs/VendorRet", "ListID");
+}
+
+xml::Node RecipientLookup::customer(const std::string& listId) const {
+    auto it = m_customers.find(listId);
+    return it == m_customers.end() ? xml::Node() : it->second;
+}
+
+std::string RecipientLookup::getCustomerEmail(const std::string& listId) {
+    if (xml::Node c = customer(listId)) {
+        return c.valueOf("Email");
+    }
+    const std::string request =
+        qbgateway::fillListId(m_folder.readProgramFile("CustomerGetRq.xml"), listId);
+    auto doc = xml::Document::parse(m_gateway.processCompanyRequest(request));
+    if (!doc) {
+        return {};
+    }
+    return doc->selectOne("/QBXML/QBXMLMsgsRs/CustomerQueryRs/CustomerRet").valueOf("Email");
+}
+
+std::string RecipientLookup::getVendorEmail(const std::string& listId) const {
+    auto it = m_vendors.find(listId);
+    return it == m_vendors.end() ? std::string() : it->second.valueOf("Email");
+}
+
+std::string RecipientLookup::getEntityEmail(const std::string& listId) {
+    const std::string request =
+        qbgateway::fillListId(m_folder.readProgramFile("EmailGetRq.xml"), listId);
+    auto doc = xml::Document::parse(m_gateway.processCompanyRequest(request));
+    if (!doc) {
+        return {};
+    }
+    return doc->selectOne("/QBXML/QBXMLMsgsRs//*[ListID = $id]", {{"id", listId}}).valueOf("Email");
+}
+
+}  // namespace dorvane::browser

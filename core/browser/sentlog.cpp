@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "browser/sentlog.h"
+
+#include <algorithm>
+#include <ctime>
+
+namespace dorvane::browser {
+namespace {
+constexpr std::string_view kTxnTag = "<TxnID>";
+}
+
+std::string sentDateText(std::chrono::system_clock::time_point when) {
+    std::time_t t = std::chrono::system_clock::to_time_t(when);
+    std::tm local{};
+    localtime_r(&t, &local);
+    char buf[64];
+    std::size_t n = std::strftime(buf, sizeof buf, "%Y-%m-%d %H:%M:%S", &local);
+    return std::string(buf, n);
+}
+
+void appendSentRecord(std::string& sentLog, std::string_view txnId, std::string_view type,
+                      std::chrono::system_clock::time_point when) {
+    sentLog += "<";
+    sentLog += type;
+    sentLog += "><TxnID>";
+    sentLog += txnId;
+    sentLog += "</TxnID><SentDate>";
+    sentLog += sentDateText(when);
+    sentLog += "</SentDate></";
+    sentLog += type;
+    sentLog += ">\r\n";
+}
+
+SentLogIndex::SentLogIndex(std::string_view sentLog) : m_log(sentLog) {
+    for (std::size_t p = sentLog.find(kTxnTag); p != std::string_view::npos;
+         p = sentLog.find(kTxnTag, p + 1)) {
+        m_suffixes.push_back(sentLog.substr(p + kTxnTag.size()));
+    }
+    std::sort(m_suffixes.begin(), m_suffixes.end());
+}
+
+bool SentLogIndex::contains(std::string_view txnId) const {
+    // Suffixes that start with the id sort right at or after the id itself.
+    auto it = std::lower_bound(m_suffixes.begin(), m_suffixes.end(), txnId);
+    return it != m_suffixes.end() && it->starts_with(txnId);
+}
+
+}  // namespace dorvane::browser

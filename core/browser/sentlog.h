@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Dorvane — the sent log: which documents went out already.
+//
+// "EmailsSent.log" in the program folder is a run of records
+// "<Type><TxnID>id</TxnID><SentDate>when</SentDate></Type>" CR LF. It is searched as text,
+// never parsed: a document counts as sent when the text holds "<TxnID>" directly followed by
+// its TxnID, so an identifier that begins a logged one matches too.
+#pragma once
+
+#include <chrono>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace dorvane::browser {
+
+inline constexpr const char* kSentLogFile = "EmailsSent.log";
+
+// Appends one record for a document that went out.
+void appendSentRecord(
+    std::string& sentLog, std::string_view txnId, std::string_view type,
+    std::chrono::system_clock::time_point when = std::chrono::system_clock::now());
+
+// The date and time of a record: the local short date, a blank and the long time.
+std::string sentDateText(std::chrono::system_clock::time_point when);
+
+// Answers "does the log hold '<TxnID>' + id?" for many ids in O(log n) each, with the same
+// answers as a plain substring search of the text.
+class SentLogIndex {
+public:
+    explicit SentLogIndex(std::string_view sentLog);
+    bool contains(std::string_view txnId) const;
+
+private:
+    std::string_view m_log;
+    std::vector<std::string_view> m_suffixes;  // text after each "<TxnID>", sorted
+};
+
+}  // namespace dorvane::browser

@@ -1,0 +1,322 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The document lists on crafted QuickBooks answers: rows, icons, status texts, check marks.
+#include <gtest/gtest.h>
+
+#include "browser/loaders.h"
+#include "browser/sentlog.h"
+#include "company/companyinfo.h"
+#include "qbgateway/gateway.h"
+#include "qbgateway/programfolder.h"
+#include "qbgateway/responsefolder.h"
+#include "shell/mainwindow.h"
+#include "support/testsupport.h"
+
+namespace dorvane::browser {
+namespace {
+
+using test::ScriptedUi;
+using test::TempDir;
+
+// Answers from response files and keeps every request sent.
+struct Recorder {
+    std::vector<std::string> requests;
+    qbgateway::ProcessorFactory wrap(qbgateway::ProcessorFactory inner) {
+        struct Processor final : qbgateway::RequestProcessor {
+            std::unique_ptr<qbgateway::RequestProcessor> inner;
+            Recorder* recorder;
+            Status openConnection(const std::string& a, const std::string& b) override {
+                return inner->openConnection(a, b);
+            }
+            Result<std::string> beginSession(const std::string& f, qbgateway::FileMode m) override {
+                return inner->beginSession(f, m);
+            }
+            Result<std::string> getCurrentCompanyFileName(const std::string& t) override {
+                return inner->getCurrentCompanyFileName(t);
+            }
+            Result<std::string> processRequest(const std::string& t,
+                                               const std::string& r) override {
+                recorder->requests.push_back(r);
+                return inner->processRequest(t, r);
+            }
+            Status endSession(const std::string& t) override { return inner->endSession(t); }
+            Status closeConnection() override { return inner->closeConnection(); }
+        };
+        return [this, inner]() -> Result<std::unique_ptr<qbgateway::RequestProcessor>> {
+            auto made = inner();
+            if (!made) {
+                return made.error();
+            }
+            auto p = std::make_unique<Processor>();
+            p->inner = std::move(made).value();
+            p->recorder = this;
+            return std::unique_ptr<qbgateway::RequestProcessor>(std::move(p));
+        };
+    }
+};
+
+const char* kCompany =
+    "<?xml version=\"1.0\" ?><QBXML><QBXMLMsgsRs>"
+    "<CompanyQueryRs statusCode=\"0\" statusSeverity=\"Info\" statusMessage=\"Status OK\">"
+    "<CompanyRet><CompanyName>Harbor Lane Joinery</CompanyName><Address><Addr1>12 Quay St"
+    "</Addr1><City>Portland</City><State>ME</State><PostalCode>04101</PostalCode></Address>"
+    "<Email>office@example.com</Email></CompanyRet></CompanyQueryRs></QBXMLMsgsRs></QBXML>";
+
+std::string customer(const std::string& id, const std::string& name, const std::string& email,
+                     const std::string& active = "true", const std::string& balance = "10.00") {
+    return "<CustomerRet><ListID>" + id + "</ListID><Name>" + name + "</Name><FullName>" + name +
+           "</FullName><IsActive>" + active + "</IsActive>" +
+           (email.empty() ? "" : "<Email>" + email + "</Email>") + "<Balance>" + balance +
+           "</Balance><TotalBalance>" + balance + "</TotalBalance></CustomerRet>";
+}
+
+std::string invoice(const std::string& txn, const std::string& custId, const std::string& name,
+                    const std::string& subtotal, const std::string& date = "2026-11-17") {
+    return "<InvoiceRet><TxnID>" + txn + "</TxnID><CustomerRef><ListID>" + custId +
+           "</ListID><FullName>" + name + "</FullName></CustomerRef><TxnDate>" + date +
+           "</TxnDate><RefNumber>1001</RefNumber><Subtotal>" + subtotal +
+           "</Subtotal></InvoiceRet>";
+}
+
+std::string response(const std::string& body) {
+    return "<?xml version=\"1.0\" ?>\n<QBXML>\n<QBXMLMsgsRs>\n" + body +
+           "</QBXMLMsgsRs>\n</QBXML>\n";
+}
+
+std::string rs(const std::string& name, const std::string& content) {
+    return "<" + name +
+           " requestID=\"1\" statusCode=\"0\" statusSeverity=\"Info\" "
+           "statusMessage=\"Status OK\">" +
+           content + "</" + name + ">";
+}
+
+class BrowserTest : public ::testing::Test {
+protected:
+    BrowserTest()
+        : folder(home.path(), ui),
+          gateway(folder, ui, recorder.wrap(qbgateway::responseFolderFactory(answers()))),
+          window(ui, folder),
+          company(ui, folder, gateway, window),
+          browser(window, gateway, folder, company, ui) {
+        for (const auto& f : std::filesystem::directory_iterator(test::programSource())) {
+            if (f.path().extension() == ".xml") {
+                std::filesystem::copy(f.path(), home / f.path().filename().string());
+            }
+        }
+        answer("CompanyQueryRs.xml", kCompany);
+        window.startUp();
+        company.retrieveCompanyInfo();
+    }
+
+    std::filesystem::path answers() const {
+        auto dir = home / "answers";
+        std::filesystem::create_directories(dir);
+        return dir;
+    }
+    void answer(const std::string& file, const std::string& text) {
+        test::writeFile(answers() / file, text);
+    }
+    // Row i as "[x] icon cells..." for compact comparisons.
+    std::string row(int i) {
+        const auto& r = window.list().row(i);
+        std::string s = std::string(r.checked ? "[x]" : "[ ]") + std::to_string(r.icon);
+        for (const auto& c : r.cells) {
+            s += "|" + c;
+        }
+        return s;
+    }
+    void load(const std::string& type, const std::string& timeframe = "ThisWeekToDate") {
+        recorder.requests.clear();
+        ui.messages.clear();
+        browser.loadList(type, timeframe);
+    }
+
+    TempDir home;
+    ScriptedUi ui;
+    Recorder recorder;
+    qbgateway::ProgramFolder folder;
+    qbgateway::Gateway gateway;
+    shell::MainWindow window;
+    company::CompanyInfo company;
+    DocumentBrowser browser;
+};
+
+TEST_F(BrowserTest, InvoiceRowsTheirStatusAndTheSentLog) {
+    answer("InvoiceQueryRs.xml",
+           response(rs("InvoiceQueryRs", invoice("11-1", "C1", "Able Co", "100.00") +
+                                             invoice("11-2", "C2", "Baker", "20.00") +
+                                             invoice("11-3", "C1", "Able Co", "5.00") +
+                                             invoice("11-4", "C2", "Baker", "7.00")) +
+                    rs("CustomerQueryRs", customer("C1", "Able Co", "able@example.com") +
+                                              customer("C2", "Baker", ""))));
+    // 11-3 went out before; "11-4" is the beginning of a logged "11-45", which counts as sent.
+    test::writeFile(home / "EmailsSent.log",
+                    "<Invoice><TxnID>11-3</TxnID><SentDate>x</SentDate></Invoice>\r\n"
+                    "<CreditMemo><TxnID>11-45</TxnID><SentDate>x</SentDate></CreditMemo>\r\n");
+    load("Invoice", "LastMonth");
+
+    EXPECT_NE(recorder.requests.at(0).find("<DateMacro>LastMonth</DateMacro>"), std::string::npos);
+    EXPECT_EQ(recorder.requests.size(), 1u) << "customers come from the list answer";
+    const auto& cols = window.list().columns();
+    ASSERT_EQ(cols.size(), 6u);
+    EXPECT_EQ(cols[2].caption, "Customer:Job");
+    EXPECT_EQ(row(0), "[x]3|2026-11-17|11-1|Able Co|100.00|able@example.com|Ready to send");
+    EXPECT_EQ(row(1), "[ ]1|2026-11-17|11-2|Baker|20.00||Missing Email address");
+    EXPECT_EQ(row(2), "[ ]2|2026-11-17|11-3|Able Co|5.00|able@example.com|Already sent");
+    EXPECT_EQ(row(3), "[ ]2|2026-11-17|11-4|Baker|7.00||Already sent");
+    EXPECT_EQ(window.companyText(), "Harbor Lane Joinery\r\n12 Quay St \r\nPortland ME 04101");
+    EXPECT_TRUE(ui.messages.empty());
+}
+
+TEST_F(BrowserTest, ACustomerMissingFromTheListIsAskedOfQuickBooks) {
+    answer("InvoiceQueryRs.xml",
+           response(rs("InvoiceQueryRs", invoice("11-1", "C9", "Cole", "1.00"))));
+    answer("CustomerQueryRs.xml",
+           response(rs("CustomerQueryRs", customer("C9", "Cole", "cole@example.org"))));
+    load("Invoice");
+    ASSERT_EQ(recorder.requests.size(), 2u);
+    EXPECT_NE(recorder.requests[1].find("<ListID>C9</ListID>"), std::string::npos);
+    EXPECT_EQ(row(0), "[x]3|2026-11-17|11-1|Cole|1.00|cole@example.org|Ready to send");
+}
+
+TEST_F(BrowserTest, AFailedAnswerKeepsTheRowsAndSaysSo) {
+    answer("InvoiceQueryRs.xml",
+           response(rs("InvoiceQueryRs", invoice("11-1", "C1", "Able Co", "1.00")) +
+                    rs("CustomerQueryRs", customer("C1", "Able Co", "a@example.com"))));
+    load("Invoice");
+    ASSERT_EQ(window.list().rowCount(), 1);
+    test::writeFile(answers() / "failures.txt", "BeginSession 0x80040416 no file\n");
+    load("Invoice");
+    EXPECT_EQ(ui.texts(), (std::vector<std::string>{
+                              "Please open Quickbooks and select the appropriate Company file",
+                              "Could not access the company file(1)"}));
+    EXPECT_EQ(window.statusText(), "Could not access the company file");
+    EXPECT_EQ(window.list().rowCount(), 1);
+    EXPECT_TRUE(window.listDocument().empty());
+}
+
+TEST_F(BrowserTest, StatementsSkipInactiveCustomersAndShowBalanced) {
+    answer(
+        "CustomerQueryRs.xml",
+        response(rs("CustomerQueryRs", customer("C1", "Able Co", "able@example.com") +
+                                           customer("C2", "Gone Ltd", "gone@example.com", "false") +
+                                           customer("C3", "Zero Inc", "", "true", "0.00") +
+                                           customer("C4", "No Mail", "", "true", "3.50"))));
+    load("Statement");
+    ASSERT_EQ(window.list().rowCount(), 3);
+    EXPECT_EQ(window.list().columns()[0].caption, "");
+    EXPECT_EQ(row(0), "[x]3||C1|Able Co|10.00|able@example.com|Ready to send");
+    EXPECT_EQ(row(1), "[ ]4||C3|Zero Inc|0.00||Balanced");
+    EXPECT_EQ(row(2), "[ ]1||C4|No Mail|3.50||Missing Email address");
+}
+
+TEST_F(BrowserTest, PurchaseOrdersWithReceivedLinesAreLeftOut) {
+    auto po = [](const std::string& txn, const std::string& lines, const std::string& memo = "") {
+        return "<PurchaseOrderRet><TxnID>" + txn +
+               "</TxnID><VendorRef><ListID>V1</ListID>"
+               "<FullName>Timber Supply</FullName></VendorRef><TxnDate>2026-11-16</TxnDate>"
+               "<TotalAmount>50.00</TotalAmount>" +
+               (memo.empty() ? "" : "<Memo>" + memo + "</Memo>") + lines + "</PurchaseOrderRet>";
+    };
+    auto line = [](const std::string& received) {
+        return "<PurchaseOrderLineRet><TxnLineID>L</TxnLineID><ReceivedQuantity>" + received +
+               "</ReceivedQuantity></PurchaseOrderLineRet>";
+    };
+    answer("PurchaseOrderQueryRs.xml",
+           response(rs("PurchaseOrderQueryRs",
+                       po("P1", line("0") + line("0"), "rush") +  // open: listed
+                           po("P2", line("0") + line("2")) +      // partly received: out
+                           po("P3", "") +                         // no quantities: as P2 → out
+                           po("P4", line("0")) +                  // open again
+                           po("P5", "")) +                        // as P4 → listed
+                    rs("VendorQueryRs",
+                       "<VendorRet><ListID>V1</ListID><Name>Timber Supply"
+                       "</Name><Email>orders@example.net</Email></VendorRet>")));
+    load("PurchaseOrder");
+    ASSERT_EQ(window.list().rowCount(), 3);
+    EXPECT_EQ(row(0),
+              "[x]3|2026-11-16|P1|Timber Supply/rush|50.00|orders@example.net|Ready to send");
+    EXPECT_EQ(window.list().row(1).key, "P4");
+    EXPECT_EQ(window.list().row(2).key, "P5");
+}
+
+TEST_F(BrowserTest, TimesheetsAddUpPerCustomer) {
+    auto entry = [](const std::string& date, const std::string& cust, const std::string& who,
+                    const std::string& duration) {
+        return "<TimeTrackingRet><TxnID>T" + date + who + "</TxnID><TxnDate>" + date +
+               "</TxnDate><EntityRef><ListID>E-" + who + "</ListID><FullName>" + who +
+               "</FullName></EntityRef><CustomerRef><ListID>" + cust + "</ListID><FullName>" +
+               (cust == "C1" ? "Able Co" : "Baker") + "</FullName></CustomerRef><Duration>" +
+               duration + "</Duration></TimeTrackingRet>";
+    };
+    answer("TimeTrackingQueryRs.xml",
+           response(rs("TimeTrackingQueryRs", entry("2026-11-16", "C1", "Dana", "PT1H30M") +
+                                                  entry("2026-11-17", "C2", "Dana", "PT2H") +
+                                                  entry("2026-11-18", "C1", "Eli", "PT0H45M")) +
+                    rs("CustomerQueryRs", customer("C1", "Able Co", "able@example.com") +
+                                              customer("C2", "Baker", ""))));
+    load("Timesheet");
+    ASSERT_EQ(window.list().rowCount(), 2);
+    EXPECT_EQ(window.list().columns()[2].caption, "Duration[MM]");
+    EXPECT_EQ(row(0), "[x]3|2026-11-16|Able Co|135|able@example.com|Ready to send");
+    EXPECT_EQ(row(1), "[ ]1|2026-11-17|Baker|120||Missing Email address");
+
+    // By entity, every entry asks QuickBooks for the person's address.
+    answer("CustomerQueryRs.xml",
+           response(rs("CustomerQueryRs", "") +
+                    rs("EmployeeQueryRs",
+                       "<EmployeeRet><ListID>E-Dana</ListID><Name>Dana</Name>"
+                       "<Email>dana@example.com</Email></EmployeeRet>")));
+    load("TimesheetA");
+    EXPECT_EQ(recorder.requests.size(), 4u);
+    ASSERT_EQ(window.list().rowCount(), 2);
+    EXPECT_EQ(row(0), "[x]3|2026-11-16|Dana|210|dana@example.com|Ready to send");
+    EXPECT_EQ(row(1), "[ ]1|2026-11-18|Eli|45||Missing Email address");
+}
+
+TEST_F(BrowserTest, AnUnreadableDurationStopsTheLoadWithAMessage) {
+    answer("TimeTrackingQueryRs.xml",
+           response(rs("TimeTrackingQueryRs",
+                       "<TimeTrackingRet><TxnDate>2026-11-16</TxnDate><CustomerRef><ListID>C1"
+                       "</ListID><FullName>Able Co</FullName></CustomerRef><Duration>PT30H"
+                       "</Duration></TimeTrackingRet>") +
+                    rs("CustomerQueryRs", customer("C1", "Able Co", "a@example.com"))));
+    load("Timesheet");
+    // Before the first send there is no sent log yet, and reading it says so.
+    ASSERT_EQ(ui.messages.size(), 2u);
+    EXPECT_EQ(ui.messages[0].text,
+              "Could not open file " + (home / "EmailsSent.log").string() + " (2)");
+    EXPECT_NE(ui.messages[1].text.find("PT30H"), std::string::npos);
+    EXPECT_EQ(window.list().rowCount(), 0);
+}
+
+TEST(Durations, AsMinutesOfATimeOfDay) {
+    EXPECT_EQ(durationToMinutes("PT2H30M"), 150);
+    EXPECT_EQ(durationToMinutes("PT0H45M"), 45);
+    EXPECT_EQ(durationToMinutes("PT1H"), 60);
+    EXPECT_EQ(durationToMinutes("PT1H30M59S"), 90);
+    EXPECT_EQ(durationToMinutes("PT23H59M"), 1439);
+    EXPECT_EQ(durationToMinutes("PT24H"), std::nullopt);
+    EXPECT_EQ(durationToMinutes("PT45M"), std::nullopt) << "no hours part";
+    EXPECT_EQ(durationToMinutes(""), std::nullopt);
+    EXPECT_EQ(durationToMinutes("P1DT2H"), std::nullopt);
+}
+
+TEST(SentLog, RecordsAndTheSubstringRule) {
+    std::string log;
+    appendSentRecord(log, "1A-99", "Invoice");
+    EXPECT_TRUE(log.starts_with("<Invoice><TxnID>1A-99</TxnID><SentDate>"));
+    EXPECT_TRUE(log.ends_with("</SentDate></Invoice>\r\n"));
+    log += "<CreditMemo><TxnID>2B-7</TxnID><SentDate>d</SentDate></CreditMemo>";
+    SentLogIndex index(log);
+    for (const char* id : {"1A-99", "1A-9", "1A", "2B-7", ""}) {
+        EXPECT_TRUE(index.contains(id)) << id;
+        EXPECT_EQ(index.contains(id), log.find(std::string("<TxnID>") + id) != std::string::npos);
+    }
+    for (const char* id : {"1A-990", "2B-70", "A-99", "1a-99"}) {
+        EXPECT_FALSE(index.contains(id)) << id;
+    }
+    EXPECT_FALSE(SentLogIndex("").contains(""));
+}
+
+}  // namespace
+}  // namespace dorvane::browser
