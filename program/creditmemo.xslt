@@ -1,0 +1,65 @@
+<?xml version="1.0" encoding="UTF-8"?>
+<!--
+  Dorvane: a credit memo as mailed to the customer.
+
+  Receives one CreditMemoRet of a credit memo query response and writes an HTML fragment
+  (the company header is put above it by the program). The amounts of a credit memo are
+  positive; TotalAmount is the credit granted and CreditRemaining what is not yet used.
+-->
+<xsl:stylesheet version="1.0" xmlns:xsl="http://www.w3.org/1999/XSL/Transform">
+
+  <xsl:import href="document-parts.xslt"/>
+
+  <xsl:output method="html" indent="no" encoding="UTF-8"/>
+
+  <xsl:template match="/">
+    <xsl:apply-templates select="(//CreditMemoRet)[1]"/>
+  </xsl:template>
+
+  <xsl:template match="CreditMemoRet">
+    <table width="660" cellpadding="0" cellspacing="0" border="0" style="{$page-style}">
+      <xsl:call-template name="title-block">
+        <xsl:with-param name="title">CREDIT MEMO</xsl:with-param>
+        <xsl:with-param name="fields">
+          <field label="Credit No." value="{RefNumber}"/>
+          <field label="Date" value="{TxnDate}" kind="date"/>
+        </xsl:with-param>
+      </xsl:call-template>
+      <xsl:call-template name="parties-block">
+        <xsl:with-param name="first-label">Customer</xsl:with-param>
+        <xsl:with-param name="first" select="BillAddress"/>
+        <xsl:with-param name="first-name" select="CustomerRef/FullName"/>
+        <xsl:with-param name="second-label">Ship To</xsl:with-param>
+        <xsl:with-param name="second" select="ShipAddress"/>
+      </xsl:call-template>
+      <xsl:call-template name="info-strip">
+        <xsl:with-param name="fields">
+          <field label="P.O. No." value="{PONumber}"/>
+          <field label="Terms" value="{TermsRef/FullName}"/>
+          <field label="Rep" value="{SalesRepRef/FullName}"/>
+          <field label="Ship Date" value="{ShipDate}" kind="date"/>
+          <field label="Ship Via" value="{ShipMethodRef/FullName}"/>
+          <field label="F.O.B." value="{FOB}"/>
+        </xsl:with-param>
+      </xsl:call-template>
+      <xsl:call-template name="line-table"/>
+      <xsl:call-template name="totals-block">
+        <xsl:with-param name="rows">
+          <row label="Subtotal" value="{Subtotal}"/>
+          <xsl:if test="SalesTaxTotal">
+            <row value="{SalesTaxTotal}">
+              <xsl:attribute name="label"><xsl:call-template name="tax-label"/></xsl:attribute>
+            </row>
+          </xsl:if>
+          <row label="Total Credit">
+            <xsl:attribute name="value"><xsl:call-template name="total"/></xsl:attribute>
+            <xsl:if test="not(CreditRemaining)"><xsl:attribute name="strong">yes</xsl:attribute></xsl:if>
+          </row>
+          <row label="Remaining Credit" value="{CreditRemaining}" strong="yes"/>
+        </xsl:with-param>
+        <xsl:with-param name="message" select="CustomerMsgRef/FullName"/>
+      </xsl:call-template>
+    </table>
+  </xsl:template>
+
+</xsl:stylesheet>

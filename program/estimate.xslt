@@ -1,0 +1,61 @@
+<?xml version="1.0" encoding="UTF-8"?>
+<!--
+  Dorvane: an estimate as mailed to the customer.
+
+  Receives one EstimateRet of an estimate query response and writes an HTML fragment (the
+  company header is put above it by the program). An estimate carries its TotalAmount.
+-->
+<xsl:stylesheet version="1.0" xmlns:xsl="http://www.w3.org/1999/XSL/Transform">
+
+  <xsl:import href="document-parts.xslt"/>
+
+  <xsl:output method="html" indent="no" encoding="UTF-8"/>
+
+  <xsl:template match="/">
+    <xsl:apply-templates select="(//EstimateRet)[1]"/>
+  </xsl:template>
+
+  <xsl:template match="EstimateRet">
+    <table width="660" cellpadding="0" cellspacing="0" border="0" style="{$page-style}">
+      <xsl:call-template name="title-block">
+        <xsl:with-param name="title">ESTIMATE</xsl:with-param>
+        <xsl:with-param name="fields">
+          <field label="Estimate No." value="{RefNumber}"/>
+          <field label="Date" value="{TxnDate}" kind="date"/>
+          <field label="Due Date" value="{DueDate}" kind="date"/>
+        </xsl:with-param>
+      </xsl:call-template>
+      <xsl:call-template name="parties-block">
+        <xsl:with-param name="first-label">Estimate For</xsl:with-param>
+        <xsl:with-param name="first" select="BillAddress"/>
+        <xsl:with-param name="first-name" select="CustomerRef/FullName"/>
+        <xsl:with-param name="second-label">Ship To</xsl:with-param>
+        <xsl:with-param name="second" select="ShipAddress"/>
+      </xsl:call-template>
+      <xsl:call-template name="info-strip">
+        <xsl:with-param name="fields">
+          <field label="P.O. No." value="{PONumber}"/>
+          <field label="Terms" value="{TermsRef/FullName}"/>
+          <field label="Rep" value="{SalesRepRef/FullName}"/>
+          <field label="F.O.B." value="{FOB}"/>
+        </xsl:with-param>
+      </xsl:call-template>
+      <xsl:call-template name="line-table"/>
+      <xsl:call-template name="totals-block">
+        <xsl:with-param name="rows">
+          <row label="Subtotal" value="{Subtotal}"/>
+          <xsl:if test="SalesTaxTotal">
+            <row value="{SalesTaxTotal}">
+              <xsl:attribute name="label"><xsl:call-template name="tax-label"/></xsl:attribute>
+            </row>
+          </xsl:if>
+          <row label="Total" strong="yes">
+            <xsl:attribute name="value"><xsl:call-template name="total"/></xsl:attribute>
+          </row>
+        </xsl:with-param>
+        <xsl:with-param name="message" select="CustomerMsgRef/FullName"/>
+      </xsl:call-template>
+    </table>
+  </xsl:template>
+
+</xsl:stylesheet>
