@@ -8,6 +8,7 @@
 
 #include "browser/loaders.h"
 #include "company/companyinfo.h"
+#include "mail/sendloop.h"
 #include "qbgateway/defaultrecords.h"
 #include "qbgateway/gateway.h"
 #include "qbgateway/programfolder.h"
@@ -43,6 +44,7 @@ public:
     company::CompanyInfo& company() { return m_company; }
     qbgateway::DefaultRecords& defaultRecords() { return m_defaults; }
     browser::DocumentBrowser& browser() { return m_browser; }
+    mail::DocumentSender& sender() { return m_sender; }
 
 private:
     UiPort& m_ui;
@@ -53,6 +55,7 @@ private:
     company::CompanyInfo m_company;
     qbgateway::DefaultRecords m_defaults;
     browser::DocumentBrowser m_browser;
+    mail::DocumentSender m_sender;
 };
 
 }  // namespace dorvane::shell

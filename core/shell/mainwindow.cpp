@@ -109,6 +109,24 @@ bool MainWindow::selectTimeframe(std::string_view name) {
     return false;
 }
 
+void MainWindow::setPreviewChecked(bool checked) {
+    if (checked != m_preview) {
+        m_preview = checked;
+        if (m_observer) {
+            m_observer->previewChanged();
+        }
+    }
+}
+
+void MainWindow::setProgress(int percent) {
+    if (percent != m_progress) {
+        m_progress = percent;
+        if (m_observer) {
+            m_observer->progressChanged();
+        }
+    }
+}
+
 ControlState MainWindow::control(const std::string& name) const {
     auto it = m_controls.find(name);
     return it == m_controls.end() ? ControlState{} : it->second;

@@ -60,6 +60,8 @@ public:
     virtual void statusTextChanged() {}
     virtual void companyTextChanged() {}
     virtual void timeframeChanged() {}
+    virtual void previewChanged() {}
+    virtual void progressChanged() {}
 };
 
 struct ControlState {
@@ -115,6 +117,15 @@ public:
     void selectTimeframe(int index);
     bool selectTimeframe(std::string_view name);
 
+    // Check1, "preview": each run renders the checked documents into one page instead of
+    // mailing them.
+    bool previewChecked() const { return m_preview; }
+    void setPreviewChecked(bool checked);
+
+    // The progress of a long run in percent, shown beside the status text; -1 hides it.
+    int progress() const { return m_progress; }
+    void setProgress(int percent);
+
     ControlState control(const std::string& name) const;
     void setControlVisible(const std::string& name, bool visible);
     void setControlEnabled(const std::string& name, bool enabled);
@@ -143,6 +154,8 @@ private:
     std::string m_companyText;
     std::vector<std::string> m_timeframes;
     int m_timeframeIndex = -1;
+    bool m_preview = false;
+    int m_progress = -1;
     std::map<std::string, ControlState> m_controls;
     ListModel m_list;
     xml::Document m_listDocument;

@@ -172,6 +172,13 @@ Status SettingsStore::setAll(std::string_view section,
     return save();
 }
 
+Status SettingsStore::setEntries(const std::vector<Change>& changes) {
+    for (const auto& c : changes) {
+        put(c.section, c.key, c.value);
+    }
+    return save();
+}
+
 Status SettingsStore::save() const {
     std::string out;
     for (const auto& s : m_sections) {

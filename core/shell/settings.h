@@ -44,6 +44,14 @@ public:
     Status setAll(std::string_view section,
                   const std::vector<std::pair<std::string, std::string>>& values);
 
+    struct Change {
+        std::string section;
+        std::string key;
+        std::string value;
+    };
+    // Writes values of any sections in the given order and saves once.
+    Status setEntries(const std::vector<Change>& changes);
+
     // Reads the file again (another process may have written it).
     void reload();
 

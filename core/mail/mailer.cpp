@@ -1,0 +1,193 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "mail/mailer.h"
+
+#include <cstdlib>
+#include <filesystem>
+
+#include "common/text.h"
+#include "mail/mimecompose.h"
+#include "mail/mxresolver.h"
+#include "qbgateway/programfolder.h"
+#include "shell/settings.h"
+#include "shell/uiport.h"
+
+namespace dorvane::mail {
+namespace {
+
+void removeQuietly(const std::string& path) {
+    std::error_code ignored;
+    std::filesystem::remove(path, ignored);
+}
+
+// Deletes the exchange file when composing ends, however it ends.
+class FileRemover {
+public:
+    explicit FileRemover(std::string path) : m_path(std::move(path)) {}
+    ~FileRemover() {
+        if (!m_path.empty()) {
+            removeQuietly(m_path);
+        }
+    }
+    FileRemover(const FileRemover&) = delete;
+    FileRemover& operator=(const FileRemover&) = delete;
+
+private:
+    std::string m_path;
+};
+
+std::string directPort() {
+    const char* port = std::getenv(kDirectPortVariable);
+    return port && *port ? std::string(port) : std::string("25");
+}
+
+}  // namespace
+
+Mailer::Mailer() = default;
+
+Mailer::~Mailer() = default;
+
+int Mailer::openMailTransport(const MailContext& context, const shell::SettingsStore& store) {
+    switch (context.settings.mailOption) {
+        case 0:
+            return openSmtpConnection(context, store.get("SMTP", "Port", "25"),
+                                      store.get("SMTP", "Hostname"), store.get("SMTP", "User"),
+                                      store.get("SMTP", "pwd"));
+        case 1:
+            (void)connectOutlook(context);
+            return 0;
+        default:
+            return 0;
+    }
+}
+
+int Mailer::openSmtpConnection(const MailContext& context, std::string_view port,
+                               std::string_view host, std::string_view user,
+                               std::string_view password) {
+    if (m_smtp.connected()) {
+        m_smtp.disconnect();
+    }
+    m_smtp.setServer(std::string(host), std::string(port), std::string(user),
+                     std::string(password));
+    // Names are resolved here, with the same resolver as the mail exchangers, and the
+    // connection goes to exactly the addresses found. Names only the system's own resolver
+    // knows (other name services) are left to it, unless tests named a DNS server.
+    const std::string hostName(text::trim(host));
+    if (!hostName.empty() && !isAddressLiteral(hostName) && !isLoopbackHost(hostName)) {
+        const MxResolver resolver = MxResolver::fromEnvironment();
+        std::vector<std::string> found = resolver.addresses(hostName);
+        if (!found.empty() || resolver.hasServerOverride()) {
+            m_smtp.pinHostAddresses(std::move(found));
+        }
+    }
+
+    if (context.settings.trace == 1) {
+        const std::string trace = context.folder.filePath(kTraceFile);
+        removeQuietly(trace);
+        m_smtp.setTraceFile(trace);
+    } else {
+        m_smtp.setTraceFile({});
+    }
+
+    context.status("Connecting to SMTP");
+    const int result = m_smtp.connect();
+    if (result > 0) {
+        const std::string text = "Cannot connect to SMTP Server  " + std::to_string(result);
+        context.ui.messageBox(text);
+        context.status(text);
+        if (result == kResultTlsRequired) {
+            context.ui.messageBox(m_smtp.lastResultText());
+        }
+    }
+    context.status("Connected");
+
+    if (!context.preview && context.settings.test == 1 && context.settings.emailAdr.empty()) {
+        context.ui.messageBox("Please enter a vaild email address for testing");
+    }
+    // The run's setting decides; a request from an earlier run does not linger.
+    m_smtp.setRequestReturnReceipts(context.settings.returnReceipt > 0);
+    return 0;
+}
+
+bool Mailer::composeAndSendSmtp(const MailContext& context, std::string_view sender,
+                                std::string_view recipient, std::string_view subject,
+                                std::string_view html, std::string_view attachmentText,
+                                std::string_view bccAddresses) {
+    DocumentMail mail;
+    mail.sender = std::string(sender);
+    mail.recipient = std::string(recipient);
+    mail.subject = std::string(subject);
+    mail.html = std::string(html);
+    mail.returnReceipt = m_smtp.requestReturnReceipts();
+
+    std::string attachmentPath;
+    if (!attachmentText.empty()) {
+        const std::string name = attachmentFileName(subject);
+        attachmentPath = context.folder.filePath(name);
+        removeQuietly(attachmentPath);
+        try {
+            context.folder.writeProgramFile(attachmentText, name);
+        } catch (const qbgateway::FileWriteError& error) {
+            context.ui.messageBox(std::to_string(error.code()) + " " + error.description() + " " +
+                                  attachmentPath);
+            return false;
+        }
+        mail.attachment = attachmentPath;
+    }
+    FileRemover removeAttachment(attachmentPath);
+
+    composeDocumentMail(mail, m_message);
+    const std::string messageFile = context.folder.filePath(kMessageFile);
+    const int saved = m_message.save(messageFile);
+    m_message.clear();
+    if (saved != 0) {
+        return false;
+    }
+
+    const std::string recipients = envelopeRecipients(recipient, bccAddresses);
+    if (recipients.empty()) {
+        return false;
+    }
+    const int result = m_smtp.sendFile(messageFile, sender, recipients);
+    if (result != 0) {
+        context.ui.messageBox(std::to_string(result) + " " + m_smtp.lastResultText() + " " +
+                              recipients);
+        return false;
+    }
+    return true;
+}
+
+bool Mailer::deliverDirect(const MailContext& context, std::string_view sender,
+                           std::string_view recipient, std::string_view subject,
+                           std::string_view html, std::string_view attachmentText) {
+    const std::vector<std::string> pieces = text::split(recipient, '@');
+    const std::string domain = pieces.size() > 1 ? pieces[1] : std::string();
+
+    context.status("Query SMTP Server");
+    const std::string exchanger =
+        domain.empty() ? std::string() : MxResolver::fromEnvironment().mailExchanger(domain);
+
+    m_smtp.reset();
+    if (openSmtpConnection(context, directPort(), exchanger, "", "") != 0) {
+        return false;
+    }
+    context.status("Trying to send");
+    return composeAndSendSmtp(context, sender, recipient, subject, html, attachmentText, "");
+}
+
+bool Mailer::connectOutlook(const MailContext& context) {
+    m_outlookConnected = false;
+    context.ui.messageBox("Could not connect to Outlook 2000 or 2002");
+    return false;
+}
+
+bool Mailer::sendViaOutlook(const MailContext&, std::string_view, std::string_view,
+                            std::string_view, std::string_view, std::string_view,
+                            std::string_view) {
+    return false;
+}
+
+void Mailer::disconnect() {
+    m_smtp.disconnect();
+}
+
+}  // namespace dorvane::mail

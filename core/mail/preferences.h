@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Dorvane — the mail preferences dialog (Dialog): what it shows and what OK writes.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "shell/settings.h"
+#include "shell/uiport.h"
+
+namespace dorvane::mail {
+
+// The dialog's controls: name, kind and caption (or hint), in the order a front end lays
+// them out.
+struct PreferenceControl {
+    enum Kind { Text, Password, Check, Option, Frame };
+    const char* name;
+    Kind kind;
+    const char* caption;
+    const char* hint = "";
+};
+
+inline constexpr PreferenceControl kPreferenceControls[] = {
+    {"smtpservertext", PreferenceControl::Text, "SMTP Server Name"},
+    {"SmtpUsername", PreferenceControl::Text, "SMTP User Name"},
+    {"SMTPPassword", PreferenceControl::Password, "SMTP Password"},
+    {"SMTPPort", PreferenceControl::Text, "SMTP Port"},
+    {"tracecheck", PreferenceControl::Check, "Trace"},
+    {"testEmailCheck", PreferenceControl::Check, "Test Email"},
+    {"testAdrText", PreferenceControl::Text, "enter your test email address"},
+    {"Frame1", PreferenceControl::Frame, "Mail Options"},
+    {"useSMTPOption", PreferenceControl::Option, "use SMTP"},
+    {"useOutlookOption", PreferenceControl::Option, "use Outlook"},
+    {"directdeliveryoption", PreferenceControl::Option, "direct delivery"},
+    {"returnReceiptCheck", PreferenceControl::Check, "RequestDeliveryReceipts"},
+    {"bccCheck", PreferenceControl::Check, "Send BCC to:"},
+    {"bcctext", PreferenceControl::Text, "enter your BCC email address",
+     "BCC addresses separated with ;"},
+    {"alwayssendBCC", PreferenceControl::Check, "Always send BCC"},
+    {"altEmailCheck", PreferenceControl::Check, "Choose Alternate Email Address"},
+    {"EncryptCheck", PreferenceControl::Check, "Encrypt with Digital Envelope"},
+    {"attachCheck", PreferenceControl::Check, "SendXMLAttachments"},
+};
+
+class MailPreferencesModel final : public shell::DialogModel {
+public:
+    // Fills every control from the store, with the defaults where nothing is stored.
+    explicit MailPreferencesModel(const shell::SettingsStore& store);
+
+    std::string_view dialogName() const override { return "Dialog"; }
+
+    std::string hostname;
+    std::string user;
+    std::string password;
+    std::string port;
+    bool trace = false;
+    bool test = false;
+    std::string testAddress;
+    // Which of the three option buttons is set; none when the stored value is not 0, 1 or 2.
+    std::optional<int> mailOption;
+    bool returnReceipt = false;
+    bool bcc = false;
+    std::string bccAddresses;
+    bool alwaysBcc = false;
+    bool altEmail = false;
+    bool encrypt = false;
+    bool attachment = false;
+
+    // What OK writes, in the order it writes it. With no option button set, MailOption is
+    // left as it was.
+    std::vector<shell::SettingsStore::Change> changes() const;
+    // OK: writes every value. Cancel writes nothing (the front end just closes).
+    Status save(shell::SettingsStore& store) const;
+};
+
+}  // namespace dorvane::mail

@@ -1,0 +1,98 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Dorvane — "Send Email": rendering the checked documents and mailing them, or previewing.
+//
+// A run walks the rows of the list on show. Each checked row with an address (or any
+// checked row when previewing, or when blind copies or the address prompt are on) is
+// rendered with its type's style sheet from the list's own answer, and either mailed through
+// the transport the settings name or gathered into one preview page. A document that went out
+// loses its check mark, and a transaction document is recorded in the sent log, which is
+// written to disk right after each message so that a run killed half-way never mails a
+// document twice.
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "mail/mailer.h"
+#include "shell/settings.h"
+#include "xml/xml.h"
+
+namespace dorvane::shell {
+class MainWindow;
+class UiPort;
+}  // namespace dorvane::shell
+
+namespace dorvane::qbgateway {
+class ProgramFolder;
+}
+
+namespace dorvane::company {
+class CompanyInfo;
+}
+
+namespace dorvane::mail {
+
+// What became of one processed row.
+struct RowOutcome {
+    int row = 0;
+    std::string key;        // the row's TxnID or ListID (name for timesheets)
+    std::string name;       // the name shown in the row
+    std::string recipient;  // where it went (after test mode and the address prompt)
+    bool sent = false;
+};
+
+class DocumentSender {
+public:
+    DocumentSender(shell::MainWindow& window, const qbgateway::ProgramFolder& folder,
+                   shell::SettingsStore& settings, company::CompanyInfo& company,
+                   shell::UiPort& ui);
+
+    // Command1: loads the mail settings and runs the send procedure of the type on show.
+    void sendSelectedDocuments();
+
+    void sendInvoices();
+    void sendSalesReceipts();
+    void sendEstimates();
+    void sendCreditMemos();
+    void sendPurchaseOrders();
+    void sendStatements();
+    void sendTimesheets();
+
+    // Delivers one rendered document through the run's transport; `recipient` may be
+    // replaced by the address the person gives. True when it went out.
+    bool sendDocumentMail(const std::string& sender, std::string& recipient,
+                          const std::string& subject, const std::string& html,
+                          const std::string& attachmentText, const std::string& displayName);
+
+    // The company header: the company record through "company.xslt"; "" without either.
+    std::string companyHeaderHtml();
+    // The exchange file of one document, or "" when attachments are off.
+    std::string buildAttachment(xml::Node document);
+    // Writes "preview.htm" and opens it with the desktop's browser.
+    void showPreview(const std::string& html);
+
+    // Called after every processed row (the command line prints these).
+    void onRowProcessed(std::function<void(const RowOutcome&)> handler) {
+        m_rowProcessed = std::move(handler);
+    }
+
+    const shell::MailSettings& mailSettings() const { return m_settings; }
+    Mailer& mailer() { return m_mailer; }
+
+private:
+    struct Kind;
+    void runTransactions(const Kind& kind);
+    void runCustomerDocuments(bool statements);
+    MailContext context();
+
+    shell::MainWindow& m_window;
+    const qbgateway::ProgramFolder& m_folder;
+    shell::SettingsStore& m_store;
+    company::CompanyInfo& m_company;
+    shell::UiPort& m_ui;
+    Mailer m_mailer;
+    shell::MailSettings m_settings;
+    std::function<void(const RowOutcome&)> m_rowProcessed;
+};
+
+}  // namespace dorvane::mail

@@ -1,0 +1,126 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Image references, exchange-file names, envelope recipients and how a connection is
+// secured: the rules that need no server.
+#include <gtest/gtest.h>
+
+#include "mail/mimecompose.h"
+#include "mail/smtpclient.h"
+
+namespace dorvane::mail {
+namespace {
+
+using Paths = std::vector<std::string>;
+
+struct Scan {
+    std::string html;
+    Paths paths;
+    Paths ids;
+};
+
+Scan scan(const std::string& html) {
+    Scan s;
+    s.html = scanImageReferences(html, s.paths, s.ids);
+    return s;
+}
+
+TEST(ScanImageReferences, ALocalImageUsedTwiceBecomesOnePart) {
+    Scan s = scan(R"(<img src="C:/logo.gif"><p>Thanks</p><img src="C:/logo.gif" alt="x">)");
+    EXPECT_EQ(s.html, R"(<img src="cid:1234"><p>Thanks</p><img src="cid:1234" alt="x">)");
+    EXPECT_EQ(s.paths, Paths{"C:\\logo.gif"});
+    EXPECT_EQ(s.ids, Paths{"1234"});
+}
+
+TEST(ScanImageReferences, RelativePathsWebAddressesAndBitmapsStayAsTheyAre) {
+    const std::string html = R"(<img src="images/logo.gif"><img src="http://example.com/logo.jpg">)"
+                             R"(<img src="HTTP://EXAMPLE.COM/B.GIF"><img src="C:/pics/photo.bmp">)";
+    Scan s = scan(html);
+    EXPECT_EQ(s.html, html);
+    EXPECT_TRUE(s.paths.empty());
+    EXPECT_TRUE(s.ids.empty());
+}
+
+TEST(ScanImageReferences, ContentIdsCountEveryOccurrenceAcrossTheKeywords) {
+    // The relative image takes 1234 without being embedded; "src=" comes before
+    // "background=", whatever the order in the text.
+    Scan s = scan(R"(<body background="C:/bg.JPEG"><img src="images/a.gif">)"
+                  R"(<img src="C:/Pics/b.jpg" width="10"><img src="C:/c.png"></body>)");
+    EXPECT_EQ(s.html, R"(<body background="cid:1237"><img src="images/a.gif">)"
+                      R"(<img src="cid:1235" width="10"><img src="cid:1236"></body>)");
+    EXPECT_EQ(s.paths, (Paths{"C:\\Pics\\b.jpg", "C:\\c.png", "C:\\bg.JPEG"}));
+    EXPECT_EQ(s.ids, (Paths{"1235", "1236", "1237"}));
+}
+
+TEST(ScanImageReferences, PassedOverOccurrencesStillTakeTheirNumber) {
+    // A value that already holds "cid:" is passed over, and so is a tag left open at the end.
+    Scan s = scan(R"(<img src="cid:logo"><img src="file:///srv/b.gif"><img src="C:/a.gif")");
+    EXPECT_EQ(s.html, R"(<img src="cid:logo"><img src="cid:1235"><img src="C:/a.gif")");
+    EXPECT_EQ(s.paths, Paths{"file:\\\\\\srv\\b.gif"});
+    EXPECT_EQ(s.ids, Paths{"1235"});
+}
+
+TEST(ImageFiles, ListedPathsAreReadFromThisSystemsPaths) {
+    EXPECT_EQ(imageFilePath("file:\\\\\\srv\\dorvane\\logo%20big.gif"),
+              "/srv/dorvane/logo big.gif");
+    EXPECT_EQ(imageFilePath("file:\\\\localhost\\srv\\a%2Bb.png"), "/srv/a+b.png");
+    EXPECT_EQ(imageFilePath("C:\\pics\\a.gif"), "C:/pics/a.gif");
+
+    EXPECT_EQ(imageContentType("C:\\A.GIF"), "image/gif");
+    EXPECT_EQ(imageContentType("C:\\a.jpeg"), "image/jpg");
+    EXPECT_EQ(imageContentType("C:\\a.jpg"), "image/jpg");
+    EXPECT_EQ(imageContentType("C:\\a.png"), "");
+}
+
+TEST(ExchangeFileName, BlanksBecomeDashesAndColonsAndHashesGo) {
+    EXPECT_EQ(attachmentFileName("Invoice: #1041  Date: 2002-05-01  "),
+              "Invoice-1041--Date-2002-05-01--.dvx");
+    EXPECT_EQ(attachmentFileName("Your Statement"), "Your-Statement.dvx");
+    EXPECT_EQ(attachmentFileName("PurchaseOrder: #12/B  Date: 2002-05-01  "),
+              "PurchaseOrder-12-B--Date-2002-05-01--.dvx");
+}
+
+TEST(EnvelopeRecipients, BlindCopiesFollowTheRecipient) {
+    EXPECT_EQ(envelopeRecipients("a@example.com", ""), "a@example.com");
+    EXPECT_EQ(envelopeRecipients("a@example.com", "b@example.org;c@example.net"),
+              "a@example.com, b@example.org,c@example.net");
+    EXPECT_EQ(envelopeRecipients("", "b@example.org;c@example.net"), "b@example.org,c@example.net");
+    EXPECT_EQ(envelopeRecipients("", ""), "");
+}
+
+TEST(ConnectionPlan, LoginDataTravelsEncryptedUnlessTheServerIsThisMachine) {
+    ConnectionPlan plain = planConnection("smtp.example.com", "25", "", true);
+    EXPECT_TRUE(plain.url.starts_with("smtp://smtp.example.com:25/")) << plain.url;
+    EXPECT_EQ(plain.tls, TlsMode::Opportunistic);
+
+    ConnectionPlan login = planConnection("smtp.example.com", "587", "me", true);
+    EXPECT_EQ(login.tls, TlsMode::Required);
+    EXPECT_TRUE(login.refusal.empty());
+
+    ConnectionPlan implicit = planConnection("smtp.example.com", " 465 ", "me", true);
+    EXPECT_TRUE(implicit.url.starts_with("smtps://smtp.example.com:465/")) << implicit.url;
+    EXPECT_EQ(implicit.tls, TlsMode::Implicit);
+
+    EXPECT_EQ(planConnection("localhost", "2525", "me", true).tls, TlsMode::Opportunistic);
+    EXPECT_TRUE(planConnection("::1", "25", "me", true).url.starts_with("smtp://[::1]:25/"));
+    EXPECT_TRUE(planConnection("smtp.example.com", "", "", true)
+                    .url.starts_with("smtp://smtp.example.com/"));
+
+    // Without TLS on this system a login to another machine is refused before any
+    // connection; mail without login still goes.
+    EXPECT_FALSE(planConnection("smtp.example.com", "25", "me", false).refusal.empty());
+    EXPECT_TRUE(planConnection("smtp.example.com", "25", "", false).refusal.empty());
+    EXPECT_TRUE(planConnection("127.0.0.1", "25", "me", false).refusal.empty());
+}
+
+TEST(ConnectionPlan, LoopbackIsDecidedOnTheNameAlone) {
+    for (const char* host : {"localhost", "LOCALHOST", "mail.localhost", "127.0.0.1", "127.8.9.10",
+                             "::1", "[::1]", "::ffff:127.0.0.1"}) {
+        EXPECT_TRUE(isLoopbackHost(host)) << host;
+    }
+    for (const char* host : {"", "localhost.example.com", "mylocalhost", "10.0.0.1",
+                             "smtp.example.com", "::2", "128.0.0.1"}) {
+        EXPECT_FALSE(isLoopbackHost(host)) << host;
+    }
+}
+
+}  // namespace
+}  // namespace dorvane::mail

@@ -1,0 +1,355 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// "Send Email" from a loaded list to a real SMTP server on loopback: what goes out, what is
+// unchecked and logged, previews, statements, timesheets and exchange files.
+#include <gtest/gtest.h>
+
+#include "browser/sentlog.h"
+#include "qbgateway/responsefolder.h"
+#include "shell/application.h"
+#include "support/mailservers.h"
+
+namespace dorvane::mail {
+namespace {
+
+using test::ScopedEnvironment;
+using test::ScriptedUi;
+using test::SmtpServerOptions;
+using test::SmtpTestServer;
+using test::TempDir;
+
+std::string rs(const std::string& name, const std::string& content) {
+    return "<" + name +
+           " requestID=\"1\" statusCode=\"0\" statusSeverity=\"Info\" "
+           "statusMessage=\"Status OK\">" +
+           content + "</" + name + ">";
+}
+
+std::string response(const std::string& body) {
+    return "<?xml version=\"1.0\" ?>\n<QBXML>\n<QBXMLMsgsRs>\n" + body +
+           "</QBXMLMsgsRs>\n</QBXML>\n";
+}
+
+const std::string kCompanyRet =
+    "<CompanyRet><CompanyName>Harbor Lane Joinery</CompanyName><LegalCompanyName>Harbor Lane "
+    "Joinery LLC</LegalCompanyName><Address><Addr1>12 Quay St</Addr1><City>Portland</City>"
+    "<State>ME</State><PostalCode>04101</PostalCode></Address><LegalAddress><Addr1>PO Box 1"
+    "</Addr1></LegalAddress><Phone>207-555-0100</Phone><Email>office@example.com</Email>"
+    "<FirstMonthFiscalYear>January</FirstMonthFiscalYear><FileName>/q/harbor.qbw</FileName>"
+    "</CompanyRet>";
+
+std::string customer(const std::string& id, const std::string& name, const std::string& email,
+                     const std::string& total = "100.00") {
+    return "<CustomerRet><ListID>" + id + "</ListID><Name>" + name + "</Name><FullName>" + name +
+           "</FullName><IsActive>true</IsActive>" +
+           (email.empty() ? "" : "<Email>" + email + "</Email>") + "<Balance>" + total +
+           "</Balance><TotalBalance>" + total + "</TotalBalance></CustomerRet>";
+}
+
+std::string invoice(const std::string& txn, const std::string& ref, const std::string& custId,
+                    const std::string& name, const std::string& subtotal,
+                    const std::string& tax = "0.00") {
+    return "<InvoiceRet><TxnID>" + txn + "</TxnID><CustomerRef><ListID>" + custId +
+           "</ListID><FullName>" + name +
+           "</FullName></CustomerRef><TxnDate>2026-11-17"
+           "</TxnDate><RefNumber>" +
+           ref + "</RefNumber><Subtotal>" + subtotal + "</Subtotal><SalesTaxTotal>" + tax +
+           "</SalesTaxTotal><InvoiceLineRet><TxnLineID>L1"
+           "</TxnLineID><ItemRef><ListID>80000007-1</ListID><FullName>Labor</FullName></ItemRef>"
+           "<Desc>Cabinet work</Desc><Quantity>2</Quantity><Rate>50.00</Rate><Amount>100.00"
+           "</Amount></InvoiceLineRet></InvoiceRet>";
+}
+
+class SendLoopTest : public ::testing::Test {
+protected:
+    SendLoopTest()
+        : config("XDG_CONFIG_HOME", (home / "cfg").string()),
+          app(ui, shell::StartOptions{(home / "program").string()},
+              qbgateway::responseFolderFactory(home / "qb")) {
+        std::filesystem::create_directories(home / "qb");
+        std::filesystem::create_directories(home / "program");
+        for (const auto& f : std::filesystem::directory_iterator(test::programSource())) {
+            if (f.is_regular_file()) {
+                std::filesystem::copy(f.path(), home / "program" / f.path().filename());
+            }
+        }
+        answer("CompanyQueryRs.xml", response(rs("CompanyQueryRs", kCompanyRet)));
+        test::writeFile(home / "program" / "EmailsSent.log", "");
+        useServer();
+        app.sender().onRowProcessed([this](const RowOutcome& o) {
+            outcomes.push_back(o);
+            logAtRow.push_back(test::readFile(home / "program" / "EmailsSent.log"));
+        });
+    }
+
+    void useServer(SmtpServerOptions options = {}) {
+        server = std::make_unique<SmtpTestServer>(options);
+        app.settings()
+            .setEntries({{"SMTP", "Hostname", "127.0.0.1"},
+                         {"SMTP", "Port", server->portText()},
+                         {"Settings", "MailOption", "0"}})
+            .ok();
+    }
+    void answer(const std::string& file, const std::string& text) {
+        test::writeFile(home / "qb" / file, text);
+    }
+    void invoices() {
+        answer("InvoiceQueryRs.xml",
+               response(rs("InvoiceQueryRs",
+                           invoice("11-1", "1041", "C1", "Able Co", "100.00", "5.00") +
+                               invoice("11-2", "1042", "C2", "Baker &amp; Sons", "20.00") +
+                               invoice("11-3", "1043", "C3", "No Mail Ltd", "7.00")) +
+                        rs("CustomerQueryRs",
+                           customer("C1", "Able Co", "able@example.test") +
+                               customer("C2", "Baker &amp; Sons", "baker@example.test") +
+                               customer("C3", "No Mail Ltd", "")) +
+                        rs("CompanyQueryRs", kCompanyRet)));
+    }
+    void pick(const std::string& type) {
+        app.window().startUp();
+        app.window().selectDocumentType(type);
+    }
+
+    TempDir home;
+    ScopedEnvironment today{"DORVANE_TODAY", "2026-11-18"};
+    ScopedEnvironment config;
+    ScriptedUi ui;
+    shell::Application app;
+    std::unique_ptr<SmtpTestServer> server;
+    std::vector<RowOutcome> outcomes;
+    std::vector<std::string> logAtRow;
+};
+
+TEST_F(SendLoopTest, InvoicesGoOutOverOneConnectionAndAreLogged) {
+    invoices();
+    pick("Invoice");
+    ui.messages.clear();
+    app.sender().sendSelectedDocuments();
+
+    auto record = server->record();
+    EXPECT_EQ(record.connections, 1);
+    const auto accepted = record.accepted();
+    ASSERT_EQ(accepted.size(), 2u);
+    const auto& first = accepted[0];
+    EXPECT_EQ(first.mailFrom, "office@example.com");
+    EXPECT_EQ(first.rcptTos, std::vector<std::string>{"able@example.test"});
+    EXPECT_EQ(first.mime.subject, "Invoice: #1041  Date: 2026-11-17");
+    ASSERT_GE(first.mime.parts.size(), 2u);
+    const std::string& html = first.mime.parts[1].body;
+    EXPECT_NE(html.find("Harbor Lane Joinery"), std::string::npos) << "company header";
+    EXPECT_NE(html.find("Cabinet work"), std::string::npos);
+    EXPECT_NE(accepted[1].mime.parts[1].body.find("Baker &amp; Sons"), std::string::npos);
+
+    // Sent rows lose their check; the row without an address was passed over.
+    const auto& list = app.window().list();
+    EXPECT_FALSE(list.row(0).checked);
+    EXPECT_FALSE(list.row(1).checked);
+    EXPECT_EQ(outcomes.size(), 2u);
+    EXPECT_EQ(app.window().statusText(), "Invoices sent");
+    EXPECT_TRUE(ui.messages.empty()) << ui.messages[0].text;
+
+    // Each record reached the disk right after its message.
+    EXPECT_NE(logAtRow[0].find("<Invoice><TxnID>11-1</TxnID>"), std::string::npos);
+    EXPECT_EQ(logAtRow[0].find("<TxnID>11-2"), std::string::npos);
+    const std::string log = test::readFile(home / "program" / "EmailsSent.log");
+    EXPECT_NE(log.find("<TxnID>11-2</TxnID>"), std::string::npos);
+    EXPECT_TRUE(log.ends_with("</Invoice>\r\n\r\n"));
+
+    // The next list shows them as sent, and a second press sends nothing.
+    app.window().refresh();
+    EXPECT_EQ(list.row(0).cells.back(), "Already sent");
+    EXPECT_EQ(list.row(1).cells.back(), "Already sent");
+    outcomes.clear();
+    app.sender().sendSelectedDocuments();
+    EXPECT_TRUE(outcomes.empty());
+    EXPECT_EQ(server->record().accepted().size(), 2u);
+}
+
+TEST_F(SendLoopTest, ARefusedMessageStaysCheckedAndTheRunGoesOn) {
+    SmtpServerOptions options;
+    options.refuseRecipients = {"able@example.test"};
+    useServer(options);
+    invoices();
+    pick("Invoice");
+    ui.messages.clear();
+    app.sender().sendSelectedDocuments();
+    ASSERT_EQ(outcomes.size(), 2u);
+    EXPECT_FALSE(outcomes[0].sent);
+    EXPECT_TRUE(outcomes[1].sent);
+    EXPECT_TRUE(app.window().list().row(0).checked);
+    EXPECT_FALSE(app.window().list().row(1).checked);
+    ASSERT_EQ(ui.messages.size(), 1u);
+    EXPECT_NE(ui.messages[0].text.find("able@example.test"), std::string::npos);
+    const std::string log = test::readFile(home / "program" / "EmailsSent.log");
+    EXPECT_EQ(log.find("11-1"), std::string::npos);
+    EXPECT_NE(log.find("11-2"), std::string::npos);
+}
+
+TEST_F(SendLoopTest, TestModeBlindCopiesAndAttachments) {
+    app.settings()
+        .setEntries({{"Settings", "Test", "1"},
+                     {"Settings", "EmailAdr", "me@example.test"},
+                     {"Settings", "BCC", "1"},
+                     {"Settings", "BCCAdr", "boss@example.test;files@example.test"},
+                     {"Settings", "Attachment", "1"}})
+        .ok();
+    invoices();
+    pick("Invoice");
+    app.window().list().setChecked(1, false);
+    app.sender().sendSelectedDocuments();
+    auto accepted = server->record().accepted();
+    ASSERT_EQ(accepted.size(), 1u);
+    EXPECT_EQ(accepted[0].rcptTos, (std::vector<std::string>{"me@example.test", "boss@example.test",
+                                                             "files@example.test"}));
+    EXPECT_EQ(accepted[0].mime.header("To"), "me@example.test");
+    EXPECT_EQ(accepted[0].data.find("boss@"), std::string::npos) << "blind copies stay hidden";
+
+    const test::MimePartRecord* dvx = nullptr;
+    for (const auto& p : accepted[0].mime.parts) {
+        if (p.filename.ends_with(".dvx")) {
+            dvx = &p;
+        }
+    }
+    ASSERT_NE(dvx, nullptr);
+    EXPECT_EQ(dvx->filename, "Invoice-1041--Date-2026-11-17--.dvx");
+    auto exchange = xml::Document::parse(dvx->body);
+    ASSERT_TRUE(exchange.ok()) << dvx->body;
+    EXPECT_EQ(exchange->root().name(), "InvoiceRet");
+    for (xml::Node id : exchange->selectAll("//ListID")) {
+        EXPECT_EQ(id.text(), "ignore");
+    }
+    EXPECT_EQ(exchange->valueOf("//CompanyRet/CompanyName"), "Harbor Lane Joinery");
+    for (const char* gone :
+         {"LegalAddress", "LegalCompanyName", "FileName", "FirstMonthFiscalYear"}) {
+        EXPECT_FALSE(exchange->selectOne(std::string("//CompanyRet/") + gone)) << gone;
+    }
+    EXPECT_FALSE(std::filesystem::exists(home / "program" / dvx->filename)) << "deleted after";
+}
+
+TEST_F(SendLoopTest, PreviewRendersEveryCheckedRowAndSendsNothing) {
+    invoices();
+    pick("Invoice");
+    app.window().list().setChecked(2, true);  // no address, rendered all the same
+    app.window().setPreviewChecked(true);
+    app.sender().sendSelectedDocuments();
+    EXPECT_EQ(server->record().connections, 0);
+    const std::string page = test::readFile(home / "program" / "preview.htm");
+    EXPECT_TRUE(page.starts_with("<html><head/><body><DIV style='page-break-after:always'>"));
+    std::size_t blocks = 0;
+    for (std::size_t p = page.find("page-break-after"); p != std::string::npos;
+         p = page.find("page-break-after", p + 1)) {
+        ++blocks;
+    }
+    EXPECT_EQ(blocks, 3u);
+    EXPECT_EQ(ui.opened.back(), (home / "program" / "preview.htm").string());
+    EXPECT_TRUE(app.window().list().row(0).checked);
+    EXPECT_EQ(test::readFile(home / "program" / "EmailsSent.log"), "");
+}
+
+TEST_F(SendLoopTest, StatementsCarryTheForwardBalanceOnce) {
+    auto payment =
+        "<ReceivePaymentRet><TxnID>P-1</TxnID><TxnDate>2026-11-16</TxnDate>"
+        "<CustomerRef><ListID>C1</ListID><FullName>Able Co</FullName></CustomerRef>"
+        "<TotalAmount>30.00</TotalAmount></ReceivePaymentRet>";
+    answer(
+        "CustomerQueryRs.xml",
+        response(rs("CustomerQueryRs", customer("C1", "Able Co", "able@example.test", "500.00") +
+                                           customer("C2", "Baker", "b@example.test", "75.00")) +
+                 rs("InvoiceQueryRs", invoice("11-1", "1041", "C1", "Able Co", "100.00", "5.00")) +
+                 rs("ReceivePaymentQueryRs", payment) + rs("CompanyQueryRs", kCompanyRet)));
+    pick("Statement");
+    app.window().list().setChecked(1, false);
+    app.window().setPreviewChecked(true);
+    app.sender().sendSelectedDocuments();
+    // 500 - (100 + 5) + 30
+    xml::Node able = app.window().listDocument().selectOne(
+        "/QBXML/QBXMLMsgsRs/CustomerQueryRs/CustomerRet[ListID='C1']");
+    EXPECT_EQ(able.valueOf("ForwardBalance"), "425");
+    EXPECT_TRUE(able.selectOne("InvoiceRet"));
+    EXPECT_EQ(able.valueOf("PrintDate"), "2026-11-18");
+
+    // Sending after the preview finds the invoices moved already.
+    app.window().setPreviewChecked(false);
+    app.sender().sendSelectedDocuments();
+    EXPECT_EQ(able.selectAll("ForwardBalance").size(), 2u);
+    EXPECT_EQ(able.selectAll("ForwardBalance")[1].text(), "500");
+    auto accepted = server->record().accepted();
+    ASSERT_EQ(accepted.size(), 1u);
+    EXPECT_EQ(accepted[0].mime.subject, "Your Statement");
+    EXPECT_EQ(app.window().statusText(), "Statements sent");
+}
+
+TEST_F(SendLoopTest, TimesheetsGatherTheCustomersEntries) {
+    auto entry = [](const std::string& cust, const std::string& d) {
+        return "<TimeTrackingRet><TxnID>T" + d + "</TxnID><TxnDate>2026-11-1" + d +
+               "</TxnDate><EntityRef><ListID>E1</ListID><FullName>Dana</FullName></EntityRef>"
+               "<CustomerRef><ListID>" +
+               cust + "</ListID><FullName>" + (cust == "C1" ? "Able Co" : "Baker") +
+               "</FullName></CustomerRef><Duration>PT1H30M"
+               "</Duration></TimeTrackingRet>";
+    };
+    answer(
+        "TimeTrackingQueryRs.xml",
+        response(rs("TimeTrackingQueryRs", entry("C1", "6") + entry("C2", "7") + entry("C1", "8")) +
+                 rs("CustomerQueryRs",
+                    customer("C1", "Able Co", "able@example.test") + customer("C2", "Baker", "")) +
+                 rs("CompanyQueryRs", kCompanyRet)));
+    pick("Timesheet");
+    app.sender().sendSelectedDocuments();
+    xml::Node able = app.window().listDocument().selectOne(
+        "/QBXML/QBXMLMsgsRs/CustomerQueryRs/CustomerRet[FullName='Able Co']");
+    EXPECT_EQ(able.selectAll("TimeTrackingRet").size(), 2u);
+    EXPECT_EQ(able.childElements().back().name(), "PrintDate");
+    auto accepted = server->record().accepted();
+    ASSERT_EQ(accepted.size(), 1u);
+    EXPECT_EQ(accepted[0].mime.subject, "Your Timesheet");
+    EXPECT_EQ(test::readFile(home / "program" / "EmailsSent.log"), "\r\n")
+        << "timesheets append nothing but write the log back";
+}
+
+TEST_F(SendLoopTest, TimesheetsByEntityAndAMissingStyleSheetSendNothing) {
+    answer("TimeTrackingQueryRs.xml",
+           response(rs("TimeTrackingQueryRs",
+                       "<TimeTrackingRet><TxnDate>2026-11-16</TxnDate><EntityRef><ListID>C1"
+                       "</ListID><FullName>Able Co</FullName></EntityRef><Duration>PT1H</Duration>"
+                       "</TimeTrackingRet>")));
+    answer("CustomerQueryRs.xml",
+           response(rs("CustomerQueryRs", customer("C1", "Able Co", "a@example.test"))));
+    pick("TimesheetA");
+    ASSERT_EQ(app.window().list().rowCount(), 1);
+    ASSERT_TRUE(app.window().list().row(0).checked);
+    app.sender().sendSelectedDocuments();
+    EXPECT_EQ(server->record().connections, 0);
+    EXPECT_TRUE(app.window().list().row(0).checked);
+
+    invoices();
+    pick("Invoice");
+    std::filesystem::remove(home / "program" / "invoice.xslt");
+    app.sender().sendSelectedDocuments();
+    EXPECT_EQ(app.window().statusText(), "Invoice conversion failed");
+    EXPECT_EQ(server->record().connections, 0);
+    EXPECT_TRUE(app.window().list().row(0).checked);
+}
+
+TEST_F(SendLoopTest, TheAddressPromptCanSendToBlindCopiesOnly) {
+    app.settings()
+        .setEntries({{"Settings", "altEmail", "1"},
+                     {"Settings", "BCC", "1"},
+                     {"Settings", "BCCAdr", "files@example.test"}})
+        .ok();
+    invoices();
+    pick("Invoice");
+    app.window().list().setChecked(2, true);  // checked by hand, though it has no address
+    ui.inputs = {std::string("other@example.test"), std::nullopt, std::string("new@example.test")};
+    app.sender().sendSelectedDocuments();
+    auto accepted = server->record().accepted();
+    ASSERT_EQ(accepted.size(), 3u) << "the row without an address is processed too";
+    EXPECT_EQ(accepted[0].rcptTos,
+              (std::vector<std::string>{"other@example.test", "files@example.test"}));
+    EXPECT_EQ(accepted[1].rcptTos, std::vector<std::string>{"files@example.test"});
+    EXPECT_FALSE(accepted[1].mime.header("To").has_value());
+    EXPECT_EQ(accepted[2].rcptTos,
+              (std::vector<std::string>{"new@example.test", "files@example.test"}));
+}
+
+}  // namespace
+}  // namespace dorvane::mail

@@ -1,0 +1,420 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Sending through the configured SMTP server: a real aiosmtpd server on loopback records
+// what arrives.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include "mail/mailer.h"
+#include "mail/mxresolver.h"
+#include "mail/smtpclient.h"
+#include "mailrun.h"
+#include "support/mailservers.h"
+
+namespace dorvane::mail {
+namespace {
+
+using test::MailRun;
+using test::SmtpServerOptions;
+using test::SmtpTestServer;
+
+const std::string kSender = "billing@company.test";
+const std::string kSubject = "Invoice: #1041  Date: 2002-05-01  ";
+
+std::string simpleHtml(const std::string& word) {
+    return "<html><body><p>" + word + "</p></body></html>";
+}
+
+std::vector<std::string> list(std::initializer_list<const char*> items) {
+    return {items.begin(), items.end()};
+}
+
+TEST(SmtpServerTransport, ARunSendsEveryMessageOverOneConnection) {
+    SmtpTestServer server;
+    MailRun run;
+    Mailer mailer;
+    EXPECT_EQ(mailer.openSmtpConnection(run.context(), server.portText(), "127.0.0.1", "", ""), 0);
+    EXPECT_EQ(run.statuses, list({"Connecting to SMTP", "Connected"}));
+    EXPECT_TRUE(run.ui.messages.empty());
+    // The connection is there before the first message.
+    EXPECT_EQ(server.record().connections, 1);
+    char host[256] = {};
+    gethostname(host, sizeof host - 1);
+    EXPECT_EQ(server.record().sessions.at(0).ehlo, host);
+
+    for (const char* to : {"a@example.test", "b@example.test", "c@example.test"}) {
+        EXPECT_TRUE(mailer.composeAndSendSmtp(run.context(), kSender, to, kSubject, simpleHtml(to),
+                                              "", ""));
+    }
+    mailer.disconnect();
+
+    test::SmtpRecord record = server.record();
+    EXPECT_EQ(record.connections, 1);
+    ASSERT_EQ(record.accepted().size(), 3u);
+    for (const auto& m : record.messages) {
+        EXPECT_EQ(m.session, 1);
+        EXPECT_EQ(m.mailFrom, kSender);
+    }
+    EXPECT_EQ(record.messages[2].rcptTos, list({"c@example.test"}));
+    EXPECT_EQ(mailer.smtpClient().connectionsOpened(), 1);
+    EXPECT_TRUE(run.ui.messages.empty());
+
+    // The next run connects anew.
+    mailer.openSmtpConnection(run.context(), server.portText(), "127.0.0.1", "", "");
+    EXPECT_TRUE(mailer.composeAndSendSmtp(run.context(), kSender, "d@example.test", kSubject,
+                                          simpleHtml("d"), "", ""));
+    EXPECT_EQ(server.record().connections, 2);
+}
+
+TEST(SmtpServerTransport, BlindCopiesAreEnvelopeRecipientsOnly) {
+    SmtpTestServer server;
+    MailRun run;
+    Mailer mailer;
+    mailer.openSmtpConnection(run.context(), server.portText(), "127.0.0.1", "", "");
+    ASSERT_TRUE(mailer.composeAndSendSmtp(run.context(), kSender, "customer@example.test", kSubject,
+                                          simpleHtml("x"), "",
+                                          "boss@company.test;archive@company.test"));
+    // Blind copies only: the recipient was left empty (e.g. no address on file).
+    ASSERT_TRUE(mailer.composeAndSendSmtp(run.context(), kSender, "", kSubject, simpleHtml("y"), "",
+                                          "boss@company.test;archive@company.test"));
+    // Neither recipient nor blind copies: nothing to send.
+    EXPECT_FALSE(
+        mailer.composeAndSendSmtp(run.context(), kSender, "", kSubject, simpleHtml("z"), "", ""));
+
+    test::SmtpRecord record = server.record();
+    ASSERT_EQ(record.messages.size(), 2u);
+    const auto& both = record.messages[0];
+    EXPECT_EQ(both.rcptTos,
+              list({"customer@example.test", "boss@company.test", "archive@company.test"}));
+    EXPECT_EQ(both.mime.header("To"), "customer@example.test");
+    const auto& blindOnly = record.messages[1];
+    EXPECT_EQ(blindOnly.rcptTos, list({"boss@company.test", "archive@company.test"}));
+    EXPECT_FALSE(blindOnly.mime.header("To").has_value());
+    for (const auto& m : record.messages) {
+        EXPECT_FALSE(m.mime.header("Bcc").has_value());
+        EXPECT_EQ(m.data.find("boss@company.test"), std::string::npos);
+        EXPECT_EQ(m.data.find("archive@company.test"), std::string::npos);
+    }
+    EXPECT_TRUE(run.ui.messages.empty());
+}
+
+TEST(SmtpServerTransport, TheMessageArrivesWithItsLayoutImagesAndExchangeFile) {
+    SmtpTestServer server;
+    MailRun run;
+    // Image bytes that a newline conversion or a text encoding would spoil.
+    const std::string gif = std::string("GIF89a\x01\x00\x01\x00\r\n\n\r\x00\xff\xfe.\r\n.", 24);
+    const std::string png = std::string("\x89PNG\r\n\x1a\n\x00\x00\x00\rIHDR", 16);
+    test::writeFile(run.dir / "logo.gif", gif);
+    test::writeFile(run.dir / "my stamp.png", png);
+    const std::string gifUrl = "file://" + (run.dir / "logo.gif").string();
+    const std::string pngUrl = "file://" + (run.dir / "my%20stamp.png").string();
+    const std::string html = "<html><body><img src=\"" + gifUrl + "\"><p>Invoice = due</p>" +
+                             "<img src=\"images/rel.gif\"><table><tr><td background=\"" + pngUrl +
+                             "\">x</td></tr></table><img src=\"" + gifUrl + "\"></body></html>";
+    const std::string exchange = "<InvoiceRet><TxnID>1-2</TxnID></InvoiceRet>";
+
+    Mailer mailer;
+    mailer.openSmtpConnection(run.context(), server.portText(), "127.0.0.1", "", "");
+    ASSERT_TRUE(mailer.composeAndSendSmtp(run.context(), kSender, "customer@example.test", kSubject,
+                                          html, exchange, ""));
+
+    test::SmtpRecord record = server.record();
+    ASSERT_EQ(record.accepted().size(), 1u);
+    const test::MimeRecord& mime = record.messages[0].mime;
+    EXPECT_TRUE(mime.defects.empty());
+    EXPECT_EQ(mime.contentType, "multipart/related");
+    ASSERT_FALSE(mime.boundary.empty());
+    EXPECT_EQ(mime.header("Content-Type"), "multipart/related; boundary=\"" + mime.boundary + "\"");
+    EXPECT_EQ(mime.header("From"), kSender);
+    EXPECT_EQ(mime.header("To"), "customer@example.test");
+    // Header values lose trailing blanks; the text part keeps them.
+    EXPECT_EQ(mime.subject, "Invoice: #1041  Date: 2002-05-01");
+    EXPECT_FALSE(mime.header("Disposition-Notification-To").has_value());
+
+    ASSERT_EQ(mime.parts.size(), 5u);
+    const auto& plain = mime.parts[0];
+    EXPECT_EQ(plain.headers, (test::HeaderList{{"Content-Type", "text/plain"},
+                                               {"Content-Transfer-Encoding", "7bit"}}));
+    EXPECT_EQ(plain.body, kSubject);
+
+    const auto& htmlPart = mime.parts[1];
+    EXPECT_EQ(htmlPart.headers,
+              (test::HeaderList{{"Content-Type", "text/html"},
+                                {"Content-Transfer-Encoding", "quoted-printable"}}));
+    EXPECT_EQ(htmlPart.body,
+              "<html><body><img src=\"cid:1234\"><p>Invoice = due</p>"
+              "<img src=\"images/rel.gif\"><table><tr><td background=\"cid:1237\">"
+              "x</td></tr></table><img src=\"cid:1234\"></body></html>");
+
+    const auto& gifPart = mime.parts[2];
+    EXPECT_EQ(gifPart.headers, (test::HeaderList{{"Content-Type", "image/gif"},
+                                                 {"Content-Length", "0"},
+                                                 {"Content-disposition", "Inline"},
+                                                 {"Content-ID", "<1234>"},
+                                                 {"Content-Transfer-Encoding", "base64"}}));
+    EXPECT_EQ(gifPart.body, gif);
+
+    const auto& pngPart = mime.parts[3];
+    EXPECT_EQ(pngPart.headerNames(), list({"Content-Length", "Content-disposition", "Content-ID",
+                                           "Content-Transfer-Encoding"}));
+    EXPECT_EQ(pngPart.header("Content-ID"), "<1237>");
+    EXPECT_EQ(pngPart.body, png);
+
+    const auto& attached = mime.parts[4];
+    EXPECT_EQ(attached.filename, "Invoice-1041--Date-2002-05-01--.dvx");
+    EXPECT_EQ(attached.body, exchange + "\r\n");
+
+    // The message file stays, with CR LF line ends only, and is what the server received;
+    // the exchange file is gone.
+    const std::string saved = run.file("themail.txt");
+    EXPECT_EQ(saved, record.messages[0].data);
+    for (std::size_t i = saved.find('\n'); i != std::string::npos; i = saved.find('\n', i + 1)) {
+        ASSERT_GT(i, 0u);
+        ASSERT_EQ(saved[i - 1], '\r') << "bare line feed at " << i;
+    }
+    EXPECT_FALSE(run.exists("Invoice-1041--Date-2002-05-01--.dvx"));
+}
+
+TEST(SmtpServerTransport, SubjectsBeyondAsciiAreEncodedInTheHeader) {
+    SmtpTestServer server;
+    MailRun run;
+    Mailer mailer;
+    mailer.openSmtpConnection(run.context(), server.portText(), "127.0.0.1", "", "");
+    const std::string subject = "Rechnung: #7  Müller & Söhne – Grüße";
+    ASSERT_TRUE(mailer.composeAndSendSmtp(run.context(), kSender, "kunde@example.test", subject,
+                                          simpleHtml("ä"), "", ""));
+    const test::SmtpMessageRecord m = server.record().messages.at(0);
+    EXPECT_NE(m.mime.header("Subject")->find("=?"), std::string::npos);
+    EXPECT_EQ(m.mime.subject, subject);
+    for (unsigned char c : m.data) {
+        ASSERT_LT(c, 0x80) << "8-bit byte in the message";
+    }
+    EXPECT_EQ(m.mime.parts.at(0).body, subject);
+}
+
+TEST(SmtpServerTransport, ReturnReceiptsFollowTheRunsSetting) {
+    SmtpTestServer server;
+    MailRun run;
+    Mailer mailer;
+    run.settings.returnReceipt = 1;
+    mailer.openSmtpConnection(run.context(), server.portText(), "127.0.0.1", "", "");
+    ASSERT_TRUE(mailer.composeAndSendSmtp(run.context(), kSender, "a@example.test", kSubject,
+                                          simpleHtml("a"), "", ""));
+    run.settings.returnReceipt = 0;
+    mailer.openSmtpConnection(run.context(), server.portText(), "127.0.0.1", "", "");
+    ASSERT_TRUE(mailer.composeAndSendSmtp(run.context(), kSender, "b@example.test", kSubject,
+                                          simpleHtml("b"), "", ""));
+    test::SmtpRecord record = server.record();
+    ASSERT_EQ(record.messages.size(), 2u);
+    EXPECT_EQ(record.messages[0].mime.header("Disposition-Notification-To"), kSender);
+    EXPECT_FALSE(record.messages[1].mime.header("Disposition-Notification-To").has_value());
+}
+
+TEST(SmtpServerTransport, TestModeWithoutATestAddressIsReportedOncePerConnection) {
+    SmtpTestServer server;
+    MailRun run;
+    Mailer mailer;
+    run.settings.test = 1;
+    mailer.openSmtpConnection(run.context(), server.portText(), "127.0.0.1", "", "");
+    EXPECT_EQ(run.ui.texts(), list({"Please enter a vaild email address for testing"}));
+
+    run.ui.messages.clear();
+    run.preview = true;
+    mailer.openSmtpConnection(run.context(), server.portText(), "127.0.0.1", "", "");
+    run.preview = false;
+    run.settings.emailAdr = "me@company.test";
+    mailer.openSmtpConnection(run.context(), server.portText(), "127.0.0.1", "", "");
+    EXPECT_TRUE(run.ui.messages.empty());
+}
+
+class TraceTest : public ::testing::TestWithParam<const char*> {};
+
+TEST_P(TraceTest, TheTraceHoldsTheLastConversationWithoutLoginData) {
+    const std::string user = "dorvane-user";
+    const std::string password = "S3cret-pa55word!";
+    SmtpServerOptions options;
+    options.authUser = user;
+    options.authPassword = password;
+    options.authRequired = true;
+    options.authMechanisms = {GetParam()};
+    SmtpTestServer server(options);
+    MailRun run;
+    run.settings.trace = 1;
+    Mailer mailer;
+
+    mailer.openSmtpConnection(run.context(), server.portText(), "127.0.0.1", user, password);
+    ASSERT_TRUE(run.ui.messages.empty()) << run.ui.texts().at(0);
+    ASSERT_TRUE(mailer.composeAndSendSmtp(run.context(), kSender, "first@example.test", kSubject,
+                                          simpleHtml("first"), "", ""));
+    const test::SmtpRecord record = server.record();
+    ASSERT_EQ(record.sessions.at(0).auths.size(), 1u);
+    EXPECT_TRUE(record.sessions[0].auths[0].success);
+    EXPECT_EQ(record.sessions[0].auths[0].mechanism, GetParam());
+
+    std::string trace = run.file("smtptrace.txt");
+    EXPECT_NE(trace.find("EHLO"), std::string::npos);
+    EXPECT_NE(trace.find(std::string("AUTH ") + GetParam()), std::string::npos);
+    EXPECT_NE(trace.find("MAIL FROM:<billing@company.test>"), std::string::npos);
+    EXPECT_NE(trace.find("first@example.test"), std::string::npos);
+    for (const std::string& secret :
+         {password, test::base64Encode(password), test::base64Encode(user),
+          test::base64Encode(std::string(1, '\0') + user + '\0' + password),
+          test::base64Encode(user + '\0' + user + '\0' + password)}) {
+        EXPECT_EQ(trace.find(secret), std::string::npos) << secret;
+    }
+
+    // A new connection starts the file afresh.
+    mailer.openSmtpConnection(run.context(), server.portText(), "127.0.0.1", user, password);
+    ASSERT_TRUE(mailer.composeAndSendSmtp(run.context(), kSender, "second@example.test", kSubject,
+                                          simpleHtml("second"), "", ""));
+    trace = run.file("smtptrace.txt");
+    EXPECT_NE(trace.find("second@example.test"), std::string::npos);
+    EXPECT_EQ(trace.find("first@example.test"), std::string::npos);
+    EXPECT_EQ(trace.find(password), std::string::npos);
+}
+
+INSTANTIATE_TEST_SUITE_P(Mechanisms, TraceTest, ::testing::Values("PLAIN", "LOGIN"));
+
+// A failed message shows its box and leaves the connection usable for the next one.
+void expectFailsAloneThenRecovers(const SmtpServerOptions& options, const std::string& badTo,
+                                  const std::string& expectedCode,
+                                  const std::string& expectedText) {
+    SmtpTestServer server(options);
+    MailRun run;
+    Mailer mailer;
+    mailer.openSmtpConnection(run.context(), server.portText(), "127.0.0.1", "", "");
+    EXPECT_FALSE(mailer.composeAndSendSmtp(run.context(), kSender, badTo, kSubject, simpleHtml("1"),
+                                           "", ""));
+    ASSERT_EQ(run.ui.messages.size(), 1u);
+    const std::string box = run.ui.messages[0].text;
+    EXPECT_EQ(box.substr(0, expectedCode.size() + 1), expectedCode + " ") << box;
+    EXPECT_NE(box.find(expectedText), std::string::npos) << box;
+    EXPECT_EQ(box.substr(box.size() - badTo.size() - 1), " " + badTo) << box;
+
+    EXPECT_TRUE(mailer.composeAndSendSmtp(run.context(), kSender, "good@example.test", kSubject,
+                                          simpleHtml("2"), "", ""));
+    EXPECT_EQ(run.ui.messages.size(), 1u);
+    const test::SmtpRecord record = server.record();
+    ASSERT_EQ(record.accepted().size(), 1u);
+    EXPECT_EQ(record.accepted()[0].rcptTos, list({"good@example.test"}));
+}
+
+TEST(SmtpServerTransport, ARefusedRecipientFailsThatMessageOnly) {
+    SmtpServerOptions options;
+    options.refuseRecipients = {"nobody@example.test"};
+    expectFailsAloneThenRecovers(options, "nobody@example.test", "55",
+                                 "550 5.1.1 <nobody@example.test>: Recipient address rejected");
+}
+
+TEST(SmtpServerTransport, RefusedMessageDataFailsThatMessageOnly) {
+    SmtpServerOptions options;
+    options.refuseData = 1;
+    expectFailsAloneThenRecovers(options, "someone@example.test", "8",
+                                 "554 5.6.0 Message content refused");
+}
+
+TEST(SmtpServerTransport, AConnectionLostInTheMiddleOfAMessageFailsThatMessageOnly) {
+    SmtpServerOptions options;
+    options.dropData = 1;
+    expectFailsAloneThenRecovers(options, "someone@example.test", "56", "");
+}
+
+TEST(SmtpServerTransport, AnUnreachableServerIsReportedAndEveryMessageThenFails) {
+    const int port = test::unusedLoopbackPort();
+    MailRun run;
+    Mailer mailer;
+    EXPECT_EQ(mailer.openSmtpConnection(run.context(), std::to_string(port), "127.0.0.1", "", ""),
+              0);
+    EXPECT_EQ(run.ui.texts(), list({"Cannot connect to SMTP Server  7"}));
+    EXPECT_EQ(run.statuses,
+              list({"Connecting to SMTP", "Cannot connect to SMTP Server  7", "Connected"}));
+    EXPECT_FALSE(mailer.smtpClient().connected());
+
+    EXPECT_FALSE(mailer.composeAndSendSmtp(run.context(), kSender, "a@example.test", kSubject,
+                                           simpleHtml("a"), "", ""));
+    ASSERT_EQ(run.ui.messages.size(), 2u);
+    EXPECT_EQ(run.ui.messages[1].text.substr(0, 2), "7 ");
+    EXPECT_TRUE(run.ui.messages[1].text.ends_with(" a@example.test"));
+}
+
+TEST(SmtpServerTransport, ARefusedLoginIsAConnectionFailure) {
+    SmtpServerOptions options;
+    options.authUser = "dorvane-user";
+    options.authPassword = "right";
+    options.authRequired = true;
+    SmtpTestServer server(options);
+    MailRun run;
+    Mailer mailer;
+    mailer.openSmtpConnection(run.context(), server.portText(), "127.0.0.1", "dorvane-user",
+                              "wrong");
+    EXPECT_EQ(run.ui.texts(), list({"Cannot connect to SMTP Server  67"}));
+    EXPECT_FALSE(server.record().sessions.at(0).auths.at(0).success);
+}
+
+TEST(SmtpServerTransport, StartTlsIsUsedWhenOfferedAndItsCertificateChecked) {
+    test::TempDir certs;
+    std::filesystem::path cert;
+    std::filesystem::path key;
+    if (!test::makeSelfSignedCertificate(certs.path(), cert, key)) {
+        GTEST_SKIP() << "openssl is not available to make a test certificate";
+    }
+    SmtpServerOptions options;
+    options.tlsCertificate = cert;
+    options.tlsKey = key;
+    SmtpTestServer server(options);
+    MailRun run;
+    Mailer mailer;
+    mailer.openSmtpConnection(run.context(), server.portText(), "localhost", "", "");
+    // The certificate is signed by no authority this system trusts: no mail goes out.
+    ASSERT_EQ(run.ui.messages.size(), 1u);
+    EXPECT_EQ(run.ui.texts()[0].rfind("Cannot connect to SMTP Server  ", 0), 0u);
+    EXPECT_NE(run.ui.texts()[0], "Cannot connect to SMTP Server  7");
+    const test::SmtpRecord record = server.record();
+    EXPECT_TRUE(record.sessions.at(0).startTls);
+    EXPECT_TRUE(record.messages.empty());
+}
+
+TEST(SmtpServerTransport, LoginDataForAnotherMachineNeedsEncryption) {
+    // "smtp.dorvane.test" is resolved by the test's DNS server to this machine's loopback
+    // address, but as a name it is another machine: a login needs TLS, which this server
+    // does not offer, so the client stops before AUTH.
+    SmtpServerOptions options;
+    options.authUser = "dorvane-user";
+    options.authPassword = "S3cret";
+    SmtpTestServer server(options);
+    test::DnsTestServer dns("smtp.dorvane.test. 60 IN A 127.0.0.1\n");
+    test::ScopedEnvironment useDns(kDnsServerVariable, dns.address());
+    MailRun run;
+    Mailer mailer;
+
+    mailer.openSmtpConnection(run.context(), server.portText(), "smtp.dorvane.test", "dorvane-user",
+                              "S3cret");
+    ASSERT_EQ(run.ui.messages.size(), 2u);
+    EXPECT_EQ(run.ui.messages[0].text, "Cannot connect to SMTP Server  64");
+    EXPECT_NE(run.ui.messages[1].text.find("without encryption"), std::string::npos);
+    EXPECT_FALSE(mailer.composeAndSendSmtp(run.context(), kSender, "a@example.test", kSubject,
+                                           simpleHtml("a"), "", ""));
+    test::SmtpRecord record = server.record();
+    EXPECT_EQ(record.connections, 1);
+    EXPECT_TRUE(record.sessions.at(0).auths.empty());
+    EXPECT_TRUE(record.messages.empty());
+    EXPECT_GE(dns.count("smtp.dorvane.test.", "A"), 1);
+
+    // Without a login the same server is fine.
+    run.ui.messages.clear();
+    mailer.openSmtpConnection(run.context(), server.portText(), "smtp.dorvane.test", "", "");
+    EXPECT_TRUE(run.ui.messages.empty());
+    EXPECT_TRUE(mailer.composeAndSendSmtp(run.context(), kSender, "a@example.test", kSubject,
+                                          simpleHtml("a"), "", ""));
+}
+
+TEST(SmtpServerTransport, AServerNameTheResolverDoesNotKnowIsNotContacted) {
+    test::DnsTestServer dns("other.dorvane.test. 60 IN A 127.0.0.1\n");
+    test::ScopedEnvironment useDns(kDnsServerVariable, dns.address());
+    MailRun run;
+    Mailer mailer;
+    mailer.openSmtpConnection(run.context(), "25", "nowhere.dorvane.test", "", "");
+    EXPECT_EQ(run.ui.texts(), list({"Cannot connect to SMTP Server  6"}));
+}
+
+}  // namespace
+}  // namespace dorvane::mail
