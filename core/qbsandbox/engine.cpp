@@ -1,0 +1,184 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "qbsandbox/engine.h"
+
+#include <regex>
+
+#include "qbgateway/requestprocessor.h"
+
+namespace dorvane::qbsandbox {
+
+namespace {
+
+constexpr const char* kParseError =
+    "QuickBooks found an error when parsing the provided XML text stream.";
+constexpr const char* kVersionError =
+    "The version of QBXML that was requested is not supported or is unknown.";
+
+Error parseFailure(std::string detail, std::string* trace) {
+    if (trace) {
+        *trace = std::move(detail);
+    }
+    return qbgateway::processorError(qbgateway::kErrParse, kParseError);
+}
+
+// The version a message announces, from `<?qbxml version="X"?>` or the qbXML DOCTYPE; "" when
+// it announces none.
+std::string announcedVersion(std::string_view text) {
+    auto root = text.find("<QBXML");
+    std::string prolog(text.substr(0, root == std::string_view::npos ? text.size() : root));
+    static const std::regex pi(R"(<\?qbxml\s+version\s*=\s*["']([^"']*)["']\s*\?>)");
+    static const std::regex doctype(
+        R"(<!DOCTYPE\s+QBXML\s+PUBLIC\s+["']-//INTUIT//DTD QBXML QBD ([^/"']*)//EN["'])");
+    std::smatch m;
+    if (std::regex_search(prolog, m, pi) || std::regex_search(prolog, m, doctype)) {
+        return m[1].str();
+    }
+    return {};
+}
+
+void openRs(std::string& out, const std::string& name, const xml::Node& rq, const RsStatus& s,
+            bool empty) {
+    out += '<';
+    out += name;
+    if (rq.hasAttribute("requestID")) {
+        out += " requestID=\"";
+        appendEscaped(out, rq.attribute("requestID"));
+        out += '"';
+    }
+    out += " statusCode=\"" + std::to_string(s.code) + "\" statusSeverity=\"" + s.severity +
+           "\" statusMessage=\"";
+    appendEscaped(out, s.message);
+    out += empty ? "\" />\n" : "\">\n";
+}
+
+RsStatus hostQuery(RequestContext& ctx, std::string& body) {
+    Fields f = {{"ProductName", "Dorvane Sandbox QuickBooks Pro"},
+                {"MajorVersion", "24"},
+                {"MinorVersion", "0"},
+                {"Country", "US"}};
+    for (const char* v : {"1.0", "1.1", "2.0", "2.1", "3.0", "4.0", "4.1", "5.0", "6.0", "7.0",
+                          "8.0", "9.0", "10.0", "11.0", "12.0", "13.0"}) {
+        f.emplace_back("SupportedQBXMLVersion", v);
+    }
+    f.emplace_back("IsAutomaticLogin", "false");
+    f.emplace_back("QBFileMode", "SingleUser");
+    writeRet(ctx, body, "HostRet", f, nullptr, {});
+    return {};
+}
+
+}  // namespace
+
+bool preferenceOn(CompanyFile& file, std::string_view key, bool fallback) {
+    std::string v =
+        file.setting(std::string("Preferences/") + std::string(key), fallback ? "true" : "false");
+    return v == "true" || v == "1";
+}
+
+bool timeTrackingOn(CompanyFile& file) {
+    return !file.setting("Preferences/TimeTrackingPreferences/FirstDayOfWeek").empty();
+}
+
+Result<std::string> answerMessage(CompanyFile& file, std::string_view request, std::string* trace) {
+    std::string versionString = announcedVersion(request);
+    xml::ParseOptions options;
+    options.refuseInternalSubset = true;
+    // QuickBooks takes the qbXML DOCTYPE with or without its system identifier; XML itself
+    // wants one, so the declaration is dropped once it has announced the version.
+    std::string text(request);
+    static const std::regex qbxmlDoctype(
+        R"(<!DOCTYPE\s+QBXML\s+PUBLIC\s+["'][^"']*["'](\s+["'][^"']*["'])?\s*>)");
+    if (auto root = text.find("<QBXML"); root != std::string::npos) {
+        text = std::regex_replace(text.substr(0, root), qbxmlDoctype, "") + text.substr(root);
+    }
+    auto doc = xml::Document::parse(text, options);
+    if (!doc) {
+        return parseFailure("the request is not well-formed XML: " + doc.error().description,
+                            trace);
+    }
+    auto version = parseVersion(versionString);
+    if (!version) {
+        if (trace) {
+            *trace = versionString.empty()
+                         ? "the request announces no qbXML version"
+                         : "qbXML version \"" + versionString + "\" is not supported";
+        }
+        return qbgateway::processorError(qbgateway::kErrVersion, kVersionError);
+    }
+    xml::Node root = doc->root();
+    if (root.name() != "QBXML") {
+        return parseFailure("the root element is \"" + root.name() + "\", not \"QBXML\"", trace);
+    }
+    xml::Node msgs = root.firstChildElement();
+    if (!msgs || msgs.name() != "QBXMLMsgsRq" || msgs.nextSiblingElement()) {
+        return parseFailure("QBXML must hold exactly one QBXMLMsgsRq element", trace);
+    }
+    std::string onError = msgs.attribute("onError");
+    if (onError != "stopOnError" && onError != "continueOnError" && onError != "rollbackOnError") {
+        return parseFailure(
+            "QBXMLMsgsRq needs onError=\"stopOnError|continueOnError|rollbackOnError\"", trace);
+    }
+    std::vector<xml::Node> requests = msgs.childElements();
+    std::vector<Validation> checks;
+    checks.reserve(requests.size());
+    for (const auto& rq : requests) {
+        checks.push_back(validateRequest(rq, *version));
+        if (checks.back().fault) {
+            return parseFailure(*checks.back().fault, trace);
+        }
+    }
+
+    RequestContext ctx{file, *version, today(), {}, false, {}};
+    std::string out = "<?xml version=\"1.0\" ?>\n<QBXML>\n<QBXMLMsgsRs>\n";
+    for (std::size_t i = 0; i < requests.size(); ++i) {
+        const xml::Node& rq = requests[i];
+        std::string name = rq.name();
+        std::string rsName = name.substr(0, name.size() - 2) + "Rs";
+        std::string body;
+        RsStatus status;
+        ctx.includeRet.clear();
+        for (const auto& inc : rq.selectAll("IncludeRetElement")) {
+            ctx.includeRet.insert(inc.text());
+        }
+        if (checks[i].statusCode != 0) {
+            status = RsStatus::error(checks[i].statusCode, checks[i].statusMessage);
+        } else {
+            try {
+                CompanyFile::Transaction txn(file);
+                if (name == "HostQueryRq") {
+                    status = hostQuery(ctx, body);
+                } else if (name == "TxnDelRq") {
+                    status = handleTxnDel(ctx, rq, body);
+                } else if (name.size() > 7 && name.compare(name.size() - 7, 7, "QueryRq") == 0) {
+                    status = handleQuery(ctx, rq, name.substr(0, name.size() - 7), body);
+                } else if (name.size() > 5 && name.compare(name.size() - 5, 5, "AddRq") == 0) {
+                    status = handleAdd(ctx, rq, name.substr(0, name.size() - 5), body);
+                } else {
+                    status =
+                        RsStatus::error(1030, "The request \"" + name +
+                                                  "\" is not supported by this implementation.");
+                }
+                if (status.severity != "Error") {
+                    txn.commit();
+                } else {
+                    body.clear();
+                }
+            } catch (const StatusFailure& f) {
+                status = f.status;
+                body.clear();
+            }
+            ctx.forgetNames();
+        }
+        openRs(out, rsName, rq, status, body.empty());
+        if (!body.empty()) {
+            out += body;
+            ResponseWriter(out).close(rsName);
+        }
+        if (status.severity == "Error" && onError != "continueOnError") {
+            break;
+        }
+    }
+    out += "</QBXMLMsgsRs>\n</QBXML>\n";
+    return out;
+}
+
+}  // namespace dorvane::qbsandbox
