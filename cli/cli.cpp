@@ -21,7 +21,12 @@ constexpr const char* kUsage =
     "                        list the documents of a type as the window does (Invoice,\n"
     "                        Estimate, CreditMemo, SalesReceipt, PurchaseOrder, Statement,\n"
     "                        Timesheet, TimesheetA); NAME defaults to ThisWeekToDate\n"
+    "  send TYPE [--timeframe NAME] [--preview]\n"
+    "                        list as above, then mail the checked documents (or render them\n"
+    "                        into preview.htm); exit status 1 when one did not go out\n"
     "  company               print the company's name and address\n"
+    "  settings get SECTION KEY | settings set SECTION KEY VALUE\n"
+    "                        read or write the per-user settings (mail server, options)\n"
     "  request FILE          send the qbXML request in FILE to QuickBooks and print the answer\n"
     "  sandbox ...           the embedded QuickBooks: status | open FILE | close | stop |\n"
     "                        new FILE [--demo] [--customers N] [--invoices N] | load FILE.xml\n"
@@ -43,9 +48,8 @@ struct Command {
 };
 
 constexpr Command kCommands[] = {
-    {"request", requestCommand},
-    {"list", listCommand},
-    {"company", companyCommand},
+    {"request", requestCommand}, {"list", listCommand},         {"company", companyCommand},
+    {"send", sendCommand},       {"settings", settingsCommand},
 };
 
 }  // namespace

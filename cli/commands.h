@@ -29,6 +29,8 @@ using Args = std::vector<std::string>;
 int requestCommand(CommandContext& ctx, const Args& args);
 int listCommand(CommandContext& ctx, const Args& args);
 int companyCommand(CommandContext& ctx, const Args& args);
+int sendCommand(CommandContext& ctx, const Args& args);
+int settingsCommand(CommandContext& ctx, const Args& args);
 
 // The document type a command-line word names (any case), e.g. "invoice" → "Invoice".
 std::optional<std::string> documentTypeNamed(std::string_view name);

@@ -2,6 +2,7 @@
 // The built `dorvane` executable, run as a script or cron job would run it.
 #include <gtest/gtest.h>
 
+#include "support/mailservers.h"
 #include "support/testsupport.h"
 
 namespace dorvane::test {
@@ -97,6 +98,79 @@ TEST_F(Cli, ListPrintsRowsWithCheckMarks) {
 
     EXPECT_EQ(dorvane("list Estimate --timeframe Yesterday"), 64);
     EXPECT_EQ(dorvane("list Receipts"), 64);
+}
+
+TEST_F(Cli, SettingsAndSendThroughARealServer) {
+    SmtpTestServer server;
+    EXPECT_EQ(dorvane("settings set SMTP Hostname 127.0.0.1"), 0) << err;
+    EXPECT_EQ(dorvane("settings set smtp port " + server.portText()), 0);
+    EXPECT_EQ(dorvane("settings get SMTP Port"), 0);
+    EXPECT_EQ(out, server.portText() + "\n");
+    EXPECT_EQ(dorvane("settings get SMTP Nothing"), 1);
+    EXPECT_EQ(dorvane("settings frob"), 64);
+
+    const std::string ok = "statusCode=\"0\" statusSeverity=\"Info\" statusMessage=\"Status OK\"";
+    writeFile(home / "qb" / "CompanyQueryRs.xml",
+              "<?xml version=\"1.0\" ?><QBXML><QBXMLMsgsRs><CompanyQueryRs " + ok +
+                  "><CompanyRet><CompanyName>Harbor Lane Joinery</CompanyName><Address><Addr1>12 "
+                  "Quay St</Addr1></Address><Email>office@example.com</Email></CompanyRet>"
+                  "</CompanyQueryRs></QBXMLMsgsRs></QBXML>");
+    writeFile(home / "qb" / "InvoiceQueryRs.xml",
+              "<?xml version=\"1.0\" ?><QBXML><QBXMLMsgsRs><InvoiceQueryRs " + ok +
+                  "><InvoiceRet><TxnID>11-1</TxnID><CustomerRef><ListID>C1</ListID><FullName>"
+                  "Able Co</FullName></CustomerRef><TxnDate>2026-11-17</TxnDate><RefNumber>1041"
+                  "</RefNumber><Subtotal>40.00</Subtotal></InvoiceRet><InvoiceRet><TxnID>11-2"
+                  "</TxnID><CustomerRef><ListID>C2</ListID><FullName>Refused</FullName>"
+                  "</CustomerRef><TxnDate>2026-11-17</TxnDate><RefNumber>1042</RefNumber>"
+                  "</InvoiceRet></InvoiceQueryRs><CustomerQueryRs " + ok +
+                  "><CustomerRet><ListID>C1</ListID><Email>able@example.test</Email></CustomerRet>"
+                  "<CustomerRet><ListID>C2</ListID><Email>no@example.test</Email></CustomerRet>"
+                  "</CustomerQueryRs></QBXMLMsgsRs></QBXML>");
+    writeFile(home / "program" / "EmailsSent.log", "");
+    for (const auto& f : std::filesystem::directory_iterator(programSource())) {
+        if (f.path().extension() == ".xslt") {
+            std::filesystem::copy(f.path(), home / "program" / f.path().filename());
+        }
+    }
+
+    EXPECT_EQ(dorvane("send Invoice --preview"), 0) << err;
+    EXPECT_EQ(out, "preview\t11-1\tAble Co\table@example.test\n"
+                   "preview\t11-2\tRefused\tno@example.test\n");
+    EXPECT_TRUE(std::filesystem::exists(home / "program" / "preview.htm"));
+    EXPECT_EQ(server.record().connections, 0);
+
+    EXPECT_EQ(dorvane("send Invoice"), 0) << err;
+    EXPECT_EQ(out, "sent\t11-1\tAble Co\table@example.test\n"
+                   "sent\t11-2\tRefused\tno@example.test\n");
+    EXPECT_NE(err.find("Invoices sent"), std::string::npos);
+    EXPECT_EQ(server.record().accepted().size(), 2u);
+    // Sent once: the next run finds them in the log.
+    EXPECT_EQ(dorvane("send Invoice"), 0);
+    EXPECT_EQ(out, "");
+    EXPECT_EQ(server.record().accepted().size(), 2u);
+}
+
+TEST_F(Cli, SendExitsWithOneWhenADocumentDidNotGoOut) {
+    SmtpServerOptions options;
+    options.refuseRecipients = {"able@example.test"};
+    SmtpTestServer server(options);
+    dorvane("settings set SMTP Hostname 127.0.0.1");
+    dorvane("settings set SMTP Port " + server.portText());
+    const std::string ok = "statusCode=\"0\" statusSeverity=\"Info\" statusMessage=\"Status OK\"";
+    writeFile(home / "qb" / "EstimateQueryRs.xml",
+              "<?xml version=\"1.0\" ?><QBXML><QBXMLMsgsRs><EstimateQueryRs " + ok +
+                  "><EstimateRet><TxnID>E-1</TxnID><CustomerRef><ListID>C1</ListID><FullName>"
+                  "Able Co</FullName></CustomerRef><TxnDate>2026-11-17</TxnDate></EstimateRet>"
+                  "</EstimateQueryRs><CustomerQueryRs " + ok + "><CustomerRet><ListID>C1</ListID>"
+                  "<Email>able@example.test</Email></CustomerRet></CustomerQueryRs></QBXMLMsgsRs>"
+                  "</QBXML>");
+    writeFile(home / "program" / "EmailsSent.log", "");
+    std::filesystem::copy(programSource() / "estimate.xslt", home / "program" / "estimate.xslt");
+    std::filesystem::copy(programSource() / "document-parts.xslt",
+                          home / "program" / "document-parts.xslt");
+    EXPECT_EQ(dorvane("send Estimate"), 1);
+    EXPECT_EQ(out, "failed\tE-1\tAble Co\table@example.test\n");
+    EXPECT_NE(err.find("able@example.test"), std::string::npos) << "the refusal is reported";
 }
 
 }  // namespace
