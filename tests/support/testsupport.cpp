@@ -44,6 +44,9 @@ std::optional<std::string> ScriptedUi::openFileDialog(std::string_view, std::str
 
 bool ScriptedUi::runDialog(shell::DialogModel& model) {
     dialogsShown.emplace_back(model.dialogName());
+    if (dialogHandler) {
+        return dialogHandler(model);
+    }
     if (dialogAnswers.empty()) {
         return false;
     }

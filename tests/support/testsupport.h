@@ -4,6 +4,7 @@
 
 #include <deque>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -28,6 +29,8 @@ public:
     std::deque<std::optional<std::string>> inputs;  // for inputBox; nullopt when empty
     std::deque<std::optional<std::string>> files;   // for openFileDialog
     std::deque<bool> dialogAnswers;                 // for runDialog; false when empty
+    // When set, runDialog hands the model to it (to fill a dialog's fields and press OK).
+    std::function<bool(shell::DialogModel&)> dialogHandler;
     std::vector<std::string> dialogsShown;
     std::string clipboard;
     int beeps = 0;

@@ -4,6 +4,8 @@
 
 #include "browser/loaders.h"
 #include "browser/sentlog.h"
+#include "common/text.h"
+#include "company/companyeditor.h"
 #include "company/companyinfo.h"
 #include "qbgateway/gateway.h"
 #include "qbgateway/programfolder.h"
@@ -287,6 +289,80 @@ TEST_F(BrowserTest, AnUnreadableDurationStopsTheLoadWithAMessage) {
               "Could not open file " + (home / "EmailsSent.log").string() + " (2)");
     EXPECT_NE(ui.messages[1].text.find("PT30H"), std::string::npos);
     EXPECT_EQ(window.list().rowCount(), 0);
+}
+
+// QuickBooks that does not describe the company: the record comes from companyinfo.xml,
+// entered once per company file in the editor.
+TEST_F(BrowserTest, CompanyRecordsFromTheFileOnePerCompanyFile) {
+    answer("CompanyQueryRs.xml", response(rs("CompanyQueryRs", "") + rs("PreferencesQueryRs", "")));
+    test::writeFile(answers() / "companyfile.txt", "/q/first.qbw");
+    int opened = 0;
+    ui.dialogHandler = [&](shell::DialogModel& model) {
+        ++opened;
+        auto& editor = dynamic_cast<company::CompanyEditorModel&>(model);
+        editor.values = {"First Shop", "1 Main St", "", "Bath", "ME", "04530", "US",
+                         "207-555-0101", "", "first@example.com", ""};
+        return editor.accept();
+    };
+    company.retrieveCompanyInfo();
+    EXPECT_EQ(opened, 1);
+    EXPECT_EQ(window.companyText(), "First Shop\r\n1 Main St \r\nBath ME 04530");
+    EXPECT_EQ(company.senderAddress(), "first@example.com");
+    company.retrieveCompanyInfo();
+    EXPECT_EQ(opened, 1) << "stored and found again by FileName";
+
+    // A second company file gets its own record beside the first.
+    test::writeFile(answers() / "companyfile.txt", "/q/second.qbw");
+    ui.dialogHandler = [&](shell::DialogModel& model) {
+        ++opened;
+        auto& editor = dynamic_cast<company::CompanyEditorModel&>(model);
+        editor.values = {"Second Shop", "2 Elm St", "", "Bath", "ME", "04530", "US",
+                         "207-555-0102", "", "", ""};
+        EXPECT_FALSE(editor.accept()) << "Email is required";
+        EXPECT_EQ(ui.texts().back(), "All fields are required !");
+        editor.values[9] = "second@example.com";
+        return editor.accept();
+    };
+    company.retrieveCompanyInfo();
+    EXPECT_EQ(opened, 2);
+    auto file = xml::Document::load(home / "companyinfo.xml");
+    ASSERT_TRUE(file.ok());
+    EXPECT_EQ(file->selectAll("/CompanyInfo/CompanyRet").size(), 3u) << "template + two";
+    xml::Node second = file->selectOne("/CompanyInfo/CompanyRet[FileName='/q/second.qbw']");
+    EXPECT_EQ(second.valueOf("CompanyName"), "Second Shop");
+    EXPECT_EQ(second.valueOf("LegalCompanyName"), "Second Shop");
+    EXPECT_EQ(second.selectOne("LegalAddress").xml(),
+              text::replaceAll(second.selectOne("Address").xml(), "Address>", "LegalAddress>"));
+
+    // Cancel stores nothing.
+    test::writeFile(answers() / "companyfile.txt", "/q/third.qbw");
+    ui.dialogHandler = [](shell::DialogModel&) { return false; };
+    company.retrieveCompanyInfo();
+    EXPECT_EQ(xml::Document::load(home / "companyinfo.xml")->selectAll("//CompanyRet").size(), 3u);
+    EXPECT_FALSE(company.companyNode());
+    EXPECT_EQ(window.companyText(), "\r\n \r\n  ") << "the name-and-address frame, empty";
+}
+
+TEST_F(BrowserTest, EditingTheRecordThroughTheMenuChangesTheFile) {
+    answer("CompanyQueryRs.xml", response(rs("CompanyQueryRs", "")));
+    test::writeFile(answers() / "companyfile.txt", "/q/first.qbw");
+    ui.dialogHandler = [&](shell::DialogModel& model) {
+        auto& editor = dynamic_cast<company::CompanyEditorModel&>(model);
+        editor.values = {"First Shop", "1 Main St", "", "Bath", "ME", "04530", "US",
+                         "207-555-0101", "", "first@example.com", ""};
+        return editor.accept();
+    };
+    company.retrieveCompanyInfo();
+    ui.dialogHandler = [&](shell::DialogModel& model) {
+        auto& editor = dynamic_cast<company::CompanyEditorModel&>(model);
+        EXPECT_EQ(editor.values[0], "First Shop");
+        editor.values[8] = "207-555-0199";  // Fax may stay empty, or be filled in later
+        return editor.accept();
+    };
+    company.editCompanyInfo();
+    auto file = xml::Document::load(home / "companyinfo.xml");
+    EXPECT_EQ(file->valueOf("/CompanyInfo/CompanyRet[FileName='/q/first.qbw']/Fax"),
+              "207-555-0199");
 }
 
 TEST(Durations, AsMinutesOfATimeOfDay) {
