@@ -134,67 +134,145 @@ void DocumentSender::sendTimesheets() {
     runCustomerDocuments(false);
 }
 
-namespace {
-
-// What a run does with one rendered row; shared by every document type.
-struct Run {
-    shell::MainWindow& window;
-    shell::UiPort& ui;
-    const qbgateway::ProgramFolder& folder;
-    bool preview;
-    std::string header;
-    std::string previewText;
-    std::size_t done = 0;
-    std::size_t total = 0;
-
-    void progress() {
-        ++done;
-        window.setProgress(total ? static_cast<int>(done * 100 / total) : 100);
-        ui.yield();
-    }
+// How one run finds, renders and records its rows.
+struct DocumentSender::RunPlan {
+    const char* sheet;
+    const char* sentText;
+    const char* failedText;
+    std::size_t keyCell;
+    std::size_t nameCell;
+    std::size_t emailCell;
+    // Renders the row's document; fills the subject and, for mailing, the attachment.
+    std::function<Result<std::string>(const xml::Stylesheet& sheet, const std::string& key,
+                                      bool preview, std::string& subject, std::string& attachment)>
+        render;
+    const char* logType = nullptr;  // sent-log tag, or none
 };
 
-}  // namespace
-
 void DocumentSender::runTransactions(const Kind& kind) {
-    const std::string header = companyHeaderHtml();
-    auto sheet = xml::Stylesheet::load(m_folder.filePath(kind.sheet));
-    if (!sheet) {
-        m_window.setStatusText(kind.failedText);
-        return;
-    }
-    const bool preview = m_window.previewChecked();
-    MailContext ctx = context();
-    if (!preview && m_mailer.openMailTransport(ctx, m_store) > 0) {
-        return;
-    }
     const std::string path =
         std::string("/QBXML/QBXMLMsgsRs/") + kind.type + "QueryRs/" + kind.type + "Ret";
     const auto documents = browser::indexBy(m_window.listDocument(), path, "TxnID");
+    RunPlan plan{kind.sheet, kind.sentText, kind.failedText, kIdCell, kNameCell, kEmailCell,
+                 {},         kind.type};
+    plan.render = [&](const xml::Stylesheet& sheet, const std::string& key, bool preview,
+                      std::string& subject, std::string& attachment) -> Result<std::string> {
+        auto found = documents.find(key);
+        if (found == documents.end()) {
+            return Error{0, "no such document"};
+        }
+        xml::Node doc = found->second;
+        if (!preview) {
+            attachment = buildAttachment(doc);
+            subject = kind.subject + doc.valueOf("RefNumber") + "  " +
+                      "Date: " + doc.valueOf("TxnDate") + "  ";
+        }
+        return sheet.transformNode(doc);
+    };
+    runRows(plan);
+}
+
+void DocumentSender::runCustomerDocuments(bool statements) {
+    const xml::Document& doc = m_window.listDocument();
+    constexpr const char* kCustomers = "/QBXML/QBXMLMsgsRs/CustomerQueryRs/CustomerRet";
+    const auto customers = browser::indexBy(doc, kCustomers, statements ? "ListID" : "FullName");
+    // Indexed once a run. Composing moves these records into the customer's element, so a
+    // later run over the same list finds them no more.
+    std::unordered_map<std::string, std::vector<xml::Node>> invoices, payments, entries;
+    if (statements) {
+        invoices =
+            groupBy(doc, "/QBXML/QBXMLMsgsRs/InvoiceQueryRs/InvoiceRet", "CustomerRef/ListID");
+        payments = groupBy(doc, "/QBXML/QBXMLMsgsRs/ReceivePaymentQueryRs/ReceivePaymentRet",
+                           "CustomerRef/ListID");
+    } else {
+        entries = groupBy(doc, "/QBXML/QBXMLMsgsRs/TimeTrackingQueryRs/TimeTrackingRet",
+                          "CustomerRef/FullName");
+    }
+    auto take = [](auto& groups, const std::string& key) {
+        std::vector<xml::Node> out;
+        if (auto it = groups.find(key); it != groups.end()) {
+            out = std::move(it->second);
+            groups.erase(it);
+        }
+        return out;
+    };
+    RunPlan plan = statements ? RunPlan{"/statement.xslt",
+                                        "Statements sent",
+                                        "Statement conversion failed",
+                                        kIdCell,
+                                        kNameCell,
+                                        kEmailCell,
+                                        {}}
+                              : RunPlan{"/timesheet.xslt",
+                                        "Timesheets sent",
+                                        "Timesheet conversion failed",
+                                        kTimesheetNameCell,
+                                        kTimesheetNameCell,
+                                        kTimesheetEmailCell,
+                                        {}};
+    plan.render = [&](const xml::Stylesheet& sheet, const std::string& key, bool,
+                      std::string& subject, std::string&) -> Result<std::string> {
+        auto found = customers.find(key);
+        if (found == customers.end()) {
+            return Error{0, "no such customer"};
+        }
+        xml::Node customer = found->second;
+        if (statements) {
+            double forward = number(customer.valueOf("TotalBalance"));
+            for (xml::Node invoice : take(invoices, key)) {
+                forward -=
+                    number(invoice.valueOf("Subtotal")) + number(invoice.valueOf("SalesTaxTotal"));
+                customer.appendChild(invoice);
+            }
+            for (xml::Node payment : take(payments, key)) {
+                forward += number(payment.valueOf("TotalAmount"));
+                customer.appendChild(payment);
+            }
+            customer.appendElement("PrintDate", clock::todayIso());
+            customer.appendElement("ForwardBalance", decimalText(forward));
+        } else {
+            for (xml::Node entry : take(entries, key)) {
+                customer.appendChild(entry);
+            }
+            customer.appendElement("PrintDate", clock::todayIso());
+        }
+        subject = statements ? "Your Statement" : "Your Timesheet";
+        return sheet.transformNode(customer);
+    };
+    runRows(plan);
+}
+
+void DocumentSender::runRows(const RunPlan& plan) {
+    const std::string header = companyHeaderHtml();
+    auto sheet = xml::Stylesheet::load(m_folder.filePath(plan.sheet));
+    if (!sheet) {
+        m_window.setStatusText(plan.failedText);
+        return;
+    }
+    const bool preview = m_window.previewChecked();
+    if (!preview && m_mailer.openMailTransport(context(), m_store) > 0) {
+        return;
+    }
     auto& list = m_window.list();
     std::string previewText;
     bool logBroken = false;
     m_window.setProgress(0);
     for (int i = 0; i < list.rowCount() && !logBroken; ++i) {
         const shell::ListRow row = list.row(i);
-        const std::string& email = cell(row, kEmailCell);
+        const std::string& email = cell(row, plan.emailCell);
         if (!row.checked ||
             !(!email.empty() || preview || m_settings.alwaysBcc == 1 || m_settings.altEmail == 1)) {
             continue;
         }
-        RowOutcome outcome{i, cell(row, kIdCell), cell(row, kNameCell), email, false};
-        auto found = documents.find(cell(row, kIdCell));
-        auto html = found == documents.end() ? Result<std::string>(Error{0, "no such document"})
-                                             : sheet->transformNode(found->second);
+        RowOutcome outcome{i, cell(row, plan.keyCell), cell(row, plan.nameCell), email, false};
+        std::string subject;
+        std::string attachment;
+        auto html = plan.render(*sheet, outcome.key, preview, subject, attachment);
         if (!html) {
-            m_window.setStatusText(kind.failedText);
+            m_window.setStatusText(plan.failedText);
         } else if (preview) {
             previewText += "<DIV style='page-break-after:always'>" + header + *html + "</div>";
         } else {
-            xml::Node doc = found->second;
-            const std::string attachment = buildAttachment(doc);
-            const std::string subject = kind.subject + doc.valueOf("RefNumber") + "  " +
-                                        "Date: " + doc.valueOf("TxnDate") + "  ";
             std::string recipient = email;
             if (m_settings.test == 1 && !m_settings.emailAdr.empty()) {
                 recipient = m_settings.emailAdr;
@@ -204,14 +282,10 @@ void DocumentSender::runTransactions(const Kind& kind) {
             outcome.recipient = recipient;
             if (outcome.sent) {
                 list.setChecked(i, false);
-                browser::appendSentRecord(m_window.sentLogText(), outcome.key, kind.type);
-                // On disk at once: a run stopped after this point never mails it again.
-                try {
-                    m_folder.writeProgramFile(m_window.sentLogText(), browser::kSentLogFile);
-                } catch (const qbgateway::FileWriteError& e) {
-                    m_ui.messageBox("Could not write " + m_folder.filePath(browser::kSentLogFile) +
-                                    ": " + e.description());
-                    logBroken = true;
+                if (plan.logType) {
+                    browser::appendSentRecord(m_window.sentLogText(), outcome.key, plan.logType);
+                    // On disk at once: a run stopped after this point never mails it again.
+                    logBroken = !saveSentLog();
                 }
             }
         }
@@ -227,128 +301,21 @@ void DocumentSender::runTransactions(const Kind& kind) {
         return;
     }
     if (!logBroken) {
-        try {
-            m_folder.writeProgramFile(m_window.sentLogText(), browser::kSentLogFile);
-        } catch (const qbgateway::FileWriteError& e) {
-            m_ui.messageBox("Could not write " + m_folder.filePath(browser::kSentLogFile) + ": " +
-                            e.description());
-        }
+        saveSentLog();
     }
     m_mailer.disconnect();
-    m_window.setStatusText(kind.sentText);
+    m_window.setStatusText(plan.sentText);
 }
 
-void DocumentSender::runCustomerDocuments(bool statements) {
-    const char* sentText = statements ? "Statements sent" : "Timesheets sent";
-    const char* failedText =
-        statements ? "Statement conversion failed" : "Timesheet conversion failed";
-    const std::string header = companyHeaderHtml();
-    auto sheet = xml::Stylesheet::load(
-        m_folder.filePath(statements ? "/statement.xslt" : "/timesheet.xslt"));
-    if (!sheet) {
-        m_window.setStatusText(failedText);
-        return;
-    }
-    const bool preview = m_window.previewChecked();
-    MailContext ctx = context();
-    if (!preview && m_mailer.openMailTransport(ctx, m_store) > 0) {
-        return;
-    }
-    const xml::Document& doc = m_window.listDocument();
-    constexpr const char* kCustomers = "/QBXML/QBXMLMsgsRs/CustomerQueryRs/CustomerRet";
-    const auto customers = browser::indexBy(doc, kCustomers, statements ? "ListID" : "FullName");
-    // Indexed once a run. Composing moves these records into the customer's element, so a
-    // second run over the same list finds them no more.
-    auto invoices = statements ? groupBy(doc, "/QBXML/QBXMLMsgsRs/InvoiceQueryRs/InvoiceRet",
-                                         "CustomerRef/ListID")
-                               : decltype(groupBy(doc, "", "")){};
-    auto payments = statements
-                        ? groupBy(doc, "/QBXML/QBXMLMsgsRs/ReceivePaymentQueryRs/ReceivePaymentRet",
-                                  "CustomerRef/ListID")
-                        : decltype(groupBy(doc, "", "")){};
-    auto entries = statements
-                       ? decltype(groupBy(doc, "", "")){}
-                       : groupBy(doc, "/QBXML/QBXMLMsgsRs/TimeTrackingQueryRs/TimeTrackingRet",
-                                 "CustomerRef/FullName");
-    const std::size_t nameCell = statements ? kNameCell : kTimesheetNameCell;
-    const std::size_t emailCell = statements ? kEmailCell : kTimesheetEmailCell;
-
-    auto& list = m_window.list();
-    std::string previewText;
-    m_window.setProgress(0);
-    for (int i = 0; i < list.rowCount(); ++i) {
-        const shell::ListRow row = list.row(i);
-        const std::string& email = cell(row, emailCell);
-        if (!row.checked ||
-            !(!email.empty() || preview || m_settings.alwaysBcc == 1 || m_settings.altEmail == 1)) {
-            continue;
-        }
-        const std::string key = statements ? cell(row, kIdCell) : cell(row, kTimesheetNameCell);
-        RowOutcome outcome{i, key, cell(row, nameCell), email, false};
-        auto found = customers.find(key);
-        Result<std::string> html(Error{0, "no such customer"});
-        if (found != customers.end()) {
-            xml::Node customer = found->second;
-            if (statements) {
-                double forward = number(customer.valueOf("TotalBalance"));
-                for (xml::Node invoice : invoices[key]) {
-                    forward -= number(invoice.valueOf("Subtotal")) +
-                               number(invoice.valueOf("SalesTaxTotal"));
-                    customer.appendChild(invoice);
-                }
-                invoices.erase(key);
-                for (xml::Node payment : payments[key]) {
-                    forward += number(payment.valueOf("TotalAmount"));
-                    customer.appendChild(payment);
-                }
-                payments.erase(key);
-                customer.appendElement("PrintDate", clock::todayIso());
-                customer.appendElement("ForwardBalance", decimalText(forward));
-            } else {
-                for (xml::Node entry : entries[key]) {
-                    customer.appendChild(entry);
-                }
-                entries.erase(key);
-                customer.appendElement("PrintDate", clock::todayIso());
-            }
-            html = sheet->transformNode(customer);
-        }
-        if (!html) {
-            m_window.setStatusText(failedText);
-        } else if (preview) {
-            previewText += "<DIV style='page-break-after:always'>" + header + *html + "</div>";
-        } else {
-            std::string recipient = email;
-            if (m_settings.test == 1 && !m_settings.emailAdr.empty()) {
-                recipient = m_settings.emailAdr;
-            }
-            outcome.sent = sendDocumentMail(m_company.senderAddress(), recipient,
-                                            statements ? "Your Statement" : "Your Timesheet",
-                                            header + *html, "", outcome.name);
-            outcome.recipient = recipient;
-            if (outcome.sent) {
-                list.setChecked(i, false);
-            }
-        }
-        if (m_rowProcessed) {
-            m_rowProcessed(outcome);
-        }
-        m_window.setProgress(static_cast<int>((i + 1) * 100 / list.rowCount()));
-        m_ui.yield();
-    }
-    m_window.setProgress(-1);
-    if (preview) {
-        showPreview(previewText);
-        return;
-    }
+bool DocumentSender::saveSentLog() {
     try {
         m_folder.writeProgramFile(m_window.sentLogText(), browser::kSentLogFile);
+        return true;
     } catch (const qbgateway::FileWriteError& e) {
         m_ui.messageBox("Could not write " + m_folder.filePath(browser::kSentLogFile) + ": " +
                         e.description());
+        return false;
     }
-    m_mailer.disconnect();
-    m_window.setStatusText(sentText);
 }
 
 bool DocumentSender::sendDocumentMail(const std::string& sender, std::string& recipient,

@@ -81,8 +81,14 @@ public:
 
 private:
     struct Kind;
+    struct RunPlan;
     void runTransactions(const Kind& kind);
     void runCustomerDocuments(bool statements);
+    // The run shared by every type: loads the style sheet, opens the transport, walks the
+    // rows through the plan's renderer, writes the sent log.
+    void runRows(const RunPlan& plan);
+    // Writes the sent log whole; false (after telling the person) when it cannot.
+    bool saveSentLog();
     MailContext context();
 
     shell::MainWindow& m_window;
