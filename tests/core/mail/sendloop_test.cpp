@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // "Send Email" from a loaded list to a real SMTP server on loopback: what goes out, what is
 // unchecked and logged, previews, statements, timesheets and exchange files.
+#include <csignal>
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include "browser/sentlog.h"
 #include "qbgateway/responsefolder.h"
@@ -162,6 +165,40 @@ TEST_F(SendLoopTest, InvoicesGoOutOverOneConnectionAndAreLogged) {
     app.sender().sendSelectedDocuments();
     EXPECT_TRUE(outcomes.empty());
     EXPECT_EQ(server->record().accepted().size(), 2u);
+}
+
+// The program is killed right after the first message went out: nothing of the end of the run
+// happens, and yet the next start knows that message was sent.
+TEST_F(SendLoopTest, AKilledRunNeverMailsADocumentTwice) {
+    invoices();
+    pick("Invoice");
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        app.sender().onRowProcessed([](const RowOutcome& o) {
+            if (o.sent) {
+                ::raise(SIGKILL);
+            }
+        });
+        app.sender().sendSelectedDocuments();
+        ::_exit(0);
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    ASSERT_TRUE(WIFSIGNALED(status));
+    EXPECT_EQ(server->record().accepted().size(), 1u);
+
+    // Started again: the list shows the first invoice as sent, and a run mails the rest.
+    shell::Application restarted(ui, shell::StartOptions{(home / "program").string()},
+                                 qbgateway::responseFolderFactory(home / "qb"));
+    restarted.window().startUp();
+    restarted.window().selectDocumentType("Invoice");
+    EXPECT_EQ(restarted.window().list().row(0).cells.back(), "Already sent");
+    restarted.sender().sendSelectedDocuments();
+    auto accepted = server->record().accepted();
+    ASSERT_EQ(accepted.size(), 2u);
+    EXPECT_EQ(accepted[0].rcptTos, std::vector<std::string>{"able@example.test"});
+    EXPECT_EQ(accepted[1].rcptTos, std::vector<std::string>{"baker@example.test"});
 }
 
 TEST_F(SendLoopTest, ARefusedMessageStaysCheckedAndTheRunGoesOn) {
