@@ -3,6 +3,7 @@
 
 #include <QApplication>
 
+#include "gui/dialogs.h"
 #include "gui/mainwindowview.h"
 #include "gui/qtuiport.h"
 #include "shell/application.h"
@@ -16,6 +17,7 @@ int runWindow(int argc, char** argv, const std::string& home) {
 
     QtUiPort ui;
     shell::Application app(ui, shell::StartOptions{home});
+    registerDialogs(ui, app.settings());
     MainWindowView window(app);
     ui.setParentWidget(&window);
     window.show();

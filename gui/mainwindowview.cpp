@@ -14,6 +14,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QScopedValueRollback>
 #include <QSignalBlocker>
@@ -23,6 +24,7 @@
 #include <QVBoxLayout>
 
 #include "gui/qtstrings.h"
+#include "mail/preferences.h"
 #include "qbgateway/programfolder.h"
 #include "shell/uiport.h"
 
@@ -74,6 +76,11 @@ MainWindowView::MainWindowView(shell::Application& app, QWidget* parent)
     m_statusPanel->setObjectName(QStringLiteral("StatusBar1Panel1"));
     m_statusPanel->setTextFormat(Qt::PlainText);
     status->addWidget(m_statusPanel, 1);
+    m_progressBar = new QProgressBar(status);
+    m_progressBar->setObjectName(QStringLiteral("ProgressBar1"));
+    m_progressBar->setRange(0, 100);
+    m_progressBar->setMaximumWidth(200);
+    status->addPermanentWidget(m_progressBar);
     setStatusBar(status);
 
     resize(820, 560);
@@ -96,10 +103,6 @@ QStringList MainWindowView::iconFiles() {
     return files;
 }
 
-bool MainWindowView::isPreviewChecked() const {
-    return m_previewCheck->isChecked();
-}
-
 void MainWindowView::loadImageList() {
     m_imageList.clear();
     for (const RowIcon& icon : kRowIcons) {
@@ -114,16 +117,18 @@ void MainWindowView::buildMenus() {
     for (const shell::DocumentMenuEntry& entry : shell::kDocumentMenu) {
         const std::string type = entry.type;
         connect(addEntry(email, entry.name, entry.caption), &QAction::triggered, this,
-                [this, type] { m_app.window().selectDocumentType(type); });
+                [this, type] {
+                    runCommand([this, type] { m_app.window().selectDocumentType(type); });
+                });
     }
 
     QMenu* options = addMenu(bar, "Options", "&Preferences");
     connect(addEntry(options, "Parameter", "&Parameter"), &QAction::triggered, this,
-            &MainWindowView::parameterRequested);
+            [this] { runCommand([this] { showPreferences(); }); });
     connect(addEntry(options, "Company", "&Get Company Info"), &QAction::triggered, this,
-            &MainWindowView::companyInfoRequested);
+            [this] { runCommand([this] { m_app.company().retrieveCompanyInfo(); }); });
     connect(addEntry(options, "editcompanyinfo", "&Edit Company Info"), &QAction::triggered, this,
-            &MainWindowView::editCompanyInfoRequested);
+            [this] { runCommand([this] { m_app.company().editCompanyInfo(); }); });
     connect(addEntry(options, "importPref", "&Import Preferences"), &QAction::triggered, this,
             &MainWindowView::importPreferencesRequested);
 
@@ -210,8 +215,15 @@ void MainWindowView::buildCentralWidget() {
 
     connect(m_timeframeCombo, &QComboBox::activated, this,
             [this](int index) { m_app.window().selectTimeframe(index); });
-    connect(refresh, &QPushButton::clicked, this, [this] { m_app.window().refresh(); });
-    connect(send, &QPushButton::clicked, this, &MainWindowView::sendEmailRequested);
+    connect(refresh, &QPushButton::clicked, this,
+            [this] { runCommand([this] { m_app.window().refresh(); }); });
+    connect(send, &QPushButton::clicked, this,
+            [this] { runCommand([this] { m_app.sender().sendSelectedDocuments(); }); });
+    connect(m_previewCheck, &QCheckBox::toggled, this, [this](bool checked) {
+        if (!m_rendering) {
+            m_app.window().setPreviewChecked(checked);
+        }
+    });
     connect(importButton, &QPushButton::clicked, this, &MainWindowView::importRequested);
     connect(updateWeb, &QPushButton::clicked, this, &MainWindowView::updateWebRequested);
     connect(m_listView, &QTreeWidget::itemChanged, this, &MainWindowView::onItemChanged);
@@ -229,6 +241,8 @@ void MainWindowView::renderAll() {
     statusTextChanged();
     companyTextChanged();
     timeframeChanged();
+    previewChanged();
+    progressChanged();
     listReset();
 }
 
@@ -277,6 +291,19 @@ void MainWindowView::timeframeChanged() {
         m_timeframeCombo->addItems(names);
     }
     m_timeframeCombo->setCurrentIndex(window.timeframeIndex());
+}
+
+void MainWindowView::previewChanged() {
+    const QScopedValueRollback rendering(m_rendering, true);
+    m_previewCheck->setChecked(m_app.window().previewChecked());
+}
+
+void MainWindowView::progressChanged() {
+    const int percent = m_app.window().progress();
+    if (percent >= 0) {
+        m_progressBar->setValue(std::min(percent, 100));
+    }
+    m_progressBar->setVisible(percent >= 0);
 }
 
 void MainWindowView::listReset() {
@@ -394,11 +421,29 @@ void MainWindowView::onItemChanged(QTreeWidgetItem* item, int column) {
 }
 
 void MainWindowView::onHeaderClicked(int column) {
-    const int resetsBefore = m_resets;
-    m_app.window().columnClicked(column);
-    if (m_resets == resetsBefore) {
-        listReset();  // the order changed even if nobody said so
+    runCommand([this, column] {
+        const int resetsBefore = m_resets;
+        m_app.window().columnClicked(column);
+        if (m_resets == resetsBefore) {
+            listReset();  // the order changed even if nobody said so
+        }
+    });
+}
+
+void MainWindowView::runCommand(const std::function<void()>& command) {
+    if (m_commandRunning) {
+        return;
     }
+    const QScopedValueRollback running(m_commandRunning, true);
+    command();
+}
+
+// The dialog writes the preferences itself when closed with OK (see registerDialogs), so the
+// next "Send Email" uses them; Cancel leaves the store as it was.
+void MainWindowView::showPreferences() {
+    m_app.settings().reload();
+    mail::MailPreferencesModel model(m_app.settings());
+    m_app.ui().runDialog(model);
 }
 
 void MainWindowView::showAbout() {

@@ -2,11 +2,16 @@
 // Dorvane — the main window `Form3`: renders core's MainWindow and forwards commands to it.
 //
 // Every control carries its control name as objectName. The window keeps no state of its
-// own: caption, visibility, the timeframe box, company and status texts and the document
-// list all come from core through its observers. Commands whose work lives in later
-// subsystems (Send Email, Import, Update, the preferences and web-update menus) are signals;
-// nothing happens until someone connects to them.
+// own: caption, visibility, the timeframe box, the preview check box, company and status
+// texts, the progress bar and the document list all come from core through its observers.
+// Type selection, Refresh, Send Email, the preferences dialog and the company menus call core.
+// While one of these runs (core lets the event loop run during long jobs, so the window stays
+// painted), further commands are ignored rather than started inside it. Commands whose work
+// lives in later subsystems (Import, Update, Import Preferences and the web-update menu) are
+// signals; nothing happens until someone connects to them.
 #pragma once
+
+#include <functional>
 
 #include <QList>
 #include <QMainWindow>
@@ -20,6 +25,7 @@ class QCheckBox;
 class QComboBox;
 class QIcon;
 class QLabel;
+class QProgressBar;
 class QPushButton;
 class QTreeWidget;
 class QTreeWidgetItem;
@@ -42,15 +48,9 @@ public:
     // The file names of the row icons below the program folder, index 0 = icon 1.
     static QStringList iconFiles();
 
-    bool isPreviewChecked() const;
-
 signals:
-    void sendEmailRequested();          // Command1
     void importRequested();             // ImportBtn
     void updateWebRequested();          // UpdateWebBtn
-    void parameterRequested();          // Preferences > Parameter
-    void companyInfoRequested();        // Preferences > Get Company Info
-    void editCompanyInfoRequested();    // Preferences > Edit Company Info
     void importPreferencesRequested();  // Preferences > Import Preferences
     // A Web-Update entry, named by its control name (e.g. "serviceitems_update").
     void webItemsRequested(const QString& entryName);
@@ -67,6 +67,8 @@ private:
     void statusTextChanged() override;
     void companyTextChanged() override;
     void timeframeChanged() override;
+    void previewChanged() override;
+    void progressChanged() override;
 
     // shell::ListObserver
     void listReset() override;
@@ -79,6 +81,9 @@ private:
     void onItemChanged(QTreeWidgetItem* item, int column);
     void onHeaderClicked(int column);
     void showAbout();
+    // Runs a command in core unless one is already running.
+    void runCommand(const std::function<void()>& command);
+    void showPreferences();
 
     shell::Application& m_app;
     QList<QIcon> m_imageList;
@@ -87,7 +92,9 @@ private:
     QLabel* m_companyLabel = nullptr;
     QLabel* m_statusPanel = nullptr;
     QCheckBox* m_previewCheck = nullptr;
-    bool m_rendering = false;  // set while core's state is copied into the widgets
+    QProgressBar* m_progressBar = nullptr;
+    bool m_rendering = false;       // set while core's state is copied into the widgets
+    bool m_commandRunning = false;  // set while a command runs in core
     int m_resets = 0;
     bool m_fitPending = false;
 };

@@ -71,6 +71,7 @@ private slots:
     void openWithDesktopHandsOverAFileUrl();
     void clipboardTextIsRead();
     void busyPointerNestsAndGivesWayToBoxes();
+    void yieldLetsWaitingEventsRun();
     void dialogsAreFoundByName();
 
 private:
@@ -239,6 +240,19 @@ void QtUiPortTest::busyPointerNestsAndGivesWayToBoxes() {
     m_ui.setBusy(false);  // one too many does not pop someone else's pointer
     QVERIFY(QGuiApplication::overrideCursor() == nullptr);
     QCOMPARE(m_ui.busyDepth(), 0);
+}
+
+// A long job calls yield between steps: timers that are due and posted events run there.
+void QtUiPortTest::yieldLetsWaitingEventsRun() {
+    bool timerRan = false;
+    bool postedRan = false;
+    QObject context;
+    QTimer::singleShot(0, &context, [&timerRan] { timerRan = true; });
+    QMetaObject::invokeMethod(
+        &context, [&postedRan] { postedRan = true; }, Qt::QueuedConnection);
+    m_ui.yield();
+    QVERIFY(timerRan);
+    QVERIFY(postedRan);
 }
 
 void QtUiPortTest::dialogsAreFoundByName() {

@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "gui/dialogs.h"
+
+#include <QPointer>
+
+#include "company/companyeditor.h"
+#include "gui/companydialog.h"
+#include "gui/preferencesdialog.h"
+#include "gui/qtuiport.h"
+#include "mail/preferences.h"
+
+namespace dorvane::gui {
+
+namespace {
+
+// While a dialog is open, the boxes core shows for it (e.g. "All fields are required !") sit
+// on the dialog rather than on the window behind it.
+class BoxesOn {
+public:
+    BoxesOn(QtUiPort& ui, QWidget* owner) : m_ui(ui), m_before(ui.parentWidget()) {
+        m_ui.setParentWidget(owner);
+    }
+    ~BoxesOn() { m_ui.setParentWidget(m_before); }
+    BoxesOn(const BoxesOn&) = delete;
+    BoxesOn& operator=(const BoxesOn&) = delete;
+
+private:
+    QtUiPort& m_ui;
+    QPointer<QWidget> m_before;
+};
+
+}  // namespace
+
+void registerDialogs(QtUiPort& ui, shell::SettingsStore& settings) {
+    ui.registerDialog("Dialog", [&ui, &settings](QWidget* parent, shell::DialogModel& model) {
+        auto* preferences = dynamic_cast<mail::MailPreferencesModel*>(&model);
+        if (preferences == nullptr) {
+            return false;
+        }
+        PreferencesDialog dialog(*preferences, settings, parent);
+        const BoxesOn boxes(ui, &dialog);
+        return dialog.exec() == QDialog::Accepted;
+    });
+    ui.registerDialog("Dialog2", [&ui](QWidget* parent, shell::DialogModel& model) {
+        auto* editor = dynamic_cast<company::CompanyEditorModel*>(&model);
+        if (editor == nullptr) {
+            return false;
+        }
+        CompanyDialog dialog(*editor, parent);
+        const BoxesOn boxes(ui, &dialog);
+        return dialog.exec() == QDialog::Accepted;
+    });
+}
+
+}  // namespace dorvane::gui
