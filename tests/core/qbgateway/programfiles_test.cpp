@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Program-folder files and request templates.
+#include <csignal>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include "qbgateway/programfolder.h"
@@ -61,17 +63,26 @@ TEST(ProgramFolder, WriteReplacesWholeFileEndingInCrLf) {
 }
 
 TEST(ProgramFolder, AFailedWriteThrowsAndLeavesTheOldFileWhole) {
-    if (::geteuid() == 0) {
-        GTEST_SKIP() << "root writes into read-only folders";
-    }
     TempDir dir;
     ScriptedUi ui;
     ProgramFolder folder(dir.path(), ui);
     folder.writeProgramFile("kept", "sent.log");
-    ::chmod(dir.path().c_str(), 0500);
-    EXPECT_THROW(folder.writeProgramFile("lost", "sent.log"), FileWriteError);
-    ::chmod(dir.path().c_str(), 0700);
+    // The disk "fills up" half-way through the new text: files may grow to 64 bytes only.
+    struct rlimit old {};
+    ::getrlimit(RLIMIT_FSIZE, &old);
+    struct rlimit small = old;
+    small.rlim_cur = 64;
+    auto previousHandler = std::signal(SIGXFSZ, SIG_IGN);
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
+    EXPECT_THROW(folder.writeProgramFile(std::string(1000, 'x'), "sent.log"), FileWriteError);
+    ::setrlimit(RLIMIT_FSIZE, &old);
+    std::signal(SIGXFSZ, previousHandler);
     EXPECT_EQ(test::readFile(dir / "sent.log"), "kept\r\n");
+    int entries = 0;
+    for ([[maybe_unused]] auto& e : std::filesystem::directory_iterator(dir.path())) {
+        ++entries;
+    }
+    EXPECT_EQ(entries, 1) << "no temporary file is left behind";
 }
 
 TEST(ProgramFolder, AFailedWriteIntoAFolderInTheWayThrows) {
