@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "cli/cli.h"
+#include "common/memory.h"
 #if DORVANE_WITH_GUI
 #include "gui/gui.h"
 #endif
@@ -26,6 +27,7 @@ bool haveDisplay() {
 #endif
 
 int main(int argc, char** argv) {
+    dorvane::memory::tuneForLargeDocuments();
     std::vector<std::string> args(argv + 1, argv + argc);
     if (dorvane::cli::hasCommand(args)) {
         return dorvane::cli::run(args, std::cout, std::cerr);

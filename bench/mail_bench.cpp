@@ -1,15 +1,25 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Mail throughput: composing document mails, and pushing pre-composed messages over one SMTP
-// connection to the recording test server on loopback (tests/support/smtp_server.py).
+// Mail figures: the invoices of a sandbox company sent to the recording SMTP server on
+// loopback (tests/support/smtp_server.py, --quiet) over one connection.
 //
-//   mail_bench [messages]        default 1000; starts its own server
-//   mail_bench [messages] PORT   uses a server already listening on 127.0.0.1:PORT
-#include <chrono>
+// End to end is a real send run: "Send Email" on an invoice list whose checked rows are the
+// first N invoices with an address (MailOption 0, the settings' defaults otherwise), so each
+// message is rendered with the style sheets, composed, saved, sent and logged. The baseline
+// pushes the very messages that run composed (saved aside as they went out) over one
+// connection of the same SMTP client. Then the parts of a message, each timed on its own:
+// rendering, composing, saving the message file, the sent-log write. Each figure is the
+// median of several runs.
+//
+//   mail_bench [messages] [runs]        defaults 1000, 3
+//
+// With $DORVANE_BENCH_COMPANIES set to a folder, the company is kept there for later runs.
+// Targets: at least 100 messages per second end to end, and end to end within 2 x the time
+// of the baseline.
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
-#include <fstream>
 #include <poll.h>
 #include <signal.h>
 #include <string>
@@ -17,129 +27,331 @@
 #include <unistd.h>
 #include <vector>
 
+#include "browser/loaders.h"
+#include "browser/recipients.h"
+#include "browser/sentlog.h"
+#include "common/memory.h"
 #include "mail/mimecompose.h"
 #include "mail/mimemessage.h"
 #include "mail/smtpclient.h"
+#include "qbsandbox/demo.h"
+#include "qbsandbox/sandbox.h"
+#include "qbsandbox/state.h"
+#include "shell/application.h"
+#include "support/benchsupport.h"
+#include "xml/xml.h"
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
+using namespace dorvane;
+using bench::Clock;
+using bench::secondsSince;
+namespace fs = std::filesystem;
 
-double seconds(Clock::time_point since) {
-    return std::chrono::duration<double>(Clock::now() - since).count();
+constexpr double kRateTarget = 100;
+constexpr double kBaselineTarget = 2.0;
+
+// The test server as a child process, in quiet mode (it keeps no message content).
+class SmtpServer {
+public:
+    SmtpServer() {
+        int fds[2];
+        if (pipe2(fds, O_CLOEXEC) != 0) {
+            return;
+        }
+        std::string python = "/usr/bin/python3";
+        std::string script = DORVANE_SMTP_TEST_SERVER;
+        std::string quiet = "--quiet";
+        char* argv[] = {python.data(), script.data(), quiet.data(), nullptr};
+        m_pid = fork();
+        if (m_pid == 0) {
+            dup2(fds[1], STDOUT_FILENO);
+            execv(argv[0], argv);
+            _exit(127);
+        }
+        close(fds[1]);
+        std::string line;
+        char c = 0;
+        pollfd p{fds[0], POLLIN, 0};
+        while (poll(&p, 1, 20000) > 0 && read(fds[0], &c, 1) == 1 && c != '\n') {
+            line += c;
+        }
+        close(fds[0]);
+        m_port = line.rfind("READY ", 0) == 0 ? std::atoi(line.c_str() + 6) : 0;
+    }
+    ~SmtpServer() {
+        if (m_pid > 0) {
+            kill(m_pid, SIGTERM);
+            waitpid(m_pid, nullptr, 0);
+        }
+    }
+    SmtpServer(const SmtpServer&) = delete;
+    SmtpServer& operator=(const SmtpServer&) = delete;
+    int port() const { return m_port; }
+
+private:
+    pid_t m_pid = -1;
+    int m_port = 0;
+};
+
+// One message as the run sent it.
+struct Sent {
+    fs::path file;
+    std::string key;  // TxnID
+    std::string recipient;
+};
+
+// Leaves checked only the first `count` rows that a run would mail (checked, with an
+// address); answers how many there are.
+int keepFirst(shell::ListModel& list, int count) {
+    int kept = 0;
+    for (int i = 0; i < list.rowCount(); ++i) {
+        const auto& row = list.row(i);
+        if (!row.checked) {
+            continue;
+        }
+        if (kept < count && row.cells.size() > 4 && !row.cells[4].empty()) {
+            ++kept;
+        } else {
+            list.setChecked(i, false);
+        }
+    }
+    return kept;
 }
 
-// The test server, started as a child process; answers its port, or 0.
-int startServer(pid_t& pid) {
-    const std::filesystem::path script =
-        std::filesystem::path(__FILE__).parent_path().parent_path() / "tests" / "support" /
-        "smtp_server.py";
-    int fds[2];
-    if (pipe2(fds, O_CLOEXEC) != 0) {
-        return 0;
-    }
-    std::string python = "/usr/bin/python3";
-    std::string scriptText = script.string();
-    std::string quiet = "--quiet";
-    char* argv[] = {python.data(), scriptText.data(), quiet.data(), nullptr};
-    pid = fork();
-    if (pid == 0) {
-        dup2(fds[1], STDOUT_FILENO);
-        execv(argv[0], argv);
-        _exit(127);
-    }
-    close(fds[1]);
-    std::string line;
-    char c = 0;
-    pollfd p{fds[0], POLLIN, 0};
-    while (poll(&p, 1, 20000) > 0 && read(fds[0], &c, 1) == 1 && c != '\n') {
-        line += c;
-    }
-    close(fds[0]);
-    return line.rfind("READY ", 0) == 0 ? std::atoi(line.c_str() + 6) : 0;
+double rate(int messages, double seconds) {
+    return seconds > 0 ? messages / seconds : 0;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    using namespace dorvane::mail;
-    const int count = argc > 1 ? std::atoi(argv[1]) : 1000;
-    const std::filesystem::path folder =
-        std::filesystem::temp_directory_path() / ("dorvane-mail-bench-" + std::to_string(getpid()));
-    std::filesystem::create_directories(folder);
+    dorvane::memory::tuneForLargeDocuments();
+    const int messages = argc > 1 ? std::max(1, std::atoi(argv[1])) : 1000;
+    const int runs = argc > 2 ? std::max(1, std::atoi(argv[2])) : 3;
 
-    // A typical document: a 30 KB page with a 10 KB logo and an exchange file.
-    {
-        std::ofstream logo(folder / "logo.gif", std::ios::binary);
-        logo << "GIF89a";
-        for (int i = 0; i < 10000; ++i) {
-            logo.put(static_cast<char>(i * 7));
+    bench::ScratchFolder scratch("dorvane-mail-bench");
+    bench::setEnvironment("DORVANE_SANDBOX_DIR", (scratch / "sandbox").string());
+    bench::setEnvironment("XDG_CONFIG_HOME", (scratch / "config").string());
+    fs::create_directories(scratch / "sandbox");
+    fs::create_directories(scratch / "composed");
+    const fs::path program = scratch / "program";
+    bench::copyProgramFiles(program);
+
+    // About four customers in five have an address: enough invoices for `messages` rows.
+    const char* keep = std::getenv("DORVANE_BENCH_COMPANIES");
+    const fs::path companyFolder = keep && *keep ? fs::absolute(keep) : scratch / "sandbox";
+    fs::create_directories(companyFolder);
+    qbsandbox::DemoOptions options;
+    options.customers = 200;
+    options.invoices = messages * 3 / 2 + 50;
+    const fs::path company = companyFolder / ("mail-bench-" + std::to_string(options.customers) +
+                                              "-" + std::to_string(options.invoices) + ".dvq");
+    if (keep && *keep && fs::exists(company)) {
+        std::printf("setup: company with %d invoices kept from before\n", options.invoices);
+    } else {
+        const auto start = Clock::now();
+        qbsandbox::createDemoCompany(company, options);
+        std::printf("setup: company with %d customers and %d invoices in %.1f s\n",
+                    options.customers, options.invoices, secondsSince(start));
+    }
+    (void)qbsandbox::writeState(qbsandbox::stateFolder(), {true, company});
+
+    SmtpServer server;
+    if (server.port() <= 0) {
+        std::fprintf(stderr, "the SMTP test server did not start (%s)\n", DORVANE_SMTP_TEST_SERVER);
+        return 1;
+    }
+
+    bench::QuietUi ui;
+    shell::Application app(ui, shell::StartOptions{program.string()},
+                           qbsandbox::processorFactory());
+    if (auto set = app.settings().setEntries({{"SMTP", "Hostname", "127.0.0.1"},
+                                              {"SMTP", "Port", std::to_string(server.port())},
+                                              {"Settings", "MailOption", "0"}});
+        !set) {
+        std::fprintf(stderr, "settings: %s\n", set.error().description.c_str());
+        return 1;
+    }
+    auto& window = app.window();
+    window.startUp();
+    window.selectTimeframe(std::string_view("ALL"));
+
+    auto prepareList = [&] {
+        app.folder().writeProgramFile("", browser::kSentLogFile);
+        if (window.documentType() == "Invoice") {
+            app.browser().loadInvoiceList("ALL");
+        } else {
+            window.selectDocumentType("Invoice");
         }
-        std::ofstream exchange(folder / "doc.dvx", std::ios::binary);
-        exchange << "<InvoiceRet><TxnID>1-2</TxnID></InvoiceRet>\r\n";
-    }
-    std::string html = "<html><body><img src=\"file://" + (folder / "logo.gif").string() + "\">";
-    while (html.size() < 30000) {
-        html += "<tr><td>Widget, blue</td><td>3</td><td>12.50</td><td>37.50</td></tr>\n";
-    }
-    html += "</body></html>\n";
+        return keepFirst(window.list(), messages);
+    };
 
-    DocumentMail mail;
-    mail.sender = "billing@company.test";
-    mail.recipient = "customer@example.test";
-    mail.subject = "Invoice: #1041  Date: 2002-05-01  ";
-    mail.html = html;
-    mail.attachment = folder / "doc.dvx";
-
-    MimeMessage message;
-    const std::filesystem::path file = folder / "themail.txt";
-    auto start = Clock::now();
-    for (int i = 0; i < count; ++i) {
-        composeDocumentMail(mail, message);
-        if (message.save(file) != 0) {
-            std::fprintf(stderr, "cannot save %s\n", file.c_str());
+    // End to end.
+    std::vector<Sent> sent;
+    std::vector<double> endToEnd;
+    int sentInRun = 0;
+    bool capture = true;
+    double asideSeconds = 0;  // saving messages aside is no part of the run
+    app.sender().onRowProcessed([&](const mail::RowOutcome& outcome) {
+        if (!outcome.sent) {
+            return;
+        }
+        ++sentInRun;
+        if (capture) {
+            const auto start = Clock::now();
+            const fs::path file = scratch / "composed" / (std::to_string(sent.size()) + ".eml");
+            fs::copy_file(app.folder().filePath(mail::kMessageFile), file,
+                          fs::copy_options::overwrite_existing);
+            sent.push_back({file, outcome.key, outcome.recipient});
+            asideSeconds += secondsSince(start);
+        }
+    });
+    for (int r = 0; r < runs; ++r) {
+        const int rows = prepareList();
+        if (rows < messages) {
+            std::fprintf(stderr, "only %d invoices with an address\n", rows);
+            return 1;
+        }
+        sentInRun = 0;
+        asideSeconds = 0;
+        const auto start = Clock::now();
+        app.sender().sendSelectedDocuments();
+        endToEnd.push_back(secondsSince(start) - asideSeconds);
+        capture = false;
+        if (sentInRun != messages) {
+            std::fprintf(stderr, "run %d sent %d of %d messages (%s)\n", r + 1, sentInRun, messages,
+                         window.statusText().c_str());
             return 1;
         }
     }
-    const double composeSeconds = seconds(start);
-    std::printf("compose+save: %d messages of %ju bytes in %.3f s = %.0f messages/s\n", count,
-                static_cast<std::uintmax_t>(std::filesystem::file_size(file)), composeSeconds,
-                count / composeSeconds);
-
-    pid_t server = 0;
-    int port = argc > 2 ? std::atoi(argv[2]) : startServer(server);
-    if (port <= 0) {
-        std::fprintf(stderr, "no SMTP server\n");
-        return 1;
-    }
-
-    SmtpClient client;
-    client.setServer("127.0.0.1", std::to_string(port), "", "");
-    if (client.connect() != 0) {
-        std::fprintf(stderr, "connect: %d %s\n", client.lastResult(),
-                     client.lastResultText().c_str());
-        return 1;
-    }
-    start = Clock::now();
-    int failed = 0;
-    for (int i = 0; i < count; ++i) {
-        if (client.sendFile(file, mail.sender, mail.recipient) != 0) {
-            ++failed;
-        }
-    }
-    const double sendSeconds = seconds(start);
-    client.disconnect();
+    const std::string sender = app.company().senderAddress();
+    const double e2e = bench::median(endToEnd);
     std::printf(
-        "send over one connection: %d messages in %.3f s = %.0f messages/s "
-        "(%d failed, %lld connection(s) opened)\n",
-        count, sendSeconds, count / sendSeconds, failed,
-        static_cast<long long>(client.connectionsOpened()));
+        "end to end (render, compose, save, send, log): %d messages in %.3f s = %.0f "
+        "messages/s; %lld connection(s) in %d run(s)\n",
+        messages, e2e, rate(messages, e2e),
+        static_cast<long long>(app.sender().mailer().smtpClient().connectionsOpened()), runs);
+    std::fflush(stdout);
 
-    if (server > 0) {
-        kill(server, SIGTERM);
-        waitpid(server, nullptr, 0);
+    // Baseline: the same messages over one connection of the same client.
+    std::vector<double> pushes;
+    std::int64_t connections = 0;
+    for (int r = 0; r < runs; ++r) {
+        mail::SmtpClient client;
+        client.setServer("127.0.0.1", std::to_string(server.port()), "", "");
+        const auto start = Clock::now();
+        if (client.connect() != 0) {
+            std::fprintf(stderr, "connect: %d %s\n", client.lastResult(),
+                         client.lastResultText().c_str());
+            return 1;
+        }
+        for (const Sent& s : sent) {
+            if (client.sendFile(s.file, sender, s.recipient) != 0) {
+                std::fprintf(stderr, "send: %d %s\n", client.lastResult(),
+                             client.lastResultText().c_str());
+                return 1;
+            }
+        }
+        client.disconnect();
+        pushes.push_back(secondsSince(start));
+        connections = client.connectionsOpened();
     }
-    std::error_code ignored;
-    std::filesystem::remove_all(folder, ignored);
-    return failed == 0 ? 0 : 1;
+    const double push = bench::median(pushes);
+    std::uintmax_t bytes = 0;
+    for (const Sent& s : sent) {
+        bytes += fs::file_size(s.file);
+    }
+    std::printf(
+        "already composed over one connection (%lld opened): %d messages of %.1f KB "
+        "on average in %.3f s = %.0f messages/s\n",
+        static_cast<long long>(connections), messages,
+        static_cast<double>(bytes) / static_cast<double>(sent.size()) / 1024, push,
+        rate(messages, push));
+    std::fflush(stdout);
+
+    // The parts of a message, one by one, over the same documents.
+    std::vector<std::string> ids;
+    for (const Sent& s : sent) {
+        ids.push_back(s.key);
+    }
+    const auto documents = browser::indexBy(
+        window.listDocument(), "/QBXML/QBXMLMsgsRs/InvoiceQueryRs/InvoiceRet", "TxnID");
+    auto sheet = xml::Stylesheet::load(app.folder().filePath("/invoice.xslt"));
+    if (!sheet) {
+        std::fprintf(stderr, "invoice.xslt: %s\n", sheet.error().description.c_str());
+        return 1;
+    }
+    std::vector<double> renders, composes, saves, logs;
+    std::vector<std::string> pages;
+    for (int r = 0; r < runs; ++r) {
+        pages.clear();
+        auto start = Clock::now();
+        const std::string header = app.sender().companyHeaderHtml();
+        for (const std::string& id : ids) {
+            auto found = documents.find(id);
+            auto html = found == documents.end() ? Result<std::string>(Error{0, "missing"})
+                                                 : sheet->transformNode(found->second);
+            pages.push_back(html ? header + *html : std::string());
+        }
+        renders.push_back(secondsSince(start));
+
+        mail::MimeMessage message;
+        double composing = 0;
+        double saving = 0;
+        for (std::size_t i = 0; i < pages.size(); ++i) {
+            start = Clock::now();
+            mail::DocumentMail mail;
+            mail.sender = sender;
+            mail.recipient = sent[i].recipient;
+            mail.subject = "Invoice: #" + ids[i];
+            mail.html = pages[i];
+            mail::composeDocumentMail(mail, message);
+            composing += secondsSince(start);
+            start = Clock::now();
+            (void)message.save(program / mail::kMessageFile);
+            message.clear();
+            saving += secondsSince(start);
+        }
+        composes.push_back(composing);
+        saves.push_back(saving);
+
+        std::string log;
+        start = Clock::now();
+        for (const std::string& id : ids) {
+            const std::string record = browser::sentRecord(id, "Invoice");
+            log += record;
+            app.folder().appendProgramFile(record, browser::kSentLogFile);
+        }
+        app.folder().writeProgramFile(log, browser::kSentLogFile);
+        logs.push_back(secondsSince(start));
+    }
+    const double render = bench::median(renders);
+    const double compose = bench::median(composes);
+    const double save = bench::median(saves);
+    const double log = bench::median(logs);
+    auto part = [&](const char* name, double seconds) {
+        std::printf("  %-36s %7.3f s  %6.2f ms a message\n", name, seconds,
+                    seconds * 1000 / messages);
+    };
+    std::printf("parts of a message, each timed on its own:\n");
+    part("rendering (company header + sheet)", render);
+    part("composing", compose);
+    part("saving the message file", save);
+    part("writing the sent log", log);
+    part("sending (the baseline)", push);
+    part("rest of the run", e2e - render - compose - save - log - push);
+
+    const double endToEndRate = rate(messages, e2e);
+    const double ratio = e2e / push;
+    const bool rateMet = endToEndRate >= kRateTarget;
+    const bool ratioMet = ratio <= kBaselineTarget;
+    std::printf("end to end: %.0f messages/s (target >= %.0f: %s)\n", endToEndRate, kRateTarget,
+                rateMet ? "met" : "MISSED");
+    std::printf("end to end / already composed: %.2f (target <= %.1f: %s)\n", ratio,
+                kBaselineTarget, ratioMet ? "met" : "MISSED");
+    if (ui.messages() > 0) {
+        std::fprintf(stderr, "%d message box(es) during the runs\n", ui.messages());
+    }
+    return rateMet && ratioMet ? 0 : 1;
 }

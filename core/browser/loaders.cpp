@@ -120,6 +120,11 @@ bool DocumentBrowser::fetch(const char* templateName, const std::string& timefra
     m_window.setStatusText("parsing information ...");
     const std::string request =
         qbgateway::fillDateMacro(m_folder.readProgramFile(templateName), timeframe);
+    // The last list's document goes before the new one is read (a failed answer would
+    // replace it anyway), so the two are never held at once and the new one is built in the
+    // memory the old one leaves.
+    m_window.listDocument() = xml::Document();
+    m_recipients.indexListDocument(m_window.listDocument());
     const std::string response = m_gateway.processCompanyRequest(request);
     auto doc = xml::Document::parse(response);
     // The failed answer replaces the list document too; the rows stay as they were.

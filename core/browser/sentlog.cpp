@@ -18,17 +18,23 @@ std::string sentDateText(std::chrono::system_clock::time_point when) {
     return std::string(buf, n);
 }
 
+std::string sentRecord(std::string_view txnId, std::string_view type,
+                       std::chrono::system_clock::time_point when) {
+    std::string record = "<";
+    record += type;
+    record += "><TxnID>";
+    record += txnId;
+    record += "</TxnID><SentDate>";
+    record += sentDateText(when);
+    record += "</SentDate></";
+    record += type;
+    record += ">\r\n";
+    return record;
+}
+
 void appendSentRecord(std::string& sentLog, std::string_view txnId, std::string_view type,
                       std::chrono::system_clock::time_point when) {
-    sentLog += "<";
-    sentLog += type;
-    sentLog += "><TxnID>";
-    sentLog += txnId;
-    sentLog += "</TxnID><SentDate>";
-    sentLog += sentDateText(when);
-    sentLog += "</SentDate></";
-    sentLog += type;
-    sentLog += ">\r\n";
+    sentLog += sentRecord(txnId, type, when);
 }
 
 SentLogIndex::SentLogIndex(std::string_view sentLog) : m_log(sentLog) {

@@ -16,6 +16,11 @@ namespace dorvane::browser {
 
 inline constexpr const char* kSentLogFile = "EmailsSent.log";
 
+// One record for a document that went out, line break included.
+std::string sentRecord(
+    std::string_view txnId, std::string_view type,
+    std::chrono::system_clock::time_point when = std::chrono::system_clock::now());
+
 // Appends one record for a document that went out.
 void appendSentRecord(
     std::string& sentLog, std::string_view txnId, std::string_view type,

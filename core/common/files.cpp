@@ -52,8 +52,9 @@ Result<std::string> readAll(const std::filesystem::path& path) {
     return out.str();
 }
 
-Status writeAtomically(const std::filesystem::path& path, std::string_view data,
-                       std::optional<unsigned> mode) {
+Status writeAtomically(const std::filesystem::path& path,
+                       std::initializer_list<std::string_view> pieces, std::optional<unsigned> mode,
+                       Durability durability) {
     const std::filesystem::path dir =
         path.has_parent_path() ? path.parent_path() : std::filesystem::path(".");
     std::string tmpl = (dir / ("." + path.filename().string() + ".XXXXXX")).string();
@@ -82,20 +83,22 @@ Status writeAtomically(const std::filesystem::path& path, std::string_view data,
     if (::fchmod(fd.get(), bits) != 0) {
         return fail(errno);
     }
-    const char* p = data.data();
-    std::size_t left = data.size();
-    while (left > 0) {
-        ssize_t n = ::write(fd.get(), p, left);
-        if (n < 0) {
-            if (errno == EINTR) {
-                continue;
+    for (std::string_view data : pieces) {
+        const char* p = data.data();
+        std::size_t left = data.size();
+        while (left > 0) {
+            ssize_t n = ::write(fd.get(), p, left);
+            if (n < 0) {
+                if (errno == EINTR) {
+                    continue;
+                }
+                return fail(errno);
             }
-            return fail(errno);
+            p += n;
+            left -= static_cast<std::size_t>(n);
         }
-        p += n;
-        left -= static_cast<std::size_t>(n);
     }
-    if (::fsync(fd.get()) != 0) {
+    if (durability == Durability::Flushed && ::fsync(fd.get()) != 0) {
         return fail(errno);
     }
     if (::close(fd.release()) != 0) {
@@ -104,11 +107,36 @@ Status writeAtomically(const std::filesystem::path& path, std::string_view data,
     if (::rename(tmpl.c_str(), path.c_str()) != 0) {
         return fail(errno);
     }
+    if (durability != Durability::Flushed) {
+        return {};
+    }
     // Make the rename itself durable.
     int dfd = ::open(dir.c_str(), O_RDONLY | O_DIRECTORY);
     if (dfd >= 0) {
         ::fsync(dfd);
         ::close(dfd);
+    }
+    return {};
+}
+
+Status append(const std::filesystem::path& path, std::string_view data) {
+    int raw = ::open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666);
+    if (raw < 0) {
+        return errnoError(errno, path);
+    }
+    Fd fd(raw);
+    ssize_t n;
+    do {
+        n = ::write(fd.get(), data.data(), data.size());
+    } while (n < 0 && errno == EINTR);
+    if (n < 0) {
+        return errnoError(errno, path);
+    }
+    if (static_cast<std::size_t>(n) != data.size()) {
+        return errnoError(ENOSPC, path);
+    }
+    if (::close(fd.release()) != 0) {
+        return errnoError(errno, path);
     }
     return {};
 }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <filesystem>
+#include <initializer_list>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -14,10 +15,27 @@ namespace dorvane::files {
 // Reads the whole file; the error carries errno and its text.
 Result<std::string> readAll(const std::filesystem::path& path);
 
-// Replaces the file with `data`: writes a temporary file in the same folder, flushes it to
-// disk and renames it over the target, so a reader or a crash sees the old or the new
-// content, never a mixture. With `mode` the new file gets these permission bits.
-Status writeAtomically(const std::filesystem::path& path, std::string_view data,
-                       std::optional<unsigned> mode = std::nullopt);
+// How far a replaced file is secured before the call returns.
+enum class Durability {
+    // On the disk: survives a power cut. Costs a flush of the file and its folder.
+    Flushed,
+    // Renamed into place only: survives the program being killed, not a power cut.
+    Replaced,
+};
+
+// Replaces the file with the pieces written one after the other: writes a temporary file in
+// the same folder and renames it over the target, so a reader or a crash sees the old or the
+// new content, never a mixture. With `mode` the new file gets these permission bits.
+Status writeAtomically(const std::filesystem::path& path,
+                       std::initializer_list<std::string_view> pieces,
+                       std::optional<unsigned> mode = std::nullopt,
+                       Durability durability = Durability::Flushed);
+inline Status writeAtomically(const std::filesystem::path& path, std::string_view data,
+                              std::optional<unsigned> mode = std::nullopt) {
+    return writeAtomically(path, {data}, mode);
+}
+
+// Adds `data` at the end of the file, creating it, with a single write.
+Status append(const std::filesystem::path& path, std::string_view data);
 
 }  // namespace dorvane::files

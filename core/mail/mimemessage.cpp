@@ -2,9 +2,11 @@
 #include "mail/mimemessage.h"
 
 #include <cerrno>
+#include <fcntl.h>
 #include <fstream>
 #include <memory>
 #include <mutex>
+#include <unistd.h>
 
 #include <gmime/gmime.h>
 
@@ -181,18 +183,33 @@ bool MimeMessage::attachFile(const std::filesystem::path& file) {
 }
 
 int MimeMessage::save(const std::filesystem::path& file) const {
-    // A scratch file rewritten for every message: no need to wait for the disk.
+    // A scratch file rewritten for every message: no need to wait for the disk. It is cut to
+    // length after writing rather than emptied first, which on ext4 would force a flush of
+    // the old content when the file is closed.
     const std::string text = m_impl->write();
-    errno = 0;
-    std::ofstream out(file, std::ios::binary | std::ios::trunc);
-    if (out) {
-        out.write(text.data(), static_cast<std::streamsize>(text.size()));
-        out.close();
+    int fd = ::open(file.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0644);
+    if (fd < 0) {
+        return errno;
     }
-    if (!out) {
-        return errno ? errno : EIO;
+    const char* p = text.data();
+    std::size_t left = text.size();
+    int error = 0;
+    while (left > 0 && error == 0) {
+        ssize_t n = ::write(fd, p, left);
+        if (n < 0) {
+            error = errno == EINTR ? 0 : errno;
+            continue;
+        }
+        p += n;
+        left -= static_cast<std::size_t>(n);
     }
-    return 0;
+    if (error == 0 && ::ftruncate(fd, static_cast<off_t>(text.size())) != 0) {
+        error = errno;
+    }
+    if (::close(fd) != 0 && error == 0) {
+        error = errno;
+    }
+    return error;
 }
 
 std::string MimeMessage::toString() const {

@@ -283,9 +283,18 @@ void DocumentSender::runRows(const RunPlan& plan) {
             if (outcome.sent) {
                 list.setChecked(i, false);
                 if (plan.logType) {
-                    browser::appendSentRecord(m_window.sentLogText(), outcome.key, plan.logType);
-                    // On disk at once: a run stopped after this point never mails it again.
-                    logBroken = !saveSentLog();
+                    // On file at once: a run killed after this point never mails it again.
+                    // The end of the run writes the whole log back as usual.
+                    const std::string record = browser::sentRecord(outcome.key, plan.logType);
+                    m_window.sentLogText() += record;
+                    try {
+                        m_folder.appendProgramFile(record, browser::kSentLogFile);
+                    } catch (const qbgateway::FileWriteError& e) {
+                        m_ui.messageBox("Could not write " +
+                                        m_folder.filePath(browser::kSentLogFile) + ": " +
+                                        e.description());
+                        logBroken = true;
+                    }
                 }
             }
         }

@@ -5,9 +5,9 @@
 // checked row when previewing, or when blind copies or the address prompt are on) is
 // rendered with its type's style sheet from the list's own answer, and either mailed through
 // the transport the settings name or gathered into one preview page. A document that went out
-// loses its check mark, and a transaction document is recorded in the sent log, which is
-// written to disk right after each message so that a run killed half-way never mails a
-// document twice.
+// loses its check mark, and a transaction document is recorded in the sent log: its record is
+// added to the file right after the message, so that a run killed half-way never mails a
+// document twice, and the whole log is written back at the end of the run.
 #pragma once
 
 #include <functional>

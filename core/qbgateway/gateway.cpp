@@ -46,7 +46,8 @@ std::string Gateway::processCompanyRequest(const std::string& request) {
 std::string Gateway::exchange(const std::string& request, bool askCompanyFile) {
     try {
         // The request trace is written whether or not QuickBooks can be reached.
-        m_folder.writeProgramFile(request, kRequestTrace);
+        // Traces only need to be whole, not to outlive a power cut: no flush to the disk.
+        m_folder.writeProgramFile(request, kRequestTrace, files::Durability::Replaced);
 
         std::unique_ptr<RequestProcessor> processor = take(m_factory());
         check(processor->openConnection("", kApplicationName));
@@ -61,7 +62,7 @@ std::string Gateway::exchange(const std::string& request, bool askCompanyFile) {
         if (askCompanyFile) {
             noteCompanyFile(companyFile);
         }
-        m_folder.writeProgramFile(response, kResponseTrace);
+        m_folder.writeProgramFile(response, kResponseTrace, files::Durability::Replaced);
         return response;
     } catch (const StepFailed& failed) {
         if (static_cast<std::uint32_t>(failed.error.code) == kErrNoCompanyFile) {

@@ -52,11 +52,18 @@ std::string ProgramFolder::readProgramFile(std::string_view name) const {
     return {};
 }
 
-void ProgramFolder::writeProgramFile(std::string_view text, std::string_view name) const {
-    std::string data(text);
-    data += "\r\n";
+void ProgramFolder::writeProgramFile(std::string_view text, std::string_view name,
+                                     files::Durability durability) const {
     const std::string path = filePath(name);
-    Status written = files::writeAtomically(path, data);
+    Status written = files::writeAtomically(path, {text, "\r\n"}, std::nullopt, durability);
+    if (!written) {
+        throw FileWriteError(written.error().code, written.error().description);
+    }
+}
+
+void ProgramFolder::appendProgramFile(std::string_view text, std::string_view name) const {
+    const std::string path = filePath(name);
+    Status written = files::append(path, text);
     if (!written) {
         throw FileWriteError(written.error().code, written.error().description);
     }

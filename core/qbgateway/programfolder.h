@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "common/files.h"
+
 namespace dorvane::shell {
 class UiPort;
 }
@@ -43,8 +45,14 @@ public:
     // file that cannot be read shows "Could not open file <path> (<errno>)" and answers "".
     std::string readProgramFile(std::string_view name) const;
 
-    // Replaces the file with `text` followed by CR LF, atomically. Throws FileWriteError.
-    void writeProgramFile(std::string_view text, std::string_view name) const;
+    // Replaces the file with `text` followed by CR LF, atomically; by default also flushed to
+    // the disk. Throws FileWriteError.
+    void writeProgramFile(std::string_view text, std::string_view name,
+                          files::Durability durability = files::Durability::Flushed) const;
+
+    // Adds `text` at the end of the file (creating it) in one write, so that a program killed
+    // at any moment leaves the file with or without the whole text. Throws FileWriteError.
+    void appendProgramFile(std::string_view text, std::string_view name) const;
 
     // The folder chosen by `--home DIR`, else $DORVANE_HOME, else the executable's folder.
     static std::filesystem::path locate(const std::string& homeOption);

@@ -193,7 +193,19 @@ std::string resultText(xmlDocPtr result, xsltStylesheetPtr sheet) {
 Result<DocPtr> run(xsltStylesheetPtr sheet, xmlDocPtr doc, const Variables& params,
                    NodeTarget* target) {
     ErrorCollector errors;
+    // A new transform context numbers every element of the document for faster sorting, and
+    // leaves the numbers behind in the tree. On a large list answer that costs more than the
+    // transform itself, on every document of a send run, and numbers left behind go stale
+    // once nodes are moved (ordering XPath results wrongly). libxslt skips the numbering
+    // while its debugger is on; switch it on for the creation only. Unnumbered nodes are
+    // ordered by their place in the tree.
+    const int debugger = xsltGetDebuggerStatus();
+    xsltSetDebuggerStatus(XSLT_DEBUG_INIT);
     TransformContextPtr ctxt(xsltNewTransformContext(sheet, doc));
+    xsltSetDebuggerStatus(debugger);
+    if (ctxt) {
+        ctxt->debugStatus = debugger;
+    }
     if (!ctxt) {
         return Error{kTransformFailed, "Out of memory"};
     }
