@@ -7,6 +7,7 @@
 // reachable) and the imported sheet's templates, keys, parameters and xsl:output all apply.
 // The wrapper's root template steps aside (xsl:apply-imports) whenever the real sheet
 // applies templates to the root itself later on.
+#include <cstdint>
 #include <optional>
 
 #include <libxml/xmlIO.h>
@@ -193,12 +194,19 @@ std::string resultText(xmlDocPtr result, xsltStylesheetPtr sheet) {
 Result<DocPtr> run(xsltStylesheetPtr sheet, xmlDocPtr doc, const Variables& params,
                    NodeTarget* target) {
     ErrorCollector errors;
-    // A new transform context numbers every element of the document for faster sorting, and
-    // leaves the numbers behind in the tree. On a large list answer that costs more than the
-    // transform itself, on every document of a send run, and numbers left behind go stale
-    // once nodes are moved (ordering XPath results wrongly). libxslt skips the numbering
-    // while its debugger is on; switch it on for the creation only. Unnumbered nodes are
-    // ordered by their place in the tree.
+    // libxslt numbers every element of the document for faster sorting, when it makes the
+    // transform context and again when it applies the sheet, and leaves the numbers behind in
+    // the tree. On a large list answer that costs more than the transform itself, on every
+    // document of a send run, and numbers left behind go stale once nodes are moved
+    // (ordering XPath results wrongly). It skips the first while its debugger is on (switched
+    // on for the creation only) and the second when the root element reads as numbered
+    // already: a mark of -1 on the root, the one number libxml2 never compares two
+    // different elements by. Unnumbered nodes are ordered by their place in the tree.
+    if (xmlNodePtr root = xmlDocGetRootElement(doc)) {
+        if (reinterpret_cast<std::intptr_t>(root->content) >= 0) {
+            root->content = reinterpret_cast<xmlChar*>(std::intptr_t{-1});
+        }
+    }
     const int debugger = xsltGetDebuggerStatus();
     xsltSetDebuggerStatus(XSLT_DEBUG_INIT);
     TransformContextPtr ctxt(xsltNewTransformContext(sheet, doc));
