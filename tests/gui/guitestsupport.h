@@ -1,17 +1,20 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Dorvane GUI tests — answering modal boxes, and a QuickBooks that is never there.
+// Dorvane GUI tests — answering modal boxes, acting as a person, a QuickBooks never there.
 #pragma once
 
 #include <functional>
 #include <memory>
 
+#include <QAbstractButton>
 #include <QApplication>
-#include <QByteArray>
-#include <QElapsedTimer>
+#include <QDialog>
+#include <QLabel>
+#include <QLineEdit>
 #include <QMessageBox>
+#include <QPushButton>
 #include <QStringList>
+#include <QTest>
 #include <QTimer>
-#include <QWidget>
 
 #include "qbgateway/requestprocessor.h"
 
@@ -41,19 +44,15 @@ void whenModal(std::function<void(T*)> answer) {
     timer->start();
 }
 
-// For its life, answers every message box that comes up with its default button and
-// records the box's text and the objectName of the widget it was shown over. `look` runs on
-// each box before it is answered.
+// For its life, accepts every message box that comes up, recording its text and the
+// objectName of the widget it was shown over.
 class MessageBoxRecorder {
 public:
-    explicit MessageBoxRecorder(std::function<void(QMessageBox*)> look = {}) {
+    MessageBoxRecorder() {
         m_timer.setInterval(5);
-        QObject::connect(&m_timer, &QTimer::timeout, &m_timer, [this, look] {
+        QObject::connect(&m_timer, &QTimer::timeout, &m_timer, [this] {
             if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
                 box && box->isVisible()) {
-                if (look) {
-                    look(box);
-                }
                 texts << box->text();
                 owners << (box->parentWidget() ? box->parentWidget()->objectName() : QString());
                 box->accept();
@@ -68,41 +67,40 @@ private:
     QTimer m_timer;
 };
 
-// Sets an environment variable for the life of the object.
-class ScopedEnv {
-public:
-    ScopedEnv(const char* name, const QByteArray& value)
-        : m_name(name), m_had(qEnvironmentVariableIsSet(name)), m_before(qgetenv(name)) {
-        qputenv(name, value);
+// ---- acting on a dialog as a person does ---------------------------------------------------
+
+inline void typeInto(QLineEdit* edit, const QString& text) {
+    edit->setFocus();
+    edit->selectAll();
+    QTest::keyClick(edit, Qt::Key_Delete);
+    QTest::keyClicks(edit, text);
+}
+
+// Clicks a check box or option button on its indicator.
+inline void tick(QAbstractButton* button) {
+    QTest::mouseClick(button, Qt::LeftButton, {}, QPoint(8, button->height() / 2));
+}
+
+inline void press(QWidget* dialog, const char* button) {
+    QTest::mouseClick(dialog->findChild<QPushButton*>(QString::fromUtf8(button)), Qt::LeftButton);
+}
+
+// The text a person reads for a control: its own caption, else its label's, else its hint.
+inline QString captionOf(QWidget* control) {
+    if (auto* button = qobject_cast<QAbstractButton*>(control)) {
+        return button->text();
     }
-    ~ScopedEnv() {
-        if (m_had) {
-            qputenv(m_name, m_before);
-        } else {
-            qunsetenv(m_name);
+    for (QLabel* label : control->window()->findChildren<QLabel*>()) {
+        if (label->buddy() == control) {
+            return label->text();
         }
     }
-    ScopedEnv(const ScopedEnv&) = delete;
-    ScopedEnv& operator=(const ScopedEnv&) = delete;
-
-private:
-    const char* m_name;
-    bool m_had;
-    QByteArray m_before;
-};
-
-// Set DORVANE_SCREENSHOTS=<folder> to look at the windows as a person sees them: the
-// screenshot tests save <folder>/<window name>.png. Empty when not asked for.
-inline QString screenshotFile(const QString& windowName) {
-    const QString folder = qEnvironmentVariable("DORVANE_SCREENSHOTS");
-    return folder.isEmpty() ? QString()
-                            : folder + QStringLiteral("/") + windowName + QStringLiteral(".png");
+    auto* edit = qobject_cast<QLineEdit*>(control);
+    return edit ? edit->placeholderText() : QString();
 }
 
 // The suites; main.cpp runs them all.
 int runForm3Tests(int argc, char** argv);
 int runQtUiPortTests(int argc, char** argv);
-int runPreferencesDialogTests(int argc, char** argv);
-int runCompanyDialogTests(int argc, char** argv);
 
 }  // namespace dorvane::test

@@ -1,28 +1,36 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Dorvane GUI tests — core's UI port answered by real Qt boxes and dialogs.
+// Dorvane GUI tests — core's UI port answered by Qt: message boxes, input and file boxes, the
+// desktop, the busy pointer, and the dialogs core opens by name: the mail preferences `Dialog`
+// over a settings file of its own and the company information editor `Dialog2`.
 #include "gui/qtuiport.h"
 
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <memory>
 #include <string>
+#include <tuple>
 
-#include <QAbstractButton>
-#include <QClipboard>
+#include <QAction>
+#include <QCheckBox>
 #include <QCursor>
 #include <QDesktopServices>
-#include <QDialogButtonBox>
 #include <QFileDialog>
+#include <QGroupBox>
 #include <QGuiApplication>
 #include <QInputDialog>
-#include <QLineEdit>
-#include <QMessageBox>
-#include <QTest>
+#include <QRadioButton>
 #include <QUrl>
 
+#include "company/companyeditor.h"
+#include "gui/dialogs.h"
+#include "gui/mainwindowview.h"
 #include "guitestsupport.h"
+#include "mail/preferences.h"
+#include "shell/application.h"
+#include "shell/settings.h"
 #include "support/testsupport.h"
-
-Q_DECLARE_METATYPE(dorvane::shell::Icon)
-Q_DECLARE_METATYPE(dorvane::shell::Buttons)
-Q_DECLARE_METATYPE(dorvane::shell::Answer)
+#include "xml/xml.h"
 
 namespace dorvane::test {
 
@@ -32,7 +40,6 @@ class NamedModel final : public shell::DialogModel {
 public:
     explicit NamedModel(std::string name) : m_name(std::move(name)) {}
     std::string_view dialogName() const override { return m_name; }
-    int shown = 0;
 
 private:
     std::string m_name;
@@ -54,174 +61,253 @@ Qt::CursorShape overrideShape() {
     return cursor == nullptr ? Qt::BitmapCursor : cursor->shape();  // Bitmap: none set
 }
 
+// Where each preference control's value is kept: section and key of the settings file.
+struct Place {
+    const char* control;
+    const char* section;
+    const char* key;
+    bool isText;
+};
+
+constexpr Place kPlaces[] = {
+    {"smtpservertext", "SMTP", "Hostname", true},
+    {"SmtpUsername", "SMTP", "User", true},
+    {"SMTPPassword", "SMTP", "Pwd", true},
+    {"SMTPPort", "SMTP", "Port", true},
+    {"testAdrText", "Settings", "EmailAdr", true},
+    {"bcctext", "Settings", "BCCAdr", true},
+    {"tracecheck", "SMTP", "Trace", false},
+    {"testEmailCheck", "Settings", "Test", false},
+    {"returnReceiptCheck", "Settings", "ReturnReceipt", false},
+    {"bccCheck", "Settings", "BCC", false},
+    {"alwayssendBCC", "Settings", "alwaysBCC", false},
+    {"altEmailCheck", "Settings", "altEmail", false},
+    {"EncryptCheck", "Settings", "Encrypt", false},
+    {"attachCheck", "Settings", "Attachment", false},
+};
+
+// What a control shows when nothing is stored.
+std::string defaultOf(const Place& place) {
+    return !place.isText ? "0" : std::string(place.key) == "Port" ? "25" : "";
+}
+
+// What the control shows now, as the settings file would hold it.
+std::string shownIn(QWidget* dialog, const Place& place) {
+    const QString name = QString::fromUtf8(place.control);
+    if (place.isText) {
+        return dialog->findChild<QLineEdit*>(name)->text().toStdString();
+    }
+    return dialog->findChild<QCheckBox*>(name)->isChecked() ? "1" : "0";
+}
+
+// Every control of a dialog in the order it was made, as "objectName=caption" or, with
+// `values`, each text box as "objectName=text".
+QString controlsOf(QDialog* dialog, bool values = false) {
+    QStringList out;
+    for (QWidget* widget : dialog->findChildren<QWidget*>()) {
+        auto* edit = qobject_cast<QLineEdit*>(widget);
+        auto* frame = qobject_cast<QGroupBox*>(widget);
+        if (values ? edit != nullptr : edit || frame || qobject_cast<QAbstractButton*>(widget)) {
+            out << widget->objectName() + QLatin1Char('=') +
+                       (values  ? edit->text()
+                        : frame ? frame->title()
+                                : captionOf(widget));
+        }
+    }
+    return out.join(QStringLiteral(", "));
+}
+
+constexpr const char* kCompanyFile = "C:\\Books\\Harbour Light.qbw";
+
+// The legal address still holds an old address: OK makes it the address again.
+constexpr const char* kRecord = R"(<CompanyInfo><CompanyRet>
+    <FileName>C:\Books\Harbour Light.qbw</FileName>
+    <CompanyName>Harbour Light Supplies</CompanyName>
+    <LegalCompanyName>Harbour Light Supplies (old)</LegalCompanyName>
+    <Address><Addr1>12 Harbour Road</Addr1><Addr2>Unit 4</Addr2><City>Portland</City>
+      <State>ME</State><PostalCode>04101</PostalCode><Country>US</Country></Address>
+    <LegalAddress><Addr1>1 Old Wharf</Addr1><Addr2></Addr2><City>Bath</City>
+      <State>ME</State><PostalCode>04530</PostalCode><Country>US</Country></LegalAddress>
+    <Phone>207-555-0100</Phone><Fax>207-555-0101</Fax><Email>office@harbourlight.example</Email>
+    <CompanyWebSite>www.harbourlight.example</CompanyWebSite>
+</CompanyRet></CompanyInfo>)";
+
 }  // namespace
 
 class QtUiPortTest : public QObject {
     Q_OBJECT
 
 private slots:
+    void init();
     void cleanup();
 
-    void messageBoxShowsTextTitleIconAndButtons_data();
-    void messageBoxShowsTextTitleIconAndButtons();
-    void closedMessageBoxCountsAsTheSafeAnswer_data();
-    void closedMessageBoxCountsAsTheSafeAnswer();
-    void inputBoxAnswersTextOrNothing();
-    void openFileDialogFiltersAndAnswersThePath();
+    void messageBoxShowsTheBoxAndAnswersTheButton();
+    void inputAndFileBoxesAnswerWhatWasChosenOrNothing();
     void openWithDesktopHandsOverAFileUrl();
-    void clipboardTextIsRead();
     void busyPointerNestsAndGivesWayToBoxes();
-    void yieldLetsWaitingEventsRun();
     void dialogsAreFoundByName();
 
+    void preferencesControlsCarryTheirNamesAndCaptions();
+    void preferencesShowEachStoredValueInItsOwnControl();
+    void preferencesOkWritesEveryKey();
+    void preferencesOptionButtonsFollowMailOption();
+    void preferencesCancelWritesNothing();
+    void preferencesUnwritableStoreKeepsDialogOpen();
+    void parameterMenuOpensWhatTheFileHoldsNow();
+
+    void companyOpensWithTheRecordInLabelledBoxes();
+    void companyOkWritesAddressIntoBothPlacesAndOptionalsMayBeEmpty();
+    void companyEmptyRequiredFieldKeepsDialogOpen();
+
 private:
-    gui::QtUiPort m_ui;
+    // Writes `ini` as the settings file (nothing: no file) and opens a store on it.
+    void useSettings(const std::string& ini);
+    // Opens the model's dialog through the UI port, lets `person` act on it, answers runDialog.
+    bool run(shell::DialogModel& model, const std::function<void(QDialog*)>& person);
+    bool openPreferences(const std::function<void(QDialog*)>& person) {
+        mail::MailPreferencesModel model(*m_store);
+        return run(model, person);
+    }
+    bool openCompany(const std::function<void(QDialog*)>& person) {
+        company::CompanyEditorModel model(*m_ui, record(), kCompanyFile);
+        return run(model, person);
+    }
+    // A value as the settings file on disk holds it now.
+    std::string stored(const char* section, const char* key) const {
+        return shell::SettingsStore(m_file).get(section, key);
+    }
+    xml::Node record() const { return m_document.selectOne("/CompanyInfo/CompanyRet"); }
+
+    std::unique_ptr<TempDir> m_dir;
+    std::filesystem::path m_file;
+    std::unique_ptr<gui::QtUiPort> m_ui;
+    std::unique_ptr<shell::SettingsStore> m_store;
+    xml::Document m_document;
 };
 
+void QtUiPortTest::init() {
+    m_dir = std::make_unique<TempDir>();
+    m_file = m_dir->path() / "DV01.ini";
+    m_ui = std::make_unique<gui::QtUiPort>();
+    useSettings({});
+    auto parsed = xml::Document::parse(kRecord);
+    QVERIFY(parsed);
+    m_document = std::move(*parsed);
+}
+
 void QtUiPortTest::cleanup() {
-    while (m_ui.busyDepth() > 0) {
-        m_ui.setBusy(false);
+    m_ui.reset();
+    m_store.reset();
+    m_dir.reset();
+}
+
+void QtUiPortTest::useSettings(const std::string& ini) {
+    std::error_code ignored;
+    std::filesystem::remove(m_file, ignored);
+    if (!ini.empty()) {
+        writeFile(m_file, ini);
+    }
+    m_store = std::make_unique<shell::SettingsStore>(m_file);
+    gui::registerDialogs(*m_ui, *m_store);
+}
+
+bool QtUiPortTest::run(shell::DialogModel& model, const std::function<void(QDialog*)>& person) {
+    whenModal<QDialog>([person](QDialog* dialog) {
+        person(dialog);
+        if (dialog->isVisible()) {  // a failed check left it open
+            dialog->reject();
+        }
+    });
+    return m_ui->runDialog(model);
+}
+
+// ---- boxes, desktop, pointer ---------------------------------------------------------------
+
+// Each button set: the icon and buttons shown, the answer of a pressed button, and the safe
+// answer when the box is closed instead (Escape).
+void QtUiPortTest::messageBoxShowsTheBoxAndAnswersTheButton() {
+    using B = QMessageBox;
+    using A = shell::Answer;
+    using I = shell::Icon;
+    using S = shell::Buttons;
+    const std::tuple<I, S, B::Icon, B::StandardButtons, B::StandardButton, A, A> cases[] = {
+        {I::None, S::Ok, B::NoIcon, B::Ok, B::Ok, A::Ok, A::Ok},
+        {I::Information, S::OkCancel, B::Information, B::Ok | B::Cancel, B::Ok, A::Ok, A::Cancel},
+        {I::Question, S::YesNo, B::Question, B::Yes | B::No, B::Yes, A::Yes, A::No},
+        {I::Exclamation, S::YesNoCancel, B::Warning, B::Yes | B::No | B::Cancel, B::No, A::No,
+         A::Cancel},
+        {I::Critical, S::RetryCancel, B::Critical, B::Retry | B::Cancel, B::Retry, A::Retry,
+         A::Cancel},
+    };
+    for (const auto& [icon, buttons, qtIcon, qtButtons, press, pressed, closed] : cases) {
+        QString shown;  // icon, buttons, text format (plain: never markup), title, text
+        whenModal<QMessageBox>([&shown, press = press](QMessageBox* box) {
+            shown = QStringLiteral("%1 %2 %3 %4|%5")
+                        .arg(int(box->icon()))
+                        .arg(int(box->standardButtons()))
+                        .arg(int(box->textFormat()))
+                        .arg(box->windowTitle(), box->text());
+            QTest::mouseClick(box->button(press), Qt::LeftButton);
+        });
+        QCOMPARE(m_ui->messageBox("Invoice 1042 <b>was</b> sent", "Dorvane", icon, buttons),
+                 pressed);
+        QCOMPARE(shown, QStringLiteral("%1 %2 %3 Dorvane|Invoice 1042 <b>was</b> sent")
+                            .arg(int(qtIcon))
+                            .arg(int(qtButtons))
+                            .arg(int(Qt::PlainText)));
+        whenModal<QMessageBox>([](QMessageBox* box) { QTest::keyClick(box, Qt::Key_Escape); });
+        QCOMPARE(m_ui->messageBox("Continue?", "Dorvane", icon, buttons), closed);
     }
 }
 
-void QtUiPortTest::messageBoxShowsTextTitleIconAndButtons_data() {
-    QTest::addColumn<shell::Icon>("icon");
-    QTest::addColumn<shell::Buttons>("buttons");
-    QTest::addColumn<int>("qtIcon");
-    QTest::addColumn<int>("qtButtons");
-    QTest::addColumn<int>("press");
-    QTest::addColumn<shell::Answer>("answer");
-    using B = QMessageBox;
-    QTest::newRow("ok") << shell::Icon::None << shell::Buttons::Ok << int(B::NoIcon) << int(B::Ok)
-                        << int(B::Ok) << shell::Answer::Ok;
-    QTest::newRow("ok cancel: cancel")
-        << shell::Icon::Information << shell::Buttons::OkCancel << int(B::Information)
-        << int(B::Ok | B::Cancel) << int(B::Cancel) << shell::Answer::Cancel;
-    QTest::newRow("yes no: no") << shell::Icon::Question << shell::Buttons::YesNo
-                                << int(B::Question) << int(B::Yes | B::No) << int(B::No)
-                                << shell::Answer::No;
-    QTest::newRow("yes no cancel: yes")
-        << shell::Icon::Exclamation << shell::Buttons::YesNoCancel << int(B::Warning)
-        << int(B::Yes | B::No | B::Cancel) << int(B::Yes) << shell::Answer::Yes;
-    QTest::newRow("retry cancel: retry")
-        << shell::Icon::Critical << shell::Buttons::RetryCancel << int(B::Critical)
-        << int(B::Retry | B::Cancel) << int(B::Retry) << shell::Answer::Retry;
-}
-
-void QtUiPortTest::messageBoxShowsTextTitleIconAndButtons() {
-    QFETCH(shell::Icon, icon);
-    QFETCH(shell::Buttons, buttons);
-    QFETCH(int, qtIcon);
-    QFETCH(int, qtButtons);
-    QFETCH(int, press);
-    QFETCH(shell::Answer, answer);
-
-    QString title, text;
-    int shownIcon = -1;
-    int shownButtons = -1;
-    whenModal<QMessageBox>([&](QMessageBox* box) {
-        title = box->windowTitle();
-        text = box->text();
-        shownIcon = box->icon();
-        shownButtons = int(box->standardButtons());
-        QTest::mouseClick(box->button(QMessageBox::StandardButton(press)), Qt::LeftButton);
-    });
-    const shell::Answer got =
-        m_ui.messageBox("Invoice 1042 <b>was</b> sent", "Dorvane", icon, buttons);
-
-    QCOMPARE(got, answer);
-    QCOMPARE(title, QStringLiteral("Dorvane"));
-    QCOMPARE(text, QStringLiteral("Invoice 1042 <b>was</b> sent"));
-    QCOMPARE(shownIcon, qtIcon);
-    QCOMPARE(shownButtons, qtButtons);
-}
-
-void QtUiPortTest::closedMessageBoxCountsAsTheSafeAnswer_data() {
-    QTest::addColumn<shell::Buttons>("buttons");
-    QTest::addColumn<shell::Answer>("answer");
-    QTest::newRow("ok") << shell::Buttons::Ok << shell::Answer::Ok;
-    QTest::newRow("ok cancel") << shell::Buttons::OkCancel << shell::Answer::Cancel;
-    QTest::newRow("yes no") << shell::Buttons::YesNo << shell::Answer::No;
-    QTest::newRow("yes no cancel") << shell::Buttons::YesNoCancel << shell::Answer::Cancel;
-    QTest::newRow("retry cancel") << shell::Buttons::RetryCancel << shell::Answer::Cancel;
-}
-
-void QtUiPortTest::closedMessageBoxCountsAsTheSafeAnswer() {
-    QFETCH(shell::Buttons, buttons);
-    QFETCH(shell::Answer, answer);
-    whenModal<QMessageBox>([](QMessageBox* box) { QTest::keyClick(box, Qt::Key_Escape); });
-    QCOMPARE(m_ui.messageBox("Continue?", "Dorvane", shell::Icon::Question, buttons), answer);
-}
-
-void QtUiPortTest::inputBoxAnswersTextOrNothing() {
-    QString prompt, title, preset;
+void QtUiPortTest::inputAndFileBoxesAnswerWhatWasChosenOrNothing() {
+    QString shown;
     whenModal<QInputDialog>([&](QInputDialog* dialog) {
-        prompt = dialog->labelText();
-        title = dialog->windowTitle();
-        preset = dialog->textValue();
-        auto* edit = dialog->findChild<QLineEdit*>();
-        edit->setText(QStringLiteral("Müller & Söhne"));  // key events carry ASCII only
-        QTest::keyClick(edit, Qt::Key_Return);
+        shown = dialog->windowTitle() + QStringLiteral("|") + dialog->labelText() +
+                QStringLiteral("|") + dialog->textValue();
+        dialog->findChild<QLineEdit*>()->setText(QStringLiteral("Müller & Söhne"));
+        dialog->accept();
     });
-    const auto typed = m_ui.inputBox("Customer name", "New customer", "Mueller");
-    QCOMPARE(prompt, QStringLiteral("Customer name"));
-    QCOMPARE(title, QStringLiteral("New customer"));
-    QCOMPARE(preset, QStringLiteral("Mueller"));
-    QVERIFY(typed.has_value());
-    QCOMPARE(QString::fromStdString(*typed), QStringLiteral("Müller & Söhne"));
-
+    const auto typed = m_ui->inputBox("Customer name", "New customer", "Mueller");
+    QCOMPARE(shown, QStringLiteral("New customer|Customer name|Mueller"));
+    QCOMPARE(QString::fromStdString(typed.value_or("")), QStringLiteral("Müller & Söhne"));
     whenModal<QInputDialog>([](QInputDialog* dialog) { dialog->reject(); });
-    QVERIFY(!m_ui.inputBox("Customer name", "New customer", "Mueller").has_value());
-}
+    QVERIFY(!m_ui->inputBox("Customer name", "New customer", "Mueller").has_value());
 
-void QtUiPortTest::openFileDialogFiltersAndAnswersThePath() {
     TempDir dir;
     writeFile(dir / "march.dvx", "<InvoiceRet/>");
     const QString chosen = QString::fromStdString((dir / "march.dvx").string());
-
-    QStringList filters;
-    QString title;
     whenModal<QFileDialog>([&](QFileDialog* dialog) {
-        filters = dialog->nameFilters();
-        title = dialog->windowTitle();
+        shown = dialog->windowTitle() + QStringLiteral("|") +
+                dialog->nameFilters().join(QLatin1Char(';'));
         dialog->selectFile(chosen);
         static_cast<QDialog*>(dialog)->accept();  // as the Open button does
     });
-    const auto path = m_ui.openFileDialog("Open exchange file", "Dorvane exchange file (*.dvx)");
-    QCOMPARE(title, QStringLiteral("Open exchange file"));
-    QCOMPARE(filters, QStringList{QStringLiteral("Dorvane exchange file (*.dvx)")});
-    QVERIFY(path.has_value());
-    QCOMPARE(QString::fromStdString(*path), chosen);
-
-    QString startDirectory;
+    const auto path = m_ui->openFileDialog("Open exchange file", "Exchange file (*.dvx)");
+    QCOMPARE(shown, QStringLiteral("Open exchange file|Exchange file (*.dvx)"));
+    QCOMPARE(QString::fromStdString(path.value_or("")), chosen);
+    // The next one starts where the last file was chosen.
     whenModal<QFileDialog>([&](QFileDialog* dialog) {
-        startDirectory = dialog->directory().absolutePath();
+        shown = dialog->directory().absolutePath();
         dialog->reject();
     });
-    QVERIFY(!m_ui.openFileDialog("Open exchange file", "Dorvane exchange file (*.dvx)"));
-    QCOMPARE(startDirectory, QString::fromStdString(dir.path().string()));
+    QVERIFY(!m_ui->openFileDialog("Open exchange file", "Exchange file (*.dvx)"));
+    QCOMPARE(shown, QString::fromStdString(dir.path().string()));
 }
 
 void QtUiPortTest::openWithDesktopHandsOverAFileUrl() {
     DesktopRecorder desktop;
     QDesktopServices::setUrlHandler(QStringLiteral("file"), &desktop, "open");
-    m_ui.openWithDesktop("/opt/dorvane/Dorvane Help.htm");
+    m_ui->openWithDesktop("/opt/dorvane/Dorvane Help#1.htm");
     QDesktopServices::unsetUrlHandler(QStringLiteral("file"));
     QCOMPARE(desktop.urls.size(), 1);
-    QVERIFY(desktop.urls[0].isLocalFile());
-    QCOMPARE(desktop.urls[0].toLocalFile(), QStringLiteral("/opt/dorvane/Dorvane Help.htm"));
-}
-
-void QtUiPortTest::clipboardTextIsRead() {
-    QGuiApplication::clipboard()->setText(
-        QStringLiteral("Transaction ID: 2149186848\nAmount: $12.50"));
-    QCOMPARE(m_ui.clipboardText(), std::string("Transaction ID: 2149186848\nAmount: $12.50"));
+    QCOMPARE(desktop.urls[0].toLocalFile(), QStringLiteral("/opt/dorvane/Dorvane Help#1.htm"));
 }
 
 void QtUiPortTest::busyPointerNestsAndGivesWayToBoxes() {
     QVERIFY(QGuiApplication::overrideCursor() == nullptr);
-    m_ui.setBusy(true);
-    m_ui.setBusy(true);
+    m_ui->setBusy(true);
+    m_ui->setBusy(true);
     QCOMPARE(overrideShape(), Qt::WaitCursor);
 
     Qt::CursorShape duringBox = Qt::BitmapCursor;
@@ -229,57 +315,276 @@ void QtUiPortTest::busyPointerNestsAndGivesWayToBoxes() {
         duringBox = overrideShape();
         box->accept();
     });
-    (void)m_ui.messageBox("Could not send", "Dorvane", shell::Icon::Critical, shell::Buttons::Ok);
+    (void)m_ui->messageBox("Could not send", "Dorvane", shell::Icon::Critical, shell::Buttons::Ok);
     QCOMPARE(duringBox, Qt::ArrowCursor);
     QCOMPARE(overrideShape(), Qt::WaitCursor);
 
-    m_ui.setBusy(false);
+    m_ui->setBusy(false);
     QCOMPARE(overrideShape(), Qt::WaitCursor);
-    m_ui.setBusy(false);
+    m_ui->setBusy(false);
     QVERIFY(QGuiApplication::overrideCursor() == nullptr);
-    m_ui.setBusy(false);  // one too many does not pop someone else's pointer
-    QVERIFY(QGuiApplication::overrideCursor() == nullptr);
-    QCOMPARE(m_ui.busyDepth(), 0);
-}
-
-// A long job calls yield between steps: timers that are due and posted events run there.
-void QtUiPortTest::yieldLetsWaitingEventsRun() {
-    bool timerRan = false;
-    bool postedRan = false;
-    QObject context;
-    QTimer::singleShot(0, &context, [&timerRan] { timerRan = true; });
-    QMetaObject::invokeMethod(
-        &context, [&postedRan] { postedRan = true; }, Qt::QueuedConnection);
-    m_ui.yield();
-    QVERIFY(timerRan);
-    QVERIFY(postedRan);
+    m_ui->setBusy(false);  // one too many does not pop someone else's pointer
+    QGuiApplication::setOverrideCursor(QCursor(Qt::CrossCursor));
+    m_ui->setBusy(false);
+    QCOMPARE(overrideShape(), Qt::CrossCursor);
+    QGuiApplication::restoreOverrideCursor();
 }
 
 void QtUiPortTest::dialogsAreFoundByName() {
     QWidget owner;
-    m_ui.setParentWidget(&owner);
+    m_ui->setParentWidget(&owner);
     QWidget* parentSeen = nullptr;
-    m_ui.registerDialog("Dialog2", [&parentSeen](QWidget* parent, shell::DialogModel& model) {
+    m_ui->registerDialog("Dialog2", [&parentSeen](QWidget* parent, shell::DialogModel&) {
         parentSeen = parent;
-        ++static_cast<NamedModel&>(model).shown;
         return true;
     });
-    m_ui.registerDialog("Dialog3", [](QWidget*, shell::DialogModel&) { return false; });
-
     NamedModel company("Dialog2");
-    NamedModel importPrefs("Dialog3");
     NamedModel unknown("Dialog9");
-    QVERIFY(m_ui.runDialog(company));
-    QCOMPARE(company.shown, 1);
+    QVERIFY(m_ui->runDialog(company) && !m_ui->runDialog(unknown));
     QCOMPARE(parentSeen, &owner);
-    QVERIFY(!m_ui.runDialog(importPrefs));
-    QVERIFY(!m_ui.runDialog(unknown));
-    QVERIFY(!m_ui.hasDialog("Dialog9"));
+    m_ui->setParentWidget(nullptr);
+}
 
-    m_ui.registerDialog("Dialog2", [](QWidget*, shell::DialogModel&) { return false; });
-    QVERIFY(!m_ui.runDialog(company));
-    QCOMPARE(company.shown, 1);
-    m_ui.setParentWidget(nullptr);
+// ---- mail preferences ----------------------------------------------------------------------
+
+void QtUiPortTest::preferencesControlsCarryTheirNamesAndCaptions() {
+    QString controls;
+    openPreferences([&controls](QDialog* dialog) { controls = controlsOf(dialog); });
+    QCOMPARE(
+        controls,
+        QStringLiteral(
+            "smtpservertext=SMTP Server Name, SmtpUsername=SMTP User Name, "
+            "SMTPPassword=SMTP Password, SMTPPort=SMTP Port, tracecheck=Trace, "
+            "testEmailCheck=Test Email, testAdrText=enter your test email address, "
+            "Frame1=Mail Options, useSMTPOption=use SMTP, useOutlookOption=use Outlook, "
+            "directdeliveryoption=direct delivery, returnReceiptCheck=RequestDeliveryReceipts, "
+            "bccCheck=Send BCC to:, bcctext=enter your BCC email address, "
+            "alwayssendBCC=Always send BCC, altEmailCheck=Choose Alternate Email Address, "
+            "EncryptCheck=Encrypt with Digital Envelope, attachCheck=SendXMLAttachments, "
+            "OKButton=OK, CancelButton=Cancel"));
+    openPreferences([&controls](QDialog* dialog) {
+        controls =
+            QStringLiteral("%1 %2 %3")
+                .arg(dialog->objectName(),
+                     QString::number(
+                         dialog->findChild<QLineEdit*>(QStringLiteral("SMTPPassword"))->echoMode()),
+                     dialog->findChild<QRadioButton*>()->parent()->objectName());
+    });
+    QCOMPARE(controls, QStringLiteral("Dialog %1 Frame1").arg(QLineEdit::Password));
+}
+
+// One key at a time, so that a control showing another control's value is caught.
+void QtUiPortTest::preferencesShowEachStoredValueInItsOwnControl() {
+    for (const Place& place : kPlaces) {
+        const std::string value = place.isText ? std::string("value of ") + place.control : "1";
+        useSettings("[" + std::string(place.section) + "]\n" + place.key + "=" + value + "\n");
+        openPreferences([&](QDialog* dialog) {
+            for (const Place& other : kPlaces) {
+                QCOMPARE(shownIn(dialog, other), &other == &place ? value : defaultOf(other));
+            }
+        });
+    }
+}
+
+void QtUiPortTest::preferencesOkWritesEveryKey() {
+    useSettings("[SMTP]\nTrace=1\n[Settings]\nEncrypt=1\nBCCAdr=old@example.com\n");
+    std::map<std::string, std::string> expected;
+    const bool accepted = openPreferences([&](QDialog* dialog) {
+        for (const Place& place : kPlaces) {
+            const QString name = QString::fromUtf8(place.control);
+            if (place.isText) {
+                const QString typed =
+                    QString::fromUtf8(place.key) + QStringLiteral(";x=1@b.example");
+                typeInto(dialog->findChild<QLineEdit*>(name), typed);
+                expected[place.key] = typed.toStdString();
+            } else {
+                expected[place.key] = shownIn(dialog, place) == "1" ? "0" : "1";
+                tick(dialog->findChild<QCheckBox*>(name));
+            }
+        }
+        tick(dialog->findChild<QRadioButton*>(QStringLiteral("directdeliveryoption")));
+        press(dialog, "OKButton");
+    });
+
+    QVERIFY(accepted);
+    for (const Place& place : kPlaces) {
+        QCOMPARE(stored(place.section, place.key), expected[place.key]);
+    }
+    QCOMPARE(expected["Trace"], std::string("0"));  // was on
+    QCOMPARE(stored("Settings", "MailOption"), std::string("2"));
+    // The store the program reads from has them too, without reading the file again.
+    QCOMPARE(m_store->get("SMTP", "Pwd"), expected["Pwd"]);
+}
+
+// A stored value other than 0, 1 or 2 opens with no button set; OK then keeps it.
+void QtUiPortTest::preferencesOptionButtonsFollowMailOption() {
+    const std::pair<const char*, const char*> cases[] = {
+        {"", "useSMTPOption"},
+        {"0", "useSMTPOption"},
+        {"1", "useOutlookOption"},
+        {"2", "directdeliveryoption"},
+        {"7", ""},
+        {"-1", ""},
+    };
+    for (const auto& [value, checked] : cases) {
+        useSettings(*value ? "[Settings]\nMailOption=" + std::string(value) + "\n"
+                           : std::string("[SMTP]\nHostname=mail.example.com\n"));
+        QStringList set;
+        const bool accepted = openPreferences([&set](QDialog* dialog) {
+            for (auto* option : dialog->findChildren<QRadioButton*>()) {
+                if (option->isChecked()) {
+                    set << option->objectName();
+                }
+            }
+            press(dialog, "OKButton");
+        });
+        QVERIFY(accepted);
+        QCOMPARE(set.join(QLatin1Char(',')), QString::fromUtf8(checked));
+        QCOMPARE(stored("Settings", "MailOption"), std::string(*value ? value : "0"));
+    }
+}
+
+void QtUiPortTest::preferencesCancelWritesNothing() {
+    const std::string before = "[SMTP]\nHostname=mail.example.com\n; kept as written\n";
+    for (const bool fileExists : {true, false}) {
+        useSettings(fileExists ? before : std::string());
+        const bool accepted = openPreferences([](QDialog* dialog) {
+            typeInto(dialog->findChild<QLineEdit*>(QStringLiteral("smtpservertext")),
+                     QStringLiteral("other.example.com"));
+            tick(dialog->findChild<QAbstractButton*>(QStringLiteral("attachCheck")));
+            press(dialog, "CancelButton");
+        });
+        QVERIFY(!accepted);
+        QCOMPARE(std::filesystem::exists(m_file), fileExists);
+        QCOMPARE(fileExists ? readFile(m_file) : before, before);
+    }
+}
+
+void QtUiPortTest::preferencesUnwritableStoreKeepsDialogOpen() {
+    writeFile(m_dir->path() / "not-a-folder", "x");
+    m_file = m_dir->path() / "not-a-folder" / "DV01.ini";
+    useSettings({});
+    MessageBoxRecorder boxes;
+    bool stayedOpen = false;
+    const bool accepted = openPreferences([&](QDialog* dialog) {
+        press(dialog, "OKButton");
+        stayedOpen = dialog->isVisible();
+    });
+    QVERIFY(stayedOpen);
+    QVERIFY(!accepted);
+    QCOMPARE(boxes.texts.size(), 1);
+    QVERIFY2(boxes.texts[0].startsWith(QStringLiteral("Could not save the preferences in ")) &&
+                 boxes.texts[0].contains(QStringLiteral("DV01.ini")),
+             qPrintable(boxes.texts[0]));
+    QCOMPARE(boxes.owners[0], QStringLiteral("Dialog"));
+}
+
+// Preferences > Parameter opens the dialog with what the user's settings file holds now
+// (another copy of the program may have written it), and OK writes that file.
+void QtUiPortTest::parameterMenuOpensWhatTheFileHoldsNow() {
+    const bool hadConfig = qEnvironmentVariableIsSet("XDG_CONFIG_HOME");
+    const QByteArray configBefore = qgetenv("XDG_CONFIG_HOME");
+    qputenv("XDG_CONFIG_HOME", QByteArray::fromStdString(m_dir->path().string()));
+    const std::filesystem::path userFile = m_dir->path() / "dorvane" / "DV01.ini";
+    std::filesystem::create_directories(userFile.parent_path());
+    writeFile(userFile, "[SMTP]\nHostname=first.example.com\n");
+    TempDir home;
+    shell::Application app(*m_ui, shell::StartOptions{home.path().string()}, noQuickBooks());
+    hadConfig ? qputenv("XDG_CONFIG_HOME", configBefore) : qunsetenv("XDG_CONFIG_HOME");
+    gui::registerDialogs(*m_ui, app.settings());
+    gui::MainWindowView view(app);
+
+    writeFile(userFile, "[SMTP]\nHostname=second.example.com\n");
+    QString shown;
+    whenModal<QDialog>([&shown](QDialog* dialog) {
+        shown = dialog->findChild<QLineEdit*>(QStringLiteral("smtpservertext"))->text();
+        typeInto(dialog->findChild<QLineEdit*>(QStringLiteral("SMTPPort")), QStringLiteral("2525"));
+        press(dialog, "OKButton");
+    });
+    view.findChild<QAction*>(QStringLiteral("Parameter"))->trigger();
+    QCOMPARE(shown, QStringLiteral("second.example.com"));
+    QCOMPARE(shell::SettingsStore(userFile).get("SMTP", "Port"), std::string("2525"));
+}
+
+// ---- company information -------------------------------------------------------------------
+
+void QtUiPortTest::companyOpensWithTheRecordInLabelledBoxes() {
+    QString controls;
+    QString values;
+    openCompany([&](QDialog* dialog) {
+        controls = dialog->objectName() + QStringLiteral(": ") + controlsOf(dialog);
+        values = controlsOf(dialog, true);
+    });
+    // Boxes without a label of their own share the row of the box before them.
+    QCOMPARE(controls, QStringLiteral("Dialog2: CompanyName=Company Name, Addr1=Address, Addr2=, "
+                                      "City=City / State / Zip, State=, Zip=, Country=Country, "
+                                      "Phone=Phone, Fax=Fax, Email=Email, Website=Website, "
+                                      "OKButton=OK, CancelButton=Cancel"));
+    QCOMPARE(values, QStringLiteral("CompanyName=Harbour Light Supplies, Addr1=12 Harbour Road, "
+                                    "Addr2=Unit 4, City=Portland, State=ME, Zip=04101, "
+                                    "Country=US, Phone=207-555-0100, Fax=207-555-0101, "
+                                    "Email=office@harbourlight.example, "
+                                    "Website=www.harbourlight.example"));
+}
+
+void QtUiPortTest::companyOkWritesAddressIntoBothPlacesAndOptionalsMayBeEmpty() {
+    MessageBoxRecorder boxes;
+    const bool accepted = openCompany([](QDialog* dialog) {
+        const auto box = [dialog](const char* name) {
+            return dialog->findChild<QLineEdit*>(QString::fromUtf8(name));
+        };
+        typeInto(box("CompanyName"), QStringLiteral("Harbour Light Ltd"));
+        typeInto(box("City"), QStringLiteral("Bangor"));
+        typeInto(box("Zip"), QStringLiteral("04401"));
+        for (const char* optional : {"Addr2", "Fax", "Website"}) {
+            typeInto(box(optional), QString());
+        }
+        press(dialog, "OKButton");
+    });
+
+    QVERIFY(accepted);
+    QCOMPARE(boxes.texts, QStringList());
+    const xml::Node r = record();
+    QCOMPARE(r.valueOf("FileName"), std::string(kCompanyFile));
+    QCOMPARE(r.valueOf("LegalCompanyName"), std::string("Harbour Light Ltd"));
+    QCOMPARE(r.valueOf("Address/City") + r.valueOf("Address/PostalCode"),
+             std::string("Bangor04401"));
+    QCOMPARE(r.valueOf("Address/Addr2") + r.valueOf("Fax") + r.valueOf("CompanyWebSite"),
+             std::string());
+    for (const char* part : {"Addr1", "Addr2", "City", "State", "PostalCode", "Country"}) {
+        QCOMPARE(r.valueOf(std::string("LegalAddress/") + part),
+                 r.valueOf(std::string("Address/") + part));
+    }
+}
+
+// Each required box in turn is emptied: OK says so over the dialog, which stays open with the
+// record untouched; filled in again, OK goes through.
+void QtUiPortTest::companyEmptyRequiredFieldKeepsDialogOpen() {
+    const std::string before = record().xml();
+    MessageBoxRecorder boxes;
+    QStringList refused;
+    const bool accepted = openCompany([&](QDialog* dialog) {
+        for (const char* name :
+             {"CompanyName", "Addr1", "City", "State", "Zip", "Country", "Phone", "Email"}) {
+            auto* edit = dialog->findChild<QLineEdit*>(QString::fromUtf8(name));
+            const QString kept = edit->text();
+            typeInto(edit, QString());
+            press(dialog, "OKButton");
+            if (dialog->isVisible() && record().xml() == before) {
+                refused << QString::fromUtf8(name);
+            }
+            typeInto(edit, kept);
+        }
+        typeInto(dialog->findChild<QLineEdit*>(QStringLiteral("Fax")), QStringLiteral("0199"));
+        press(dialog, "OKButton");
+    });
+
+    QCOMPARE(refused.join(QLatin1Char(' ')),
+             QStringLiteral("CompanyName Addr1 City State Zip Country Phone Email"));
+    QCOMPARE(boxes.texts, QStringList(8, QStringLiteral("All fields are required !")));
+    QCOMPARE(boxes.owners, QStringList(8, QStringLiteral("Dialog2")));
+    QVERIFY(accepted);
+    QCOMPARE(record().valueOf("Fax"), std::string("0199"));
 }
 
 int runQtUiPortTests(int argc, char** argv) {
