@@ -122,7 +122,8 @@ TEST_F(Cli, SettingsAndSendThroughARealServer) {
                   "</RefNumber><Subtotal>40.00</Subtotal></InvoiceRet><InvoiceRet><TxnID>11-2"
                   "</TxnID><CustomerRef><ListID>C2</ListID><FullName>Refused</FullName>"
                   "</CustomerRef><TxnDate>2026-11-17</TxnDate><RefNumber>1042</RefNumber>"
-                  "</InvoiceRet></InvoiceQueryRs><CustomerQueryRs " + ok +
+                  "</InvoiceRet></InvoiceQueryRs><CustomerQueryRs " +
+                  ok +
                   "><CustomerRet><ListID>C1</ListID><Email>able@example.test</Email></CustomerRet>"
                   "<CustomerRet><ListID>C2</ListID><Email>no@example.test</Email></CustomerRet>"
                   "</CustomerQueryRs></QBXMLMsgsRs></QBXML>");
@@ -134,14 +135,16 @@ TEST_F(Cli, SettingsAndSendThroughARealServer) {
     }
 
     EXPECT_EQ(dorvane("send Invoice --preview"), 0) << err;
-    EXPECT_EQ(out, "preview\t11-1\tAble Co\table@example.test\n"
-                   "preview\t11-2\tRefused\tno@example.test\n");
+    EXPECT_EQ(out,
+              "preview\t11-1\tAble Co\table@example.test\n"
+              "preview\t11-2\tRefused\tno@example.test\n");
     EXPECT_TRUE(std::filesystem::exists(home / "program" / "preview.htm"));
     EXPECT_EQ(server.record().connections, 0);
 
     EXPECT_EQ(dorvane("send Invoice"), 0) << err;
-    EXPECT_EQ(out, "sent\t11-1\tAble Co\table@example.test\n"
-                   "sent\t11-2\tRefused\tno@example.test\n");
+    EXPECT_EQ(out,
+              "sent\t11-1\tAble Co\table@example.test\n"
+              "sent\t11-2\tRefused\tno@example.test\n");
     EXPECT_NE(err.find("Invoices sent"), std::string::npos);
     EXPECT_EQ(server.record().accepted().size(), 2u);
     // Sent once: the next run finds them in the log.
@@ -161,7 +164,9 @@ TEST_F(Cli, SendExitsWithOneWhenADocumentDidNotGoOut) {
               "<?xml version=\"1.0\" ?><QBXML><QBXMLMsgsRs><EstimateQueryRs " + ok +
                   "><EstimateRet><TxnID>E-1</TxnID><CustomerRef><ListID>C1</ListID><FullName>"
                   "Able Co</FullName></CustomerRef><TxnDate>2026-11-17</TxnDate></EstimateRet>"
-                  "</EstimateQueryRs><CustomerQueryRs " + ok + "><CustomerRet><ListID>C1</ListID>"
+                  "</EstimateQueryRs><CustomerQueryRs " +
+                  ok +
+                  "><CustomerRet><ListID>C1</ListID>"
                   "<Email>able@example.test</Email></CustomerRet></CustomerQueryRs></QBXMLMsgsRs>"
                   "</QBXML>");
     writeFile(home / "program" / "EmailsSent.log", "");

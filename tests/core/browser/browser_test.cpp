@@ -300,8 +300,9 @@ TEST_F(BrowserTest, CompanyRecordsFromTheFileOnePerCompanyFile) {
     ui.dialogHandler = [&](shell::DialogModel& model) {
         ++opened;
         auto& editor = dynamic_cast<company::CompanyEditorModel&>(model);
-        editor.values = {"First Shop", "1 Main St", "", "Bath", "ME", "04530", "US",
-                         "207-555-0101", "", "first@example.com", ""};
+        editor.values = {
+            "First Shop", "1 Main St",         "", "Bath", "ME", "04530", "US", "207-555-0101",
+            "",           "first@example.com", ""};
         return editor.accept();
     };
     company.retrieveCompanyInfo();
@@ -316,8 +317,8 @@ TEST_F(BrowserTest, CompanyRecordsFromTheFileOnePerCompanyFile) {
     ui.dialogHandler = [&](shell::DialogModel& model) {
         ++opened;
         auto& editor = dynamic_cast<company::CompanyEditorModel&>(model);
-        editor.values = {"Second Shop", "2 Elm St", "", "Bath", "ME", "04530", "US",
-                         "207-555-0102", "", "", ""};
+        editor.values = {"Second Shop", "2 Elm St",     "", "Bath", "ME", "04530",
+                         "US",          "207-555-0102", "", "",     ""};
         EXPECT_FALSE(editor.accept()) << "Email is required";
         EXPECT_EQ(ui.texts().back(), "All fields are required !");
         editor.values[9] = "second@example.com";
@@ -348,8 +349,9 @@ TEST_F(BrowserTest, EditingTheRecordThroughTheMenuChangesTheFile) {
     test::writeFile(answers() / "companyfile.txt", "/q/first.qbw");
     ui.dialogHandler = [&](shell::DialogModel& model) {
         auto& editor = dynamic_cast<company::CompanyEditorModel&>(model);
-        editor.values = {"First Shop", "1 Main St", "", "Bath", "ME", "04530", "US",
-                         "207-555-0101", "", "first@example.com", ""};
+        editor.values = {
+            "First Shop", "1 Main St",         "", "Bath", "ME", "04530", "US", "207-555-0101",
+            "",           "first@example.com", ""};
         return editor.accept();
     };
     company.retrieveCompanyInfo();
