@@ -357,14 +357,18 @@ void MainWindowView::rowAdded(int row) {
     scheduleColumnFit();
 }
 
-// Columns without a width take their contents' width; the first column, which also holds the
-// check box and the icon, is never narrower than its contents. While a loader adds rows one by
-// one this happens once whenever the event loop runs, not once per row.
+// Columns take the share of the list's width or the width core gives them, else their
+// contents' width; the first column, which also holds the check box and the icon, is never
+// narrower than its contents. While a loader adds rows one by one this happens once whenever
+// the event loop runs, not once per row.
 void MainWindowView::fitColumns() {
     m_fitPending = false;
     const auto& columns = m_app.window().list().columns();
     for (int i = 0; i < static_cast<int>(columns.size()); ++i) {
-        const int width = columns[static_cast<std::size_t>(i)].width;
+        const auto& column = columns[static_cast<std::size_t>(i)];
+        const int width = column.share > 0
+                              ? static_cast<int>(m_listView->viewport()->width() * column.share)
+                              : column.width;
         if (width <= 0 || i == 0) {
             m_listView->resizeColumnToContents(i);
         }

@@ -26,7 +26,7 @@ template <class Captions>
 std::vector<shell::ListColumn> columns(const Captions& captions) {
     std::vector<shell::ListColumn> out;
     for (const char* c : captions) {
-        out.push_back({c, 0});
+        out.push_back({c, 0, 1.0 / 6});  // each a sixth of the list's width
     }
     return out;
 }

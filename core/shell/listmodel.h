@@ -10,7 +10,8 @@ namespace dorvane::shell {
 
 struct ListColumn {
     std::string caption;
-    int width = 0;  // a hint in pixels; 0 lets the front end decide
+    int width = 0;       // a hint in pixels; 0 lets the front end decide
+    double share = 0.0;  // or a share of the list's width (1.0 / 6 for a sixth)
 };
 
 struct ListRow {
