@@ -61,6 +61,17 @@ CREATE INDEX effects_txn ON effects(txn);
 const char kFieldSep = '\x1f';
 const char kRecordSep = '\x1e';
 
+}  // namespace
+
+const char* const kListSelect =
+    "SELECT id, list_id, kind, name, full_name, parent_id, sublevel, is_active, time_created, "
+    "time_modified, edit_sequence, balance, fields FROM lists";
+const char* const kTxnSelect =
+    "SELECT id, txn_id, type, txn_number, txn_date, ref_number, entity_id, account_id, "
+    "time_created, time_modified, edit_sequence, total, open_amount, applied, fields FROM txns";
+const char* const kLineSelect =
+    "SELECT seq, parent_seq, kind, line_id, fields FROM lines WHERE txn = ? ORDER BY seq";
+
 ListRecord readList(CompanyFile::Statement& s) {
     ListRecord r;
     r.rowid = s.integer(0);
@@ -79,15 +90,35 @@ ListRecord readList(CompanyFile::Statement& s) {
     return r;
 }
 
-const char* const kListColumns =
-    "id, list_id, kind, name, full_name, parent_id, sublevel, is_active, time_created, "
-    "time_modified, edit_sequence, balance, fields";
+TxnRecord readTxn(CompanyFile::Statement& s) {
+    TxnRecord r;
+    r.rowid = s.integer(0);
+    r.txnId = s.text(1);
+    r.type = s.text(2);
+    r.txnNumber = s.integer(3);
+    r.txnDate = Date::parse(s.text(4)).value_or(Date{});
+    r.refNumber = s.text(5);
+    r.entityId = s.text(6);
+    r.accountId = s.text(7);
+    r.created = s.integer(8);
+    r.modified = s.integer(9);
+    r.editSequence = s.text(10);
+    r.totalCents = s.integer(11);
+    r.openCents = s.integer(12);
+    r.appliedCents = s.integer(13);
+    r.fields = decodeFields(s.text(14));
+    return r;
+}
 
-const char* const kTxnColumns =
-    "id, txn_id, type, txn_number, txn_date, ref_number, entity_id, account_id, time_created, "
-    "time_modified, edit_sequence, total, open_amount, applied, fields";
-
-}  // namespace
+LineRecord readLine(CompanyFile::Statement& s) {
+    LineRecord l;
+    l.seq = static_cast<int>(s.integer(0));
+    l.parentSeq = static_cast<int>(s.integer(1));
+    l.kind = s.text(2);
+    l.lineId = s.text(3);
+    l.fields = decodeFields(s.text(4));
+    return l;
+}
 
 const std::string* findField(const Fields& fields, std::string_view key) {
     for (const auto& [k, v] : fields) {
@@ -432,7 +463,7 @@ void CompanyFile::insertList(ListRecord& r) {
 }
 
 std::optional<ListRecord> CompanyFile::listById(std::string_view listId) {
-    auto s = prepare(std::string("SELECT ") + kListColumns + " FROM lists WHERE list_id = ?");
+    auto s = prepare(std::string(kListSelect) + " WHERE list_id = ?");
     s.bind(1, listId);
     if (!s.step()) {
         return std::nullopt;
@@ -444,8 +475,8 @@ std::optional<ListRecord> CompanyFile::listByName(std::string_view kindOrSpace,
                                                   std::string_view fullName) {
     bool space = kindOrSpace == "entity" || kindOrSpace == "item" || kindOrSpace == "account" ||
                  kindOrSpace == "terms";
-    auto s = prepare(std::string("SELECT ") + kListColumns + " FROM lists WHERE " +
-                     (space ? "ns" : "kind") + " = ? AND full_name = ? COLLATE NOCASE");
+    auto s = prepare(std::string(kListSelect) + " WHERE " + (space ? "ns" : "kind") +
+                     " = ? AND full_name = ? COLLATE NOCASE");
     s.bind(1, kindOrSpace).bind(2, fullName);
     if (!s.step()) {
         return std::nullopt;
@@ -456,8 +487,7 @@ std::optional<ListRecord> CompanyFile::listByName(std::string_view kindOrSpace,
 std::optional<ListRecord> CompanyFile::firstListOfKind(std::string_view kind,
                                                        std::string_view field,
                                                        std::string_view value) {
-    auto s = prepare(std::string("SELECT ") + kListColumns +
-                     " FROM lists WHERE kind = ? AND is_active = 1 ORDER BY id");
+    auto s = prepare(std::string(kListSelect) + " WHERE kind = ? AND is_active = 1 ORDER BY id");
     s.bind(1, kind);
     while (s.step()) {
         ListRecord r = readList(s);
@@ -525,27 +555,12 @@ void CompanyFile::insertTxn(TxnRecord& r) {
 }
 
 std::optional<TxnRecord> CompanyFile::txnById(std::string_view txnId, bool withLines) {
-    auto s = prepare(std::string("SELECT ") + kTxnColumns + " FROM txns WHERE txn_id = ?");
+    auto s = prepare(std::string(kTxnSelect) + " WHERE txn_id = ?");
     s.bind(1, txnId);
     if (!s.step()) {
         return std::nullopt;
     }
-    TxnRecord r;
-    r.rowid = s.integer(0);
-    r.txnId = s.text(1);
-    r.type = s.text(2);
-    r.txnNumber = s.integer(3);
-    r.txnDate = Date::parse(s.text(4)).value_or(Date{});
-    r.refNumber = s.text(5);
-    r.entityId = s.text(6);
-    r.accountId = s.text(7);
-    r.created = s.integer(8);
-    r.modified = s.integer(9);
-    r.editSequence = s.text(10);
-    r.totalCents = s.integer(11);
-    r.openCents = s.integer(12);
-    r.appliedCents = s.integer(13);
-    r.fields = decodeFields(s.text(14));
+    TxnRecord r = readTxn(s);
     if (withLines) {
         loadLines(r);
     }
@@ -553,18 +568,11 @@ std::optional<TxnRecord> CompanyFile::txnById(std::string_view txnId, bool withL
 }
 
 void CompanyFile::loadLines(TxnRecord& r) {
-    auto s = prepare(
-        "SELECT seq, parent_seq, kind, line_id, fields FROM lines WHERE txn = ? ORDER BY seq");
+    auto s = prepare(kLineSelect);
     s.bind(1, r.rowid);
     r.lines.clear();
     while (s.step()) {
-        LineRecord l;
-        l.seq = static_cast<int>(s.integer(0));
-        l.parentSeq = static_cast<int>(s.integer(1));
-        l.kind = s.text(2);
-        l.lineId = s.text(3);
-        l.fields = decodeFields(s.text(4));
-        r.lines.push_back(std::move(l));
+        r.lines.push_back(readLine(s));
     }
 }
 

@@ -185,4 +185,13 @@ private:
 // The schema of a given version, for tests of the migrations.
 std::string schemaSql(int version);
 
+// The columns every reader of the lists, transactions and lines selects, and the readers of
+// one row selected with them.
+extern const char* const kListSelect;  // "SELECT <columns> FROM lists"
+extern const char* const kTxnSelect;   // "SELECT <columns> FROM txns"
+extern const char* const kLineSelect;  // "SELECT <columns> FROM lines WHERE txn = ? ORDER BY seq"
+ListRecord readList(CompanyFile::Statement& s);
+TxnRecord readTxn(CompanyFile::Statement& s);
+LineRecord readLine(CompanyFile::Statement& s);
+
 }  // namespace dorvane::qbsandbox

@@ -89,51 +89,19 @@ std::vector<std::string> filterIds(RequestContext& ctx, const xml::Node& filter,
     return ids;
 }
 
-const char* const kTxnSelect =
-    "SELECT id, txn_id, type, txn_number, txn_date, ref_number, entity_id, account_id, "
-    "time_created, "
-    "time_modified, edit_sequence, total, open_amount, applied, fields FROM txns";
-
-TxnRecord readTxn(CompanyFile::Statement& s) {
-    TxnRecord r;
-    r.rowid = s.integer(0);
-    r.txnId = s.text(1);
-    r.type = s.text(2);
-    r.txnNumber = s.integer(3);
-    r.txnDate = Date::parse(s.text(4)).value_or(Date{});
-    r.refNumber = s.text(5);
-    r.entityId = s.text(6);
-    r.accountId = s.text(7);
-    r.created = s.integer(8);
-    r.modified = s.integer(9);
-    r.editSequence = s.text(10);
-    r.totalCents = s.integer(11);
-    r.openCents = s.integer(12);
-    r.appliedCents = s.integer(13);
-    r.fields = decodeFields(s.text(14));
-    return r;
-}
-
 RsStatus txnQuery(RequestContext& ctx, const xml::Node& rq, const std::string& type,
                   std::string& body) {
     bool lineItems = parseBool(rq.valueOf("IncludeLineItems")).value_or(false);
     bool linked = parseBool(rq.valueOf("IncludeLinkedTxns")).value_or(false);
     WriteOptions options{lineItems, linked};
-    auto linesStmt = ctx.file.prepare(
-        "SELECT seq, parent_seq, kind, line_id, fields FROM lines WHERE txn = ? ORDER BY seq");
+    auto linesStmt = ctx.file.prepare(kLineSelect);
     std::int64_t count = 0;
     std::string retName = type + "Ret";
     auto emit = [&](TxnRecord& r) {
         if (lineItems) {
             linesStmt.bind(1, r.rowid);
             while (linesStmt.step()) {
-                LineRecord l;
-                l.seq = static_cast<int>(linesStmt.integer(0));
-                l.parentSeq = static_cast<int>(linesStmt.integer(1));
-                l.kind = linesStmt.text(2);
-                l.lineId = linesStmt.text(3);
-                l.fields = decodeFields(linesStmt.text(4));
-                r.lines.push_back(std::move(l));
+                r.lines.push_back(readLine(linesStmt));
             }
             linesStmt.reset();
         }
@@ -267,28 +235,6 @@ RsStatus txnQuery(RequestContext& ctx, const xml::Node& rq, const std::string& t
         return {1, "Info", kNoMatch};
     }
     return {};
-}
-
-const char* const kListSelect =
-    "SELECT id, list_id, kind, name, full_name, parent_id, sublevel, is_active, time_created, "
-    "time_modified, edit_sequence, balance, fields FROM lists";
-
-ListRecord readList(CompanyFile::Statement& s) {
-    ListRecord r;
-    r.rowid = s.integer(0);
-    r.listId = s.text(1);
-    r.kind = s.text(2);
-    r.name = s.text(3);
-    r.fullName = s.text(4);
-    r.parentId = s.text(5);
-    r.sublevel = static_cast<int>(s.integer(6));
-    r.active = s.integer(7) != 0;
-    r.created = s.integer(8);
-    r.modified = s.integer(9);
-    r.editSequence = s.text(10);
-    r.balanceCents = s.integer(11);
-    r.fields = decodeFields(s.text(12));
-    return r;
 }
 
 // Balances including sub-records (jobs, sub-accounts), by full name.
