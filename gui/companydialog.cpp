@@ -6,14 +6,13 @@
 #include <cstring>
 #include <iterator>
 
-#include <QDialogButtonBox>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
-#include <QPushButton>
 #include <QVBoxLayout>
 
+#include "gui/dialogs.h"
 #include "gui/qtstrings.h"
 
 namespace dorvane::gui {
@@ -76,21 +75,7 @@ void CompanyDialog::buildControls() {
         rowLayout->addWidget(edit, rowStretch(field.control));
     }
 
-    auto* buttons = new QDialogButtonBox(this);
-    QPushButton* ok = buttons->addButton(QStringLiteral("OK"), QDialogButtonBox::AcceptRole);
-    ok->setObjectName(QStringLiteral("OKButton"));
-    ok->setDefault(true);
-    QPushButton* cancel =
-        buttons->addButton(QStringLiteral("Cancel"), QDialogButtonBox::RejectRole);
-    cancel->setObjectName(QStringLiteral("CancelButton"));
-    connect(buttons, &QDialogButtonBox::accepted, this, &CompanyDialog::accept);
-    connect(buttons, &QDialogButtonBox::rejected, this, &CompanyDialog::reject);
-
-    auto* layout = new QVBoxLayout(this);
-    layout->addLayout(grid);
-    layout->addStretch(1);
-    layout->addWidget(buttons);
-    layout->setSizeConstraint(QLayout::SetFixedSize);
+    layOutWithOkCancel(this, grid);
 }
 
 void CompanyDialog::accept() {

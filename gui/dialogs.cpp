@@ -1,7 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "gui/dialogs.h"
 
+#include <QDialog>
+#include <QDialogButtonBox>
 #include <QPointer>
+#include <QPushButton>
+#include <QVBoxLayout>
 
 #include "company/companyeditor.h"
 #include "gui/companydialog.h"
@@ -10,6 +14,24 @@
 #include "mail/preferences.h"
 
 namespace dorvane::gui {
+
+void layOutWithOkCancel(QDialog* dialog, QLayout* body) {
+    auto* buttons = new QDialogButtonBox(dialog);
+    QPushButton* ok = buttons->addButton(QStringLiteral("OK"), QDialogButtonBox::AcceptRole);
+    ok->setObjectName(QStringLiteral("OKButton"));
+    ok->setDefault(true);
+    QPushButton* cancel =
+        buttons->addButton(QStringLiteral("Cancel"), QDialogButtonBox::RejectRole);
+    cancel->setObjectName(QStringLiteral("CancelButton"));
+    QObject::connect(buttons, &QDialogButtonBox::accepted, dialog, &QDialog::accept);
+    QObject::connect(buttons, &QDialogButtonBox::rejected, dialog, &QDialog::reject);
+
+    auto* layout = new QVBoxLayout(dialog);
+    layout->addLayout(body);
+    layout->addStretch(1);
+    layout->addWidget(buttons);
+    layout->setSizeConstraint(QLayout::SetFixedSize);
+}
 
 namespace {
 

@@ -4,9 +4,16 @@
 
 #include "shell/settings.h"
 
+class QDialog;
+class QLayout;
+
 namespace dorvane::gui {
 
 class QtUiPort;
+
+// Lays a dialog out as `body` above its OKButton and CancelButton, which call the dialog's
+// accept() and reject(), at a fixed size.
+void layOutWithOkCancel(QDialog* dialog, QLayout* body);
 
 // Registers `Dialog` (mail preferences; OK writes them to `settings`) and `Dialog2` (company
 // information editor) with `ui`. Both must outlive every dialog shown through `ui`.
