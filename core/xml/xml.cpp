@@ -264,17 +264,6 @@ bool isAncestorOrSelf(const xmlNode* candidate, const xmlNode* n) {
     return false;
 }
 
-int writeToString(void* context, const char* buffer, int len) {
-    if (len > 0) {
-        static_cast<std::string*>(context)->append(buffer, static_cast<size_t>(len));
-    }
-    return len;
-}
-
-int closeNothing(void*) {
-    return 0;
-}
-
 std::string dumpDocument(xmlDocPtr doc, bool declaration) {
     std::string out;
     if (!doc) {

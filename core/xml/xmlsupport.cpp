@@ -96,18 +96,10 @@ xmlDocPtr sheetLoader(const xmlChar* uri, xmlDictPtr dict, int, void*, xsltLoadT
         return parseForXslt(inl->text(), inl->baseUrl(), dict, type != XSLT_LOAD_DOCUMENT)
             .release();
     }
-    ParserCtxtPtr ctxt(xmlNewParserCtxt());
+    ParserCtxtPtr ctxt = newParserContext(dict);
     if (!ctxt) {
         return nullptr;
     }
-    if (dict) {
-        if (ctxt->dict) {
-            xmlDictFree(ctxt->dict);
-        }
-        ctxt->dict = dict;
-        xmlDictReference(dict);
-    }
-    collectErrorsOf(ctxt.get());
     // Data documents keep entity references as they are; style sheets get their internal
     // entities (&nbsp; and friends) expanded. External ones are refused by the loader.
     int options = XML_PARSE_NONET | XML_PARSE_NOCDATA;
@@ -262,18 +254,10 @@ DocPtr parseForXslt(std::string_view text, const std::string& url, xmlDict* dict
         }
         return nullptr;
     }
-    ParserCtxtPtr ctxt(xmlNewParserCtxt());
+    ParserCtxtPtr ctxt = newParserContext(dict);
     if (!ctxt) {
         return nullptr;
     }
-    if (dict) {
-        if (ctxt->dict) {
-            xmlDictFree(ctxt->dict);
-        }
-        ctxt->dict = dict;
-        xmlDictReference(dict);
-    }
-    collectErrorsOf(ctxt.get());
     const char* data = text.data() ? text.data() : "";
     int options = XML_PARSE_NONET | XML_PARSE_NOCDATA;
     if (sheet) {
@@ -321,5 +305,36 @@ void initialize() {
         xmlSetGenericErrorFunc(nullptr, &textSink);
     }
 }
+
+namespace detail {
+
+ParserCtxtPtr newParserContext(xmlDictPtr dict) {
+    ParserCtxtPtr ctxt(xmlNewParserCtxt());
+    if (!ctxt) {
+        return ctxt;
+    }
+    if (dict) {
+        if (ctxt->dict) {
+            xmlDictFree(ctxt->dict);
+        }
+        ctxt->dict = dict;
+        xmlDictReference(dict);
+    }
+    collectErrorsOf(ctxt.get());
+    return ctxt;
+}
+
+int writeToString(void* context, const char* buffer, int len) {
+    if (len > 0) {
+        static_cast<std::string*>(context)->append(buffer, static_cast<size_t>(len));
+    }
+    return len;
+}
+
+int closeNothing(void*) {
+    return 0;
+}
+
+}  // namespace detail
 
 }  // namespace dorvane::xml

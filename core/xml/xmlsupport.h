@@ -135,6 +135,15 @@ private:
 // Routes the context's errors to the current collector.
 void collectErrorsOf(xmlParserCtxt* ctxt);
 
+// A parser context whose errors are collected; with `dict` it shares that dictionary (as
+// documents loaded for a style sheet must).
+ParserCtxtPtr newParserContext(xmlDictPtr dict);
+
+// An output-buffer writer that appends to the std::string its context points at, and a
+// close callback that does nothing.
+int writeToString(void* context, const char* buffer, int len);
+int closeNothing(void* context);
+
 // The address libxml2 should record for a file: absolute, as a URI reference with unsafe
 // characters escaped, so relative references resolve against it.
 std::string fileUrl(const std::string& path);

@@ -169,17 +169,6 @@ xmlNodePtr follow(xmlDocPtr doc, const std::vector<std::pair<bool, int>>& steps)
     return n;
 }
 
-int writeToString(void* context, const char* buffer, int len) {
-    if (len > 0) {
-        static_cast<std::string*>(context)->append(buffer, static_cast<size_t>(len));
-    }
-    return len;
-}
-
-int closeNothing(void*) {
-    return 0;
-}
-
 // The result as the sheet's xsl:output describes it, always as UTF-8 text.
 std::string resultText(xmlDocPtr result, xsltStylesheetPtr sheet) {
     std::string out;
