@@ -85,12 +85,7 @@ void CompanyInfo::loadCompanyInfoFile() {
         CompanyEditorModel editor(m_ui, templateRecord(*file), m_gateway.currentCompanyFile());
         if (m_ui.runDialog(editor)) {
             xml::Node stored = file->root().appendChild(editor.record());
-            Status saved =
-                files::writeAtomically(m_folder.filePath(kCompanyInfoFile), file->toString());
-            if (!saved) {
-                m_ui.messageBox("Could not save " + m_folder.filePath(kCompanyInfoFile) + ": " +
-                                saved.error().description);
-            }
+            saveFile(*file);
             setCompanyNode(stored);
         }
     }
@@ -109,10 +104,13 @@ void CompanyInfo::editCompanyInfo() {
     CompanyEditorModel editor(m_ui, record ? record : templateRecord(*file),
                               m_gateway.currentCompanyFile());
     m_ui.runDialog(editor);
-    Status saved = files::writeAtomically(m_folder.filePath(kCompanyInfoFile), file->toString());
-    if (!saved) {
-        m_ui.messageBox("Could not save " + m_folder.filePath(kCompanyInfoFile) + ": " +
-                        saved.error().description);
+    saveFile(*file);
+}
+
+void CompanyInfo::saveFile(const xml::Document& file) {
+    const std::string path = m_folder.filePath(kCompanyInfoFile);
+    if (Status saved = files::writeAtomically(path, file.toString()); !saved) {
+        m_ui.messageBox("Could not save " + path + ": " + saved.error().description);
     }
 }
 

@@ -54,6 +54,9 @@ public:
     const std::string& senderAddress() const { return m_sender; }
 
 private:
+    // Writes "companyinfo.xml" whole; a failure is told to the person.
+    void saveFile(const xml::Document& file);
+
     shell::UiPort& m_ui;
     const qbgateway::ProgramFolder& m_folder;
     qbgateway::Gateway& m_gateway;

@@ -278,34 +278,24 @@ RsStatus listQuery(RequestContext& ctx, const xml::Node& rq, const std::string& 
     std::vector<xml::Node> names = rq.selectAll("FullName");
     if (!ids.empty() || !names.empty()) {
         std::string firstMissing;
-        for (const auto& n : ids) {
-            auto s =
-                ctx.file.prepare(std::string(kListSelect) + " WHERE list_id = ? AND" + kindSql);
-            s.bind(1, n.text());
-            for (std::size_t i = 0; i < kinds.size(); ++i) {
-                s.bind(static_cast<int>(i + 2), kinds[i]);
+        // Each named record in the order asked; the first that does not exist is reported.
+        auto lookUp = [&](const auto& wanted, const char* condition) {
+            for (const auto& n : wanted) {
+                auto s = ctx.file.prepare(std::string(kListSelect) + condition + kindSql);
+                s.bind(1, n.text());
+                for (std::size_t i = 0; i < kinds.size(); ++i) {
+                    s.bind(static_cast<int>(i + 2), kinds[i]);
+                }
+                if (s.step()) {
+                    ListRecord r = readList(s);
+                    emit(r);
+                } else if (firstMissing.empty()) {
+                    firstMissing = n.text();
+                }
             }
-            if (s.step()) {
-                ListRecord r = readList(s);
-                emit(r);
-            } else if (firstMissing.empty()) {
-                firstMissing = n.text();
-            }
-        }
-        for (const auto& n : names) {
-            auto s = ctx.file.prepare(std::string(kListSelect) +
-                                      " WHERE full_name = ? COLLATE NOCASE AND" + kindSql);
-            s.bind(1, n.text());
-            for (std::size_t i = 0; i < kinds.size(); ++i) {
-                s.bind(static_cast<int>(i + 2), kinds[i]);
-            }
-            if (s.step()) {
-                ListRecord r = readList(s);
-                emit(r);
-            } else if (firstMissing.empty()) {
-                firstMissing = n.text();
-            }
-        }
+        };
+        lookUp(ids, " WHERE list_id = ? AND");
+        lookUp(names, " WHERE full_name = ? COLLATE NOCASE AND");
         if (!firstMissing.empty()) {
             return RsStatus::warn(500, missingText(firstMissing));
         }
