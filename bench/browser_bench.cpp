@@ -64,7 +64,7 @@ struct Figures {
 
 // A sent log of `kSentLogRecords` records, `kSentLogMatches` of them for documents in the
 // list (spread over it), the rest for documents the company no longer lists.
-std::string makeSentLog(const shell::ListModel& list) {
+std::string makeSentLog(const ui::ListModel& list) {
     std::string log;
     const int rows = list.rowCount();
     const int step = std::max(1, rows / kSentLogMatches);

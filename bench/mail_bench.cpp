@@ -103,7 +103,7 @@ struct Sent {
 
 // Leaves checked only the first `count` rows that a run would mail (checked, with an
 // address); answers how many there are.
-int keepFirst(shell::ListModel& list, int count) {
+int keepFirst(ui::ListModel& list, int count) {
     int kept = 0;
     for (int i = 0; i < list.rowCount(); ++i) {
         const auto& row = list.row(i);

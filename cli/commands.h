@@ -10,8 +10,11 @@
 
 namespace dorvane::shell {
 class Application;
+}
+
+namespace dorvane::ui {
 class ListModel;
-}  // namespace dorvane::shell
+}
 
 namespace dorvane::cli {
 
@@ -38,7 +41,7 @@ std::optional<std::string> documentTypeNamed(std::string_view name);
 // loader. Arguments it does not know go to `rest` (or are refused when it is null).
 int loadListFromArgs(CommandContext& ctx, const Args& args, const char* usage,
                      std::vector<std::string>* rest);
-void printList(const shell::ListModel& list, std::ostream& out);
+void printList(const ui::ListModel& list, std::ostream& out);
 // `dorvane sandbox status|open|close|stop|new|load|fail ...`: runs without an Application.
 int sandboxCommand(const Args& args, std::ostream& out, std::ostream& err);
 

@@ -68,7 +68,7 @@ int loadListFromArgs(CommandContext& ctx, const Args& args, const char* usage,
     return window.listDocument().empty() ? kExitGateway : kExitOk;
 }
 
-void printList(const shell::ListModel& list, std::ostream& out) {
+void printList(const ui::ListModel& list, std::ostream& out) {
     std::string line;
     for (std::size_t c = 0; c < list.columns().size(); ++c) {
         line += (c ? "\t" : "") + list.columns()[c].caption;

@@ -13,16 +13,16 @@ namespace dorvane::cli {
 TerminalUi::TerminalUi(std::ostream& err, bool assumeYes, bool interactive, std::istream* in)
     : m_err(err), m_assumeYes(assumeYes), m_interactive(interactive), m_in(in ? in : &std::cin) {}
 
-shell::Answer TerminalUi::messageBox(std::string_view text, std::string_view title, shell::Icon,
-                                     shell::Buttons buttons) {
+ui::Answer TerminalUi::messageBox(std::string_view text, std::string_view title, ui::Icon,
+                                  ui::Buttons buttons) {
     ++m_messages;
     std::string shown = text::replaceAll(text, "\r\n", "\n");
-    if (title != shell::kProgramTitle) {
+    if (title != ui::kProgramTitle) {
         m_err << title << ": ";
     }
     m_err << shown << '\n';
-    using shell::Answer;
-    using shell::Buttons;
+    using ui::Answer;
+    using ui::Buttons;
     if (buttons == Buttons::Ok) {
         return Answer::Ok;
     }
@@ -78,7 +78,7 @@ void TerminalUi::openWithDesktop(std::string_view path) {
     m_err << "Open: " << path << '\n';
 }
 
-bool TerminalUi::runDialog(shell::DialogModel& model) {
+bool TerminalUi::runDialog(ui::DialogModel& model) {
     m_err << "The dialog " << model.dialogName() << " needs the window.\n";
     return false;
 }

@@ -9,16 +9,16 @@
 #include <iosfwd>
 #include <istream>
 
-#include "shell/uiport.h"
+#include "ui/uiport.h"
 
 namespace dorvane::cli {
 
-class TerminalUi final : public shell::UiPort {
+class TerminalUi final : public ui::UiPort {
 public:
     TerminalUi(std::ostream& err, bool assumeYes, bool interactive, std::istream* in = nullptr);
 
-    shell::Answer messageBox(std::string_view text, std::string_view title, shell::Icon icon,
-                             shell::Buttons buttons) override;
+    ui::Answer messageBox(std::string_view text, std::string_view title, ui::Icon icon,
+                          ui::Buttons buttons) override;
     std::optional<std::string> inputBox(std::string_view prompt, std::string_view title,
                                         std::string_view preset) override;
     std::optional<std::string> openFileDialog(std::string_view title,
@@ -28,7 +28,7 @@ public:
     void beep() override {}
     void setBusy(bool) override {}
     void yield() override {}
-    bool runDialog(shell::DialogModel& model) override;
+    bool runDialog(ui::DialogModel& model) override;
 
     // How many message boxes were shown (the commands' exit status looks at it).
     int messagesShown() const { return m_messages; }

@@ -54,7 +54,7 @@ private:
 }  // namespace
 
 void registerDialogs(QtUiPort& ui, shell::SettingsStore& settings) {
-    ui.registerDialog("Dialog", [&ui, &settings](QWidget* parent, shell::DialogModel& model) {
+    ui.registerDialog("Dialog", [&ui, &settings](QWidget* parent, ui::DialogModel& model) {
         auto* preferences = dynamic_cast<mail::MailPreferencesModel*>(&model);
         if (preferences == nullptr) {
             return false;
@@ -63,7 +63,7 @@ void registerDialogs(QtUiPort& ui, shell::SettingsStore& settings) {
         const BoxesOn boxes(ui, &dialog);
         return dialog.exec() == QDialog::Accepted;
     });
-    ui.registerDialog("Dialog2", [&ui](QWidget* parent, shell::DialogModel& model) {
+    ui.registerDialog("Dialog2", [&ui](QWidget* parent, ui::DialogModel& model) {
         auto* editor = dynamic_cast<company::CompanyEditorModel*>(&model);
         if (editor == nullptr) {
             return false;

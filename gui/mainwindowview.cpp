@@ -26,7 +26,7 @@
 #include "gui/qtstrings.h"
 #include "mail/preferences.h"
 #include "qbgateway/programfolder.h"
-#include "shell/uiport.h"
+#include "ui/uiport.h"
 
 namespace dorvane::gui {
 
@@ -308,13 +308,13 @@ void MainWindowView::progressChanged() {
 
 void MainWindowView::listReset() {
     ++m_resets;
-    const shell::ListModel& list = m_app.window().list();
+    const ui::ListModel& list = m_app.window().list();
     const QScopedValueRollback rendering(m_rendering, true);
     m_listView->setUpdatesEnabled(false);
     m_listView->clear();
 
     QStringList captions;
-    for (const shell::ListColumn& column : list.columns()) {
+    for (const ui::ListColumn& column : list.columns()) {
         captions << toQString(column.caption);
     }
     if (captions.isEmpty()) {
@@ -325,7 +325,7 @@ void MainWindowView::listReset() {
 
     QList<QTreeWidgetItem*> items;
     items.reserve(list.rowCount());
-    for (const shell::ListRow& row : list.rows()) {
+    for (const ui::ListRow& row : list.rows()) {
         auto* item = new QTreeWidgetItem;
         renderRow(item, row);
         items << item;
@@ -336,7 +336,7 @@ void MainWindowView::listReset() {
     QHeaderView* header = m_listView->header();
     header->setSortIndicatorShown(list.sorted());
     if (list.sorted()) {
-        header->setSortIndicator(list.sortColumn(), list.sortOrder() == shell::SortOrder::Ascending
+        header->setSortIndicator(list.sortColumn(), list.sortOrder() == ui::SortOrder::Ascending
                                                         ? Qt::AscendingOrder
                                                         : Qt::DescendingOrder);
     }
@@ -344,7 +344,7 @@ void MainWindowView::listReset() {
 }
 
 void MainWindowView::rowAdded(int row) {
-    const shell::ListModel& list = m_app.window().list();
+    const ui::ListModel& list = m_app.window().list();
     if (row < 0 || row >= list.rowCount() ||
         m_listView->topLevelItemCount() != list.rowCount() - 1) {
         listReset();
@@ -386,7 +386,7 @@ void MainWindowView::scheduleColumnFit() {
 }
 
 void MainWindowView::rowChanged(int row) {
-    const shell::ListModel& list = m_app.window().list();
+    const ui::ListModel& list = m_app.window().list();
     QTreeWidgetItem* item = m_listView->topLevelItem(row);
     if (item == nullptr || row >= list.rowCount()) {
         listReset();
@@ -396,7 +396,7 @@ void MainWindowView::rowChanged(int row) {
     renderRow(item, list.row(row));
 }
 
-void MainWindowView::renderRow(QTreeWidgetItem* item, const shell::ListRow& row) {
+void MainWindowView::renderRow(QTreeWidgetItem* item, const ui::ListRow& row) {
     const int columns = std::max(1, m_listView->columnCount());
     for (int i = 0; i < columns && i < static_cast<int>(row.cells.size()); ++i) {
         item->setText(i, toQString(row.cells[static_cast<std::size_t>(i)]));
@@ -413,7 +413,7 @@ void MainWindowView::onItemChanged(QTreeWidgetItem* item, int column) {
     if (m_rendering || column != 0) {
         return;
     }
-    shell::ListModel& list = m_app.window().list();
+    ui::ListModel& list = m_app.window().list();
     const int row = m_listView->indexOfTopLevelItem(item);
     if (row < 0 || row >= list.rowCount()) {
         return;
@@ -451,7 +451,7 @@ void MainWindowView::showPreferences() {
 }
 
 void MainWindowView::showAbout() {
-    const QString title = toQString(shell::kProgramTitle);
+    const QString title = toQString(ui::kProgramTitle);
     QMessageBox::about(
         this, QStringLiteral("About %1").arg(title),
         QStringLiteral("<h3>%1</h3><p>Version %2</p>"

@@ -17,8 +17,8 @@
 #include <QMainWindow>
 
 #include "shell/application.h"
-#include "shell/listmodel.h"
 #include "shell/mainwindow.h"
+#include "ui/listmodel.h"
 
 class QAction;
 class QCheckBox;
@@ -34,7 +34,7 @@ namespace dorvane::gui {
 
 class MainWindowView final : public QMainWindow,
                              private shell::MainWindowObserver,
-                             private shell::ListObserver {
+                             private ui::ListObserver {
     Q_OBJECT
 
 public:
@@ -70,12 +70,12 @@ private:
     void previewChanged() override;
     void progressChanged() override;
 
-    // shell::ListObserver
+    // ui::ListObserver
     void listReset() override;
     void rowAdded(int row) override;
     void rowChanged(int row) override;
 
-    void renderRow(QTreeWidgetItem* item, const shell::ListRow& row);
+    void renderRow(QTreeWidgetItem* item, const ui::ListRow& row);
     void fitColumns();
     void scheduleColumnFit();
     void onItemChanged(QTreeWidgetItem* item, int column);

@@ -19,17 +19,17 @@ namespace dorvane::gui {
 
 namespace {
 
-QMessageBox::Icon toQtIcon(shell::Icon icon) {
+QMessageBox::Icon toQtIcon(ui::Icon icon) {
     switch (icon) {
-        case shell::Icon::Information:
+        case ui::Icon::Information:
             return QMessageBox::Information;
-        case shell::Icon::Exclamation:
+        case ui::Icon::Exclamation:
             return QMessageBox::Warning;
-        case shell::Icon::Critical:
+        case ui::Icon::Critical:
             return QMessageBox::Critical;
-        case shell::Icon::Question:
+        case ui::Icon::Question:
             return QMessageBox::Question;
-        case shell::Icon::None:
+        case ui::Icon::None:
             break;
     }
     return QMessageBox::NoIcon;
@@ -41,36 +41,36 @@ struct ButtonSet {
     QMessageBox::StandardButton escapeButton;   // what closing the box counts as
 };
 
-ButtonSet toQtButtons(shell::Buttons buttons) {
+ButtonSet toQtButtons(ui::Buttons buttons) {
     switch (buttons) {
-        case shell::Buttons::OkCancel:
+        case ui::Buttons::OkCancel:
             return {QMessageBox::Ok | QMessageBox::Cancel, QMessageBox::Ok, QMessageBox::Cancel};
-        case shell::Buttons::YesNo:
+        case ui::Buttons::YesNo:
             return {QMessageBox::Yes | QMessageBox::No, QMessageBox::Yes, QMessageBox::No};
-        case shell::Buttons::YesNoCancel:
+        case ui::Buttons::YesNoCancel:
             return {QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel, QMessageBox::Yes,
                     QMessageBox::Cancel};
-        case shell::Buttons::RetryCancel:
+        case ui::Buttons::RetryCancel:
             return {QMessageBox::Retry | QMessageBox::Cancel, QMessageBox::Retry,
                     QMessageBox::Cancel};
-        case shell::Buttons::Ok:
+        case ui::Buttons::Ok:
             break;
     }
     return {QMessageBox::Ok, QMessageBox::Ok, QMessageBox::Ok};
 }
 
-shell::Answer toAnswer(QMessageBox::StandardButton button) {
+ui::Answer toAnswer(QMessageBox::StandardButton button) {
     switch (button) {
         case QMessageBox::Ok:
-            return shell::Answer::Ok;
+            return ui::Answer::Ok;
         case QMessageBox::Yes:
-            return shell::Answer::Yes;
+            return ui::Answer::Yes;
         case QMessageBox::No:
-            return shell::Answer::No;
+            return ui::Answer::No;
         case QMessageBox::Retry:
-            return shell::Answer::Retry;
+            return ui::Answer::Retry;
         default:
-            return shell::Answer::Cancel;
+            return ui::Answer::Cancel;
     }
 }
 
@@ -111,8 +111,8 @@ bool QtUiPort::hasDialog(const std::string& dialogName) const {
     return m_dialogs.find(dialogName) != m_dialogs.end();
 }
 
-shell::Answer QtUiPort::messageBox(std::string_view text, std::string_view title, shell::Icon icon,
-                                   shell::Buttons buttons) {
+ui::Answer QtUiPort::messageBox(std::string_view text, std::string_view title, ui::Icon icon,
+                                ui::Buttons buttons) {
     const ButtonSet set = toQtButtons(buttons);
     QMessageBox box(toQtIcon(icon), toQString(title), toQString(text), set.buttons, m_parent);
     box.setObjectName(QStringLiteral("messageBox"));
@@ -190,7 +190,7 @@ void QtUiPort::yield() {
     QCoreApplication::processEvents();
 }
 
-bool QtUiPort::runDialog(shell::DialogModel& model) {
+bool QtUiPort::runDialog(ui::DialogModel& model) {
     const auto found = m_dialogs.find(model.dialogName());
     if (found == m_dialogs.end() || !found->second) {
         return false;

@@ -15,13 +15,13 @@
 #include <QString>
 #include <QWidget>
 
-#include "shell/uiport.h"
+#include "ui/uiport.h"
 
 namespace dorvane::gui {
 
-class QtUiPort final : public shell::UiPort {
+class QtUiPort final : public ui::UiPort {
 public:
-    using DialogFactory = std::function<bool(QWidget* parent, shell::DialogModel& model)>;
+    using DialogFactory = std::function<bool(QWidget* parent, ui::DialogModel& model)>;
 
     QtUiPort() = default;
     ~QtUiPort() override;
@@ -36,8 +36,8 @@ public:
     void registerDialog(const std::string& dialogName, DialogFactory factory);
     bool hasDialog(const std::string& dialogName) const;
 
-    shell::Answer messageBox(std::string_view text, std::string_view title, shell::Icon icon,
-                             shell::Buttons buttons) override;
+    ui::Answer messageBox(std::string_view text, std::string_view title, ui::Icon icon,
+                          ui::Buttons buttons) override;
     std::optional<std::string> inputBox(std::string_view prompt, std::string_view title,
                                         std::string_view preset) override;
     std::optional<std::string> openFileDialog(std::string_view title,
@@ -47,7 +47,7 @@ public:
     void beep() override;
     void setBusy(bool busy) override;
     void yield() override;
-    bool runDialog(shell::DialogModel& model) override;
+    bool runDialog(ui::DialogModel& model) override;
 
     int busyDepth() const { return m_busyDepth; }
 

@@ -58,19 +58,19 @@ void setEnvironment(const char* name, const std::string& value) {
     ::setenv(name, value.c_str(), 1);
 }
 
-shell::Answer QuietUi::messageBox(std::string_view text, std::string_view, shell::Icon,
-                                  shell::Buttons buttons) {
+ui::Answer QuietUi::messageBox(std::string_view text, std::string_view, ui::Icon,
+                               ui::Buttons buttons) {
     if (++m_messages <= 5) {
         std::fprintf(stderr, "message box: %.*s\n", static_cast<int>(text.size()), text.data());
     }
     switch (buttons) {
-        case shell::Buttons::YesNo:
-        case shell::Buttons::YesNoCancel:
-            return shell::Answer::Yes;
-        case shell::Buttons::RetryCancel:
-            return shell::Answer::Cancel;
+        case ui::Buttons::YesNo:
+        case ui::Buttons::YesNoCancel:
+            return ui::Answer::Yes;
+        case ui::Buttons::RetryCancel:
+            return ui::Answer::Cancel;
         default:
-            return shell::Answer::Ok;
+            return ui::Answer::Ok;
     }
 }
 

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "qbgateway/requestprocessor.h"
-#include "shell/uiport.h"
+#include "ui/uiport.h"
 
 namespace dorvane::bench {
 
@@ -46,10 +46,10 @@ void setEnvironment(const char* name, const std::string& value);
 
 // A front end without a person: boxes are printed to stderr and answered with their
 // default, the event loop has nothing to run.
-class QuietUi final : public shell::UiPort {
+class QuietUi final : public ui::UiPort {
 public:
-    shell::Answer messageBox(std::string_view text, std::string_view title, shell::Icon icon,
-                             shell::Buttons buttons) override;
+    ui::Answer messageBox(std::string_view text, std::string_view title, ui::Icon icon,
+                          ui::Buttons buttons) override;
     std::optional<std::string> inputBox(std::string_view prompt, std::string_view title,
                                         std::string_view preset) override;
     std::optional<std::string> openFileDialog(std::string_view, std::string_view) override {
@@ -60,7 +60,7 @@ public:
     void beep() override {}
     void setBusy(bool) override {}
     void yield() override {}
-    bool runDialog(shell::DialogModel&) override { return false; }
+    bool runDialog(ui::DialogModel&) override { return false; }
 
     int messages() const { return m_messages; }
 

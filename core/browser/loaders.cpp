@@ -11,8 +11,8 @@
 #include "qbgateway/gateway.h"
 #include "qbgateway/programfolder.h"
 #include "qbgateway/templates.h"
-#include "shell/mainwindow.h"
-#include "shell/uiport.h"
+#include "ui/documentwindow.h"
+#include "ui/uiport.h"
 
 namespace dorvane::browser {
 namespace {
@@ -23,8 +23,8 @@ constexpr std::size_t kProgressEvery = 100;
 enum class Party { Customer, Vendor };
 
 template <class Captions>
-std::vector<shell::ListColumn> columns(const Captions& captions) {
-    std::vector<shell::ListColumn> out;
+std::vector<ui::ListColumn> columns(const Captions& captions) {
+    std::vector<ui::ListColumn> out;
     for (const char* c : captions) {
         out.push_back({c, 0, 1.0 / 6});  // each a sixth of the list's width
     }
@@ -86,9 +86,9 @@ std::optional<std::int16_t> durationToMinutes(std::string_view duration) {
     return static_cast<std::int16_t>(*hours * 60 + *minutes);
 }
 
-DocumentBrowser::DocumentBrowser(shell::MainWindow& window, qbgateway::Gateway& gateway,
+DocumentBrowser::DocumentBrowser(ui::DocumentWindow& window, qbgateway::Gateway& gateway,
                                  const qbgateway::ProgramFolder& folder,
-                                 company::CompanyInfo& company, shell::UiPort& ui)
+                                 company::CompanyInfo& company, ui::UiPort& ui)
     : m_window(window),
       m_gateway(gateway),
       m_folder(folder),
@@ -147,7 +147,7 @@ bool DocumentBrowser::fetch(const char* templateName, const std::string& timefra
 }
 
 int DocumentBrowser::addRow(std::string text, std::vector<std::string> cells, std::string key) {
-    shell::ListRow row;
+    ui::ListRow row;
     row.checked = true;
     row.icon = kIconReady;
     row.cells.reserve(cells.size() + 2);

@@ -19,10 +19,10 @@ class Gateway;
 class ProgramFolder;
 }  // namespace dorvane::qbgateway
 
-namespace dorvane::shell {
-class MainWindow;
+namespace dorvane::ui {
+class DocumentWindow;
 class UiPort;
-}  // namespace dorvane::shell
+}  // namespace dorvane::ui
 
 namespace dorvane::company {
 class CompanyInfo;
@@ -47,9 +47,9 @@ std::optional<std::int16_t> durationToMinutes(std::string_view duration);
 
 class DocumentBrowser {
 public:
-    DocumentBrowser(shell::MainWindow& window, qbgateway::Gateway& gateway,
+    DocumentBrowser(ui::DocumentWindow& window, qbgateway::Gateway& gateway,
                     const qbgateway::ProgramFolder& folder, company::CompanyInfo& company,
-                    shell::UiPort& ui);
+                    ui::UiPort& ui);
 
     // Runs the loader of a document type ("Invoice", ..., "TimesheetA").
     void loadList(const std::string& documentType, const std::string& timeframe);
@@ -76,11 +76,11 @@ private:
     void markMissing(int row);
     void progress(std::size_t done, std::size_t total);
 
-    shell::MainWindow& m_window;
+    ui::DocumentWindow& m_window;
     qbgateway::Gateway& m_gateway;
     const qbgateway::ProgramFolder& m_folder;
     company::CompanyInfo& m_company;
-    shell::UiPort& m_ui;
+    ui::UiPort& m_ui;
     RecipientLookup m_recipients;
 };
 

@@ -14,7 +14,7 @@ void setPathText(xml::Node node, std::string_view path, std::string_view value) 
     at.setText(value);
 }
 
-CompanyEditorModel::CompanyEditorModel(shell::UiPort& ui, xml::Node record, std::string companyFile)
+CompanyEditorModel::CompanyEditorModel(ui::UiPort& ui, xml::Node record, std::string companyFile)
     : m_ui(ui), m_record(record), m_companyFile(std::move(companyFile)) {
     for (std::size_t i = 0; i < kEditorFields.size(); ++i) {
         values[i] = m_record.valueOf(kEditorFields[i].field);

@@ -5,7 +5,7 @@
 #include <array>
 #include <string>
 
-#include "shell/uiport.h"
+#include "ui/uiport.h"
 #include "xml/xml.h"
 
 namespace dorvane::company {
@@ -39,10 +39,10 @@ inline constexpr const char* kAllFieldsRequired = "All fields are required !";
 // The dialog's state. The front end shows `values` in the text boxes (same order as
 // kEditorFields), lets the user change them and calls accept() on OK: when it answers false
 // the dialog stays open.
-class CompanyEditorModel final : public shell::DialogModel {
+class CompanyEditorModel final : public ui::DialogModel {
 public:
     // `record` is the CompanyRet being edited; `companyFile` the open QuickBooks file.
-    CompanyEditorModel(shell::UiPort& ui, xml::Node record, std::string companyFile);
+    CompanyEditorModel(ui::UiPort& ui, xml::Node record, std::string companyFile);
 
     std::string_view dialogName() const override { return "Dialog2"; }
 
@@ -55,7 +55,7 @@ public:
     xml::Node record() const { return m_record; }
 
 private:
-    shell::UiPort& m_ui;
+    ui::UiPort& m_ui;
     xml::Node m_record;
     std::string m_companyFile;
 };

@@ -5,8 +5,8 @@
 #include "company/companyeditor.h"
 #include "qbgateway/gateway.h"
 #include "qbgateway/programfolder.h"
-#include "shell/mainwindow.h"
-#include "shell/uiport.h"
+#include "ui/documentwindow.h"
+#include "ui/uiport.h"
 
 namespace dorvane::company {
 namespace {
@@ -39,8 +39,8 @@ xml::Node templateRecord(xml::Document& file) {
 
 }  // namespace
 
-CompanyInfo::CompanyInfo(shell::UiPort& ui, const qbgateway::ProgramFolder& folder,
-                         qbgateway::Gateway& gateway, shell::MainWindow& window)
+CompanyInfo::CompanyInfo(ui::UiPort& ui, const qbgateway::ProgramFolder& folder,
+                         qbgateway::Gateway& gateway, ui::DocumentWindow& window)
     : m_ui(ui), m_folder(folder), m_gateway(gateway), m_window(window) {}
 
 void CompanyInfo::retrieveCompanyInfo() {

@@ -18,10 +18,10 @@ class Gateway;
 class ProgramFolder;
 }  // namespace dorvane::qbgateway
 
-namespace dorvane::shell {
-class MainWindow;
+namespace dorvane::ui {
+class DocumentWindow;
 class UiPort;
-}  // namespace dorvane::shell
+}  // namespace dorvane::ui
 
 namespace dorvane::company {
 
@@ -29,8 +29,8 @@ inline constexpr const char* kCompanyInfoFile = "/companyinfo.xml";
 
 class CompanyInfo {
 public:
-    CompanyInfo(shell::UiPort& ui, const qbgateway::ProgramFolder& folder,
-                qbgateway::Gateway& gateway, shell::MainWindow& window);
+    CompanyInfo(ui::UiPort& ui, const qbgateway::ProgramFolder& folder, qbgateway::Gateway& gateway,
+                ui::DocumentWindow& window);
 
     // Asks QuickBooks for the company and its preferences; falls back on the file; shows the
     // name and address in Label1.
@@ -57,10 +57,10 @@ private:
     // Writes "companyinfo.xml" whole; a failure is told to the person.
     void saveFile(const xml::Document& file);
 
-    shell::UiPort& m_ui;
+    ui::UiPort& m_ui;
     const qbgateway::ProgramFolder& m_folder;
     qbgateway::Gateway& m_gateway;
-    shell::MainWindow& m_window;
+    ui::DocumentWindow& m_window;
     xml::Document m_company;
     xml::Document m_preferences;
     std::string m_sender;

@@ -9,7 +9,7 @@
 #include "mail/mxresolver.h"
 #include "qbgateway/programfolder.h"
 #include "shell/settings.h"
-#include "shell/uiport.h"
+#include "ui/uiport.h"
 
 namespace dorvane::mail {
 namespace {

@@ -32,8 +32,11 @@
 #include "mail/mimemessage.h"
 #include "mail/smtpclient.h"
 
-namespace dorvane::shell {
+namespace dorvane::ui {
 class UiPort;
+}
+
+namespace dorvane::shell {
 class SettingsStore;
 struct MailSettings;
 }  // namespace dorvane::shell
@@ -50,7 +53,7 @@ inline constexpr const char* kTraceFile = "smtptrace.txt";
 
 // What the transports need from the window for one send run.
 struct MailContext {
-    shell::UiPort& ui;
+    ui::UiPort& ui;
     const qbgateway::ProgramFolder& folder;
     // Panel 1 of the main window's status bar.
     std::function<void(const std::string&)> setStatusText;

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "shell/settings.h"
-#include "shell/uiport.h"
+#include "ui/uiport.h"
 
 namespace dorvane::mail {
 
@@ -43,7 +43,7 @@ inline constexpr PreferenceControl kPreferenceControls[] = {
     {"attachCheck", PreferenceControl::Check, "SendXMLAttachments"},
 };
 
-class MailPreferencesModel final : public shell::DialogModel {
+class MailPreferencesModel final : public ui::DialogModel {
 public:
     // Fills every control from the store, with the defaults where nothing is stored.
     explicit MailPreferencesModel(const shell::SettingsStore& store);

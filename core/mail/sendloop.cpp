@@ -12,8 +12,8 @@
 #include "common/text.h"
 #include "company/companyinfo.h"
 #include "qbgateway/programfolder.h"
-#include "shell/mainwindow.h"
-#include "shell/uiport.h"
+#include "ui/documentwindow.h"
+#include "ui/uiport.h"
 
 namespace dorvane::mail {
 namespace {
@@ -25,7 +25,7 @@ constexpr std::size_t kEmailCell = 4;
 constexpr std::size_t kTimesheetNameCell = 1;
 constexpr std::size_t kTimesheetEmailCell = 3;
 
-const std::string& cell(const shell::ListRow& row, std::size_t i) {
+const std::string& cell(const ui::ListRow& row, std::size_t i) {
     static const std::string empty;
     return i < row.cells.size() ? row.cells[i] : empty;
 }
@@ -62,9 +62,9 @@ struct DocumentSender::Kind {
     const char* failedText;  // status when the style sheet fails
 };
 
-DocumentSender::DocumentSender(shell::MainWindow& window, const qbgateway::ProgramFolder& folder,
+DocumentSender::DocumentSender(ui::DocumentWindow& window, const qbgateway::ProgramFolder& folder,
                                shell::SettingsStore& settings, company::CompanyInfo& company,
-                               shell::UiPort& ui)
+                               ui::UiPort& ui)
     : m_window(window), m_folder(folder), m_store(settings), m_company(company), m_ui(ui) {}
 
 MailContext DocumentSender::context() {
@@ -77,7 +77,7 @@ void DocumentSender::sendSelectedDocuments() {
     m_store.reload();
     m_settings = shell::loadMailSettings(m_store);
     m_window.setStatusText("");
-    shell::BusyScope busy(m_ui);
+    ui::BusyScope busy(m_ui);
     const std::string& type = m_window.documentType();
     if (type == "Invoice") {
         sendInvoices();
@@ -258,7 +258,7 @@ void DocumentSender::runRows(const RunPlan& plan) {
     bool logBroken = false;
     m_window.setProgress(0);
     for (int i = 0; i < list.rowCount() && !logBroken; ++i) {
-        const shell::ListRow row = list.row(i);
+        const ui::ListRow row = list.row(i);
         const std::string& email = cell(row, plan.emailCell);
         if (!row.checked ||
             !(!email.empty() || preview || m_settings.alwaysBcc == 1 || m_settings.altEmail == 1)) {

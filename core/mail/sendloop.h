@@ -17,10 +17,10 @@
 #include "shell/settings.h"
 #include "xml/xml.h"
 
-namespace dorvane::shell {
-class MainWindow;
+namespace dorvane::ui {
+class DocumentWindow;
 class UiPort;
-}  // namespace dorvane::shell
+}  // namespace dorvane::ui
 
 namespace dorvane::qbgateway {
 class ProgramFolder;
@@ -43,9 +43,8 @@ struct RowOutcome {
 
 class DocumentSender {
 public:
-    DocumentSender(shell::MainWindow& window, const qbgateway::ProgramFolder& folder,
-                   shell::SettingsStore& settings, company::CompanyInfo& company,
-                   shell::UiPort& ui);
+    DocumentSender(ui::DocumentWindow& window, const qbgateway::ProgramFolder& folder,
+                   shell::SettingsStore& settings, company::CompanyInfo& company, ui::UiPort& ui);
 
     // Command1: loads the mail settings and runs the send procedure of the type on show.
     void sendSelectedDocuments();
@@ -91,11 +90,11 @@ private:
     bool saveSentLog();
     MailContext context();
 
-    shell::MainWindow& m_window;
+    ui::DocumentWindow& m_window;
     const qbgateway::ProgramFolder& m_folder;
     shell::SettingsStore& m_store;
     company::CompanyInfo& m_company;
-    shell::UiPort& m_ui;
+    ui::UiPort& m_ui;
     Mailer m_mailer;
     shell::MailSettings m_settings;
     std::function<void(const RowOutcome&)> m_rowProcessed;

@@ -7,7 +7,7 @@
 
 namespace dorvane::qbgateway {
 
-DefaultRecords::DefaultRecords(const ProgramFolder& folder, Gateway& gateway, shell::UiPort& ui)
+DefaultRecords::DefaultRecords(const ProgramFolder& folder, Gateway& gateway, ui::UiPort& ui)
     : m_folder(folder), m_gateway(gateway), m_ui(ui) {}
 
 void DefaultRecords::ensureDefaultRecords() {

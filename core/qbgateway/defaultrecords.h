@@ -5,7 +5,7 @@
 
 #include "xml/xml.h"
 
-namespace dorvane::shell {
+namespace dorvane::ui {
 class UiPort;
 }
 
@@ -19,7 +19,7 @@ inline constexpr const char* kDefaultItem = "Uncategorized Item";
 
 class DefaultRecords {
 public:
-    DefaultRecords(const ProgramFolder& folder, Gateway& gateway, shell::UiPort& ui);
+    DefaultRecords(const ProgramFolder& folder, Gateway& gateway, ui::UiPort& ui);
 
     // Makes sure QuickBooks has the account "Uncategorized Expenses" and the item
     // "Uncategorized Item": one request to look, one more for each that is missing.
@@ -32,7 +32,7 @@ public:
 private:
     const ProgramFolder& m_folder;
     Gateway& m_gateway;
-    shell::UiPort& m_ui;
+    ui::UiPort& m_ui;
     xml::Document m_itemList;
 };
 

@@ -3,7 +3,7 @@
 
 #include "common/text.h"
 #include "qbgateway/programfolder.h"
-#include "shell/uiport.h"
+#include "ui/uiport.h"
 
 namespace dorvane::qbgateway {
 namespace {
@@ -32,7 +32,7 @@ T take(Result<T>&& r) {
 
 }  // namespace
 
-Gateway::Gateway(const ProgramFolder& folder, shell::UiPort& ui, ProcessorFactory factory)
+Gateway::Gateway(const ProgramFolder& folder, ui::UiPort& ui, ProcessorFactory factory)
     : m_folder(folder), m_ui(ui), m_factory(std::move(factory)) {}
 
 std::string Gateway::processRequest(const std::string& request) {

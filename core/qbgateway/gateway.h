@@ -13,7 +13,7 @@
 
 #include "qbgateway/requestprocessor.h"
 
-namespace dorvane::shell {
+namespace dorvane::ui {
 class UiPort;
 }
 
@@ -27,7 +27,7 @@ inline constexpr const char* kNoCompanyMessage =
 
 class Gateway {
 public:
-    Gateway(const ProgramFolder& folder, shell::UiPort& ui, ProcessorFactory factory);
+    Gateway(const ProgramFolder& folder, ui::UiPort& ui, ProcessorFactory factory);
 
     std::string processRequest(const std::string& request);
     // As processRequest, and also asks which company file is open and notes it.
@@ -49,7 +49,7 @@ private:
     std::string exchange(const std::string& request, bool askCompanyFile);
 
     const ProgramFolder& m_folder;
-    shell::UiPort& m_ui;
+    ui::UiPort& m_ui;
     ProcessorFactory m_factory;
     std::string m_currentCompanyFile;
     std::function<void()> m_companyChanged;

@@ -7,11 +7,11 @@
 #include <fstream>
 
 #include "common/files.h"
-#include "shell/uiport.h"
+#include "ui/uiport.h"
 
 namespace dorvane::qbgateway {
 
-ProgramFolder::ProgramFolder(std::filesystem::path folder, shell::UiPort& ui)
+ProgramFolder::ProgramFolder(std::filesystem::path folder, ui::UiPort& ui)
     : m_folder(folder.string()), m_ui(ui) {
     while (m_folder.size() > 1 && m_folder.back() == '/') {
         m_folder.pop_back();

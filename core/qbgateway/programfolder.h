@@ -8,7 +8,7 @@
 
 #include "common/files.h"
 
-namespace dorvane::shell {
+namespace dorvane::ui {
 class UiPort;
 }
 
@@ -31,7 +31,7 @@ private:
 
 class ProgramFolder {
 public:
-    ProgramFolder(std::filesystem::path folder, shell::UiPort& ui);
+    ProgramFolder(std::filesystem::path folder, ui::UiPort& ui);
 
     // The folder itself, without a trailing separator.
     const std::string& path() const { return m_folder; }
@@ -59,7 +59,7 @@ public:
 
 private:
     std::string m_folder;
-    shell::UiPort& m_ui;
+    ui::UiPort& m_ui;
 };
 
 }  // namespace dorvane::qbgateway

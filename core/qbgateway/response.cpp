@@ -1,20 +1,20 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "qbgateway/response.h"
 
-#include "shell/uiport.h"
+#include "ui/uiport.h"
 
 namespace dorvane::qbgateway {
 namespace {
 
-void show(shell::UiPort* ui, const std::string& text, std::string_view title) {
+void show(ui::UiPort* ui, const std::string& text, std::string_view title) {
     if (ui) {
-        ui->messageBox(text, title, shell::Icon::Exclamation, shell::Buttons::Ok);
+        ui->messageBox(text, title, ui::Icon::Exclamation, ui::Buttons::Ok);
     }
 }
 
 }  // namespace
 
-std::string checkResponseStatus(std::string_view response, shell::UiPort* ui) {
+std::string checkResponseStatus(std::string_view response, ui::UiPort* ui) {
     auto doc = xml::Document::parse(response);
     if (!doc) {
         std::string error = "loadXML failed, reason: " + doc.error().description;
@@ -50,7 +50,7 @@ std::string checkResponseStatus(std::string_view response, shell::UiPort* ui) {
     return {};
 }
 
-bool isResponseOK(std::string_view response, shell::UiPort& ui) {
+bool isResponseOK(std::string_view response, ui::UiPort& ui) {
     return checkResponseStatus(response, &ui).empty();
 }
 

@@ -7,7 +7,7 @@
 
 #include "xml/xml.h"
 
-namespace dorvane::shell {
+namespace dorvane::ui {
 class UiPort;
 }
 
@@ -19,10 +19,10 @@ namespace dorvane::qbgateway {
 // match". An error status answers its message (shown as "Error from QuickBooks"); a text that
 // does not load answers "loadXML failed, reason: " and the parser's reason (shown as "Error").
 // With `ui` null nothing is shown.
-std::string checkResponseStatus(std::string_view response, shell::UiPort* ui);
+std::string checkResponseStatus(std::string_view response, ui::UiPort* ui);
 
 // checkResponseStatus with messages shown; true when it answered "".
-bool isResponseOK(std::string_view response, shell::UiPort& ui);
+bool isResponseOK(std::string_view response, ui::UiPort& ui);
 
 // The text of the first node `xpath` selects below `node`; "" when nothing is selected.
 std::string getNodeValue(xml::Node node, std::string_view xpath);

@@ -20,7 +20,7 @@ qbgateway::ProcessorFactory defaultProcessorFactory() {
     return qbsandbox::processorFactory();
 }
 
-Application::Application(UiPort& ui, const StartOptions& options,
+Application::Application(ui::UiPort& ui, const StartOptions& options,
                          qbgateway::ProcessorFactory factory)
     : m_ui(ui),
       m_folder(qbgateway::ProgramFolder::locate(options.home), ui),

@@ -15,9 +15,11 @@
 #include "shell/mainwindow.h"
 #include "shell/settings.h"
 
-namespace dorvane::shell {
-
+namespace dorvane::ui {
 class UiPort;
+}
+
+namespace dorvane::shell {
 
 struct StartOptions {
     std::string home;  // --home DIR; empty: $DORVANE_HOME, else the executable's folder
@@ -33,10 +35,10 @@ qbgateway::ProcessorFactory defaultProcessorFactory();
 // loaders, and a switch of company file in QuickBooks reloads the company information.
 class Application {
 public:
-    Application(UiPort& ui, const StartOptions& options,
+    Application(ui::UiPort& ui, const StartOptions& options,
                 qbgateway::ProcessorFactory factory = defaultProcessorFactory());
 
-    UiPort& ui() { return m_ui; }
+    ui::UiPort& ui() { return m_ui; }
     qbgateway::ProgramFolder& folder() { return m_folder; }
     qbgateway::Gateway& gateway() { return m_gateway; }
     SettingsStore& settings() { return m_settings; }
@@ -47,7 +49,7 @@ public:
     mail::DocumentSender& sender() { return m_sender; }
 
 private:
-    UiPort& m_ui;
+    ui::UiPort& m_ui;
     qbgateway::ProgramFolder m_folder;
     qbgateway::Gateway m_gateway;
     SettingsStore m_settings;

@@ -3,11 +3,11 @@
 
 #include "qbgateway/programfolder.h"
 #include "qbgateway/templates.h"
-#include "shell/uiport.h"
+#include "ui/uiport.h"
 
 namespace dorvane::shell {
 
-MainWindow::MainWindow(UiPort& ui, const qbgateway::ProgramFolder& folder)
+MainWindow::MainWindow(ui::UiPort& ui, const qbgateway::ProgramFolder& folder)
     : m_ui(ui), m_folder(folder) {}
 
 void MainWindow::startUp() {
@@ -36,7 +36,7 @@ void MainWindow::selectDocumentType(const std::string& type) {
         m_observer->captionChanged();
     }
     {
-        BusyScope busy(m_ui);
+        ui::BusyScope busy(m_ui);
         runLoader(type);
     }
     showSendControls(true);
@@ -44,7 +44,7 @@ void MainWindow::selectDocumentType(const std::string& type) {
 
 void MainWindow::refresh() {
     setStatusText({});
-    BusyScope busy(m_ui);
+    ui::BusyScope busy(m_ui);
     // Only these types reload here. Timesheets by entity are reloaded by picking their menu
     // entry again.
     static constexpr const char* kRefreshable[] = {"PurchaseOrder", "Estimate",   "Invoice",

@@ -13,16 +13,19 @@
 #include <string_view>
 #include <vector>
 
-#include "shell/listmodel.h"
+#include "ui/documentwindow.h"
+#include "ui/listmodel.h"
 #include "xml/xml.h"
 
 namespace dorvane::qbgateway {
 class ProgramFolder;
 }
 
-namespace dorvane::shell {
-
+namespace dorvane::ui {
 class UiPort;
+}
+
+namespace dorvane::shell {
 
 // Control names of the main window.
 inline constexpr const char* kListView = "ListView1";
@@ -80,9 +83,9 @@ struct MainWindowServices {
     std::function<void(const std::string& documentType, const std::string& timeframe)> loadList;
 };
 
-class MainWindow {
+class MainWindow final : public ui::DocumentWindow {
 public:
-    MainWindow(UiPort& ui, const qbgateway::ProgramFolder& folder);
+    MainWindow(ui::UiPort& ui, const qbgateway::ProgramFolder& folder);
 
     void setServices(MainWindowServices services) { m_services = std::move(services); }
     void setObserver(MainWindowObserver* observer) { m_observer = observer; }
@@ -105,11 +108,11 @@ public:
     void showSendControls(bool show);
 
     const std::string& caption() const { return m_caption; }
-    const std::string& documentType() const { return m_documentType; }
+    const std::string& documentType() const override { return m_documentType; }
     const std::string& statusText() const { return m_statusText; }
-    void setStatusText(std::string text);
-    const std::string& companyText() const { return m_companyText; }
-    void setCompanyText(std::string text);
+    void setStatusText(std::string text) override;
+    const std::string& companyText() const override { return m_companyText; }
+    void setCompanyText(std::string text) override;
 
     const std::vector<std::string>& timeframes() const { return m_timeframes; }
     int timeframeIndex() const { return m_timeframeIndex; }
@@ -119,31 +122,31 @@ public:
 
     // Check1, "preview": each run renders the checked documents into one page instead of
     // mailing them.
-    bool previewChecked() const { return m_preview; }
+    bool previewChecked() const override { return m_preview; }
     void setPreviewChecked(bool checked);
 
     // The progress of a long run in percent, shown beside the status text; -1 hides it.
     int progress() const { return m_progress; }
-    void setProgress(int percent);
+    void setProgress(int percent) override;
 
     ControlState control(const std::string& name) const;
     void setControlVisible(const std::string& name, bool visible);
-    void setControlEnabled(const std::string& name, bool enabled);
+    void setControlEnabled(const std::string& name, bool enabled) override;
 
-    ListModel& list() { return m_list; }
-    const ListModel& list() const { return m_list; }
+    ui::ListModel& list() override { return m_list; }
+    const ui::ListModel& list() const { return m_list; }
 
     // The document of the last list response and the sent-log text, shared with the
     // recipient lookup and the send loop.
-    xml::Document& listDocument() { return m_listDocument; }
-    std::string& sentLogText() { return m_sentLogText; }
+    xml::Document& listDocument() override { return m_listDocument; }
+    std::string& sentLogText() override { return m_sentLogText; }
 
-    UiPort& ui() { return m_ui; }
+    ui::UiPort& ui() { return m_ui; }
 
 private:
     void runLoader(const std::string& type);
 
-    UiPort& m_ui;
+    ui::UiPort& m_ui;
     const qbgateway::ProgramFolder& m_folder;
     MainWindowServices m_services;
     MainWindowObserver* m_observer = nullptr;
@@ -157,7 +160,7 @@ private:
     bool m_preview = false;
     int m_progress = -1;
     std::map<std::string, ControlState> m_controls;
-    ListModel m_list;
+    ui::ListModel m_list;
     xml::Document m_listDocument;
     std::string m_sentLogText;
 };

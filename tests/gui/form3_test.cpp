@@ -38,7 +38,7 @@ struct PaintCounter : QObject {
     }
 };
 
-shell::ListRow listRow(bool checked, int icon, std::vector<std::string> cells) {
+ui::ListRow listRow(bool checked, int icon, std::vector<std::string> cells) {
     std::string key = "TXN-" + cells.front();
     return {.checked = checked, .icon = icon, .cells = std::move(cells), .key = std::move(key)};
 }
@@ -123,7 +123,7 @@ void Form3Test::useRecordingLoader(std::vector<std::vector<std::string>> rows,
          .ensureDefaultRecords = {},
          .loadList = [this, rows, during](const std::string& type, const std::string& timeframe) {
              m_loads << QString::fromStdString(type + "/" + timeframe);
-             shell::ListModel& list = window().list();
+             ui::ListModel& list = window().list();
              list.clear();
              list.setColumns({{"Customer", 0}, {"Amount", 0}, {"Status", 0}});
              for (const auto& cells : rows) {
@@ -270,7 +270,7 @@ void Form3Test::headerClicksSortAndCheckBoxesReachCore() {
     tree->setFocus();
     tree->setCurrentItem(tree->topLevelItem(1));
     QTest::keyClick(tree, Qt::Key_Space);
-    const shell::ListModel& list = window().list();
+    const ui::ListModel& list = window().list();
     QCOMPARE(list.row(1).cells[0] + (list.row(1).checked ? " on" : " off"), "Acme off");
     QVERIFY(list.row(0).checked && list.row(2).checked);
     QTest::keyClick(tree, Qt::Key_Space);
@@ -284,7 +284,7 @@ void Form3Test::headerClicksSortAndCheckBoxesReachCore() {
 void Form3Test::rowsShowTheirStatusIcons() {
     const QList<QIcon>& images = m_view->imageList();
     QCOMPARE(images.size(), 4);
-    shell::ListModel& list = window().list();
+    ui::ListModel& list = window().list();
     list.setColumns({{"Customer", 120}, {"Status", 0}});
     for (int icon = 0; icon <= 4; ++icon) {
         list.addRow(listRow(false, icon, {"row " + std::to_string(icon), "status"}));

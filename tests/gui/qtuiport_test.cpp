@@ -36,7 +36,7 @@ namespace dorvane::test {
 
 namespace {
 
-class NamedModel final : public shell::DialogModel {
+class NamedModel final : public ui::DialogModel {
 public:
     explicit NamedModel(std::string name) : m_name(std::move(name)) {}
     std::string_view dialogName() const override { return m_name; }
@@ -163,7 +163,7 @@ private:
     // Writes `ini` as the settings file (nothing: no file) and opens a store on it.
     void useSettings(const std::string& ini);
     // Opens the model's dialog through the UI port, lets `person` act on it, answers runDialog.
-    bool run(shell::DialogModel& model, const std::function<void(QDialog*)>& person);
+    bool run(ui::DialogModel& model, const std::function<void(QDialog*)>& person);
     bool openPreferences(const std::function<void(QDialog*)>& person) {
         mail::MailPreferencesModel model(*m_store);
         return run(model, person);
@@ -211,7 +211,7 @@ void QtUiPortTest::useSettings(const std::string& ini) {
     gui::registerDialogs(*m_ui, *m_store);
 }
 
-bool QtUiPortTest::run(shell::DialogModel& model, const std::function<void(QDialog*)>& person) {
+bool QtUiPortTest::run(ui::DialogModel& model, const std::function<void(QDialog*)>& person) {
     whenModal<QDialog>([person](QDialog* dialog) {
         person(dialog);
         if (dialog->isVisible()) {  // a failed check left it open
@@ -227,9 +227,9 @@ bool QtUiPortTest::run(shell::DialogModel& model, const std::function<void(QDial
 // answer when the box is closed instead (Escape).
 void QtUiPortTest::messageBoxShowsTheBoxAndAnswersTheButton() {
     using B = QMessageBox;
-    using A = shell::Answer;
-    using I = shell::Icon;
-    using S = shell::Buttons;
+    using A = ui::Answer;
+    using I = ui::Icon;
+    using S = ui::Buttons;
     const std::tuple<I, S, B::Icon, B::StandardButtons, B::StandardButton, A, A> cases[] = {
         {I::None, S::Ok, B::NoIcon, B::Ok, B::Ok, A::Ok, A::Ok},
         {I::Information, S::OkCancel, B::Information, B::Ok | B::Cancel, B::Ok, A::Ok, A::Cancel},
@@ -315,7 +315,7 @@ void QtUiPortTest::busyPointerNestsAndGivesWayToBoxes() {
         duringBox = overrideShape();
         box->accept();
     });
-    (void)m_ui->messageBox("Could not send", "Dorvane", shell::Icon::Critical, shell::Buttons::Ok);
+    (void)m_ui->messageBox("Could not send", "Dorvane", ui::Icon::Critical, ui::Buttons::Ok);
     QCOMPARE(duringBox, Qt::ArrowCursor);
     QCOMPARE(overrideShape(), Qt::WaitCursor);
 
@@ -334,7 +334,7 @@ void QtUiPortTest::dialogsAreFoundByName() {
     QWidget owner;
     m_ui->setParentWidget(&owner);
     QWidget* parentSeen = nullptr;
-    m_ui->registerDialog("Dialog2", [&parentSeen](QWidget* parent, shell::DialogModel&) {
+    m_ui->registerDialog("Dialog2", [&parentSeen](QWidget* parent, ui::DialogModel&) {
         parentSeen = parent;
         return true;
     });

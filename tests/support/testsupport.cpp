@@ -10,17 +10,16 @@
 
 namespace dorvane::test {
 
-shell::Answer ScriptedUi::messageBox(std::string_view text, std::string_view title,
-                                     shell::Icon icon, shell::Buttons buttons) {
+ui::Answer ScriptedUi::messageBox(std::string_view text, std::string_view title, ui::Icon icon,
+                                  ui::Buttons buttons) {
     messages.push_back({std::string(text), std::string(title), icon, buttons});
     if (!answers.empty()) {
         auto a = answers.front();
         answers.pop_front();
         return a;
     }
-    return buttons == shell::Buttons::YesNo || buttons == shell::Buttons::YesNoCancel
-               ? shell::Answer::Yes
-               : shell::Answer::Ok;
+    return buttons == ui::Buttons::YesNo || buttons == ui::Buttons::YesNoCancel ? ui::Answer::Yes
+                                                                                : ui::Answer::Ok;
 }
 
 std::optional<std::string> ScriptedUi::inputBox(std::string_view, std::string_view,
@@ -42,7 +41,7 @@ std::optional<std::string> ScriptedUi::openFileDialog(std::string_view, std::str
     return v;
 }
 
-bool ScriptedUi::runDialog(shell::DialogModel& model) {
+bool ScriptedUi::runDialog(ui::DialogModel& model) {
     dialogsShown.emplace_back(model.dialogName());
     if (dialogHandler) {
         return dialogHandler(model);

@@ -9,36 +9,36 @@
 #include <string>
 #include <vector>
 
-#include "shell/uiport.h"
+#include "ui/uiport.h"
 
 namespace dorvane::test {
 
 // A UI port that records everything shown and answers from scripts.
-class ScriptedUi : public shell::UiPort {
+class ScriptedUi : public ui::UiPort {
 public:
     struct Message {
         std::string text;
         std::string title;
-        shell::Icon icon;
-        shell::Buttons buttons;
+        ui::Icon icon;
+        ui::Buttons buttons;
     };
 
     std::vector<Message> messages;
     std::vector<std::string> opened;                // paths given to openWithDesktop
-    std::deque<shell::Answer> answers;              // for messageBox; Ok/Yes when empty
+    std::deque<ui::Answer> answers;                 // for messageBox; Ok/Yes when empty
     std::deque<std::optional<std::string>> inputs;  // for inputBox; nullopt when empty
     std::deque<std::optional<std::string>> files;   // for openFileDialog
     std::deque<bool> dialogAnswers;                 // for runDialog; false when empty
     // When set, runDialog hands the model to it (to fill a dialog's fields and press OK).
-    std::function<bool(shell::DialogModel&)> dialogHandler;
+    std::function<bool(ui::DialogModel&)> dialogHandler;
     std::vector<std::string> dialogsShown;
     std::string clipboard;
     int beeps = 0;
     int busyDepth = 0;
     int yields = 0;
 
-    shell::Answer messageBox(std::string_view text, std::string_view title, shell::Icon icon,
-                             shell::Buttons buttons) override;
+    ui::Answer messageBox(std::string_view text, std::string_view title, ui::Icon icon,
+                          ui::Buttons buttons) override;
     std::optional<std::string> inputBox(std::string_view prompt, std::string_view title,
                                         std::string_view preset) override;
     std::optional<std::string> openFileDialog(std::string_view title,
@@ -48,7 +48,7 @@ public:
     void beep() override { ++beeps; }
     void setBusy(bool busy) override { busyDepth += busy ? 1 : -1; }
     void yield() override { ++yields; }
-    bool runDialog(shell::DialogModel& model) override;
+    bool runDialog(ui::DialogModel& model) override;
 
     // The texts of all messages shown, in order.
     std::vector<std::string> texts() const;

@@ -297,7 +297,7 @@ TEST_F(BrowserTest, CompanyRecordsFromTheFileOnePerCompanyFile) {
     answer("CompanyQueryRs.xml", response(rs("CompanyQueryRs", "") + rs("PreferencesQueryRs", "")));
     test::writeFile(answers() / "companyfile.txt", "/q/first.qbw");
     int opened = 0;
-    ui.dialogHandler = [&](shell::DialogModel& model) {
+    ui.dialogHandler = [&](ui::DialogModel& model) {
         ++opened;
         auto& editor = dynamic_cast<company::CompanyEditorModel&>(model);
         editor.values = {
@@ -314,7 +314,7 @@ TEST_F(BrowserTest, CompanyRecordsFromTheFileOnePerCompanyFile) {
 
     // A second company file gets its own record beside the first.
     test::writeFile(answers() / "companyfile.txt", "/q/second.qbw");
-    ui.dialogHandler = [&](shell::DialogModel& model) {
+    ui.dialogHandler = [&](ui::DialogModel& model) {
         ++opened;
         auto& editor = dynamic_cast<company::CompanyEditorModel&>(model);
         editor.values = {"Second Shop", "2 Elm St",     "", "Bath", "ME", "04530",
@@ -337,7 +337,7 @@ TEST_F(BrowserTest, CompanyRecordsFromTheFileOnePerCompanyFile) {
 
     // Cancel stores nothing.
     test::writeFile(answers() / "companyfile.txt", "/q/third.qbw");
-    ui.dialogHandler = [](shell::DialogModel&) { return false; };
+    ui.dialogHandler = [](ui::DialogModel&) { return false; };
     company.retrieveCompanyInfo();
     EXPECT_EQ(xml::Document::load(home / "companyinfo.xml")->selectAll("//CompanyRet").size(), 3u);
     EXPECT_FALSE(company.companyNode());
@@ -347,7 +347,7 @@ TEST_F(BrowserTest, CompanyRecordsFromTheFileOnePerCompanyFile) {
 TEST_F(BrowserTest, EditingTheRecordThroughTheMenuChangesTheFile) {
     answer("CompanyQueryRs.xml", response(rs("CompanyQueryRs", "")));
     test::writeFile(answers() / "companyfile.txt", "/q/first.qbw");
-    ui.dialogHandler = [&](shell::DialogModel& model) {
+    ui.dialogHandler = [&](ui::DialogModel& model) {
         auto& editor = dynamic_cast<company::CompanyEditorModel&>(model);
         editor.values = {
             "First Shop", "1 Main St",         "", "Bath", "ME", "04530", "US", "207-555-0101",
@@ -355,7 +355,7 @@ TEST_F(BrowserTest, EditingTheRecordThroughTheMenuChangesTheFile) {
         return editor.accept();
     };
     company.retrieveCompanyInfo();
-    ui.dialogHandler = [&](shell::DialogModel& model) {
+    ui.dialogHandler = [&](ui::DialogModel& model) {
         auto& editor = dynamic_cast<company::CompanyEditorModel&>(model);
         EXPECT_EQ(editor.values[0], "First Shop");
         editor.values[8] = "207-555-0199";  // Fax may stay empty, or be filled in later

@@ -142,7 +142,7 @@ TEST_F(GatewayTest, AFailedStepEndsTheCallAtOnce) {
         EXPECT_EQ(ui.messages[0].text,
                   "QuickBooks Access Error\r\nCould not start QuickBooks.(-2147220472)");
         EXPECT_EQ(ui.messages[0].title, "Dorvane");
-        EXPECT_EQ(ui.messages[0].buttons, shell::Buttons::Ok);
+        EXPECT_EQ(ui.messages[0].buttons, ui::Buttons::Ok);
         if (step != "EndSession" && step != "CloseConnection") {
             for (const auto& call : journal.calls) {
                 EXPECT_EQ(call.find("EndSession"), std::string::npos) << call;

@@ -44,7 +44,7 @@ TEST(ProgramFolder, AMissingFileIsReportedWithItsPathAndErrorNumber) {
     ASSERT_EQ(ui.messages.size(), 1u);
     EXPECT_EQ(ui.messages[0].text,
               "Could not open file " + (dir / "Missing.xml").string() + " (2)");
-    EXPECT_EQ(ui.messages[0].buttons, shell::Buttons::Ok);
+    EXPECT_EQ(ui.messages[0].buttons, ui::Buttons::Ok);
 }
 
 TEST(ProgramFolder, WriteReplacesWholeFileEndingInCrLf) {

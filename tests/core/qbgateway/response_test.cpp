@@ -50,7 +50,7 @@ TEST(CheckResponseStatus, StatusesAndTheirBoxes) {
             ASSERT_EQ(ui.messages.size(), 1u);
             EXPECT_EQ(ui.messages[0].title, c.boxTitle);
             EXPECT_EQ(ui.messages[0].text, c.message);
-            EXPECT_EQ(ui.messages[0].icon, shell::Icon::Exclamation);
+            EXPECT_EQ(ui.messages[0].icon, ui::Icon::Exclamation);
         }
         // Without messages the same answer comes back and nothing is shown.
         EXPECT_EQ(checkResponseStatus(answer(c.code, c.severity, escaped), nullptr), c.expected);

@@ -95,7 +95,7 @@ TEST_F(MainWindowTest, HelpOpensThePageInTheProgramFolder) {
 }
 
 TEST(ListModel, ColumnClicksSortAsTextAndToggle) {
-    ListModel list;
+    ui::ListModel list;
     list.setColumns({{"Number"}, {"Customer"}});
     list.addRow({true, 3, {"10", "Baker"}, "a"});
     list.addRow({false, 1, {"9", "Able"}, "b"});
@@ -112,7 +112,7 @@ TEST(ListModel, ColumnClicksSortAsTextAndToggle) {
     list.sortByColumn(0);
     EXPECT_EQ(keys(), "bca");
     list.sortByColumn(1);
-    EXPECT_EQ(list.sortOrder(), SortOrder::Ascending);
+    EXPECT_EQ(list.sortOrder(), ui::SortOrder::Ascending);
     EXPECT_EQ(keys(), "bac");
     // Rows added to a sorted list take their place in the order.
     EXPECT_EQ(list.addRow({false, 0, {"1", "Adams"}, "d"}), 1);

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "shell/listmodel.h"
+#include "ui/listmodel.h"
 
 #include <algorithm>
 #include <string_view>
 
-namespace dorvane::shell {
+namespace dorvane::ui {
 
 void ListModel::clear() {
     m_columns.clear();
@@ -110,4 +110,4 @@ void ListModel::notifyReset() {
     }
 }
 
-}  // namespace dorvane::shell
+}  // namespace dorvane::ui

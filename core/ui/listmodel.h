@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace dorvane::shell {
+namespace dorvane::ui {
 
 struct ListColumn {
     std::string caption;
@@ -71,4 +71,4 @@ private:
     ListObserver* m_observer = nullptr;
 };
 
-}  // namespace dorvane::shell
+}  // namespace dorvane::ui

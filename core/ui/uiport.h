@@ -11,7 +11,7 @@
 #include <string>
 #include <string_view>
 
-namespace dorvane::shell {
+namespace dorvane::ui {
 
 enum class Icon { None, Information, Exclamation, Critical, Question };
 
@@ -67,4 +67,4 @@ private:
     UiPort& m_ui;
 };
 
-}  // namespace dorvane::shell
+}  // namespace dorvane::ui
