@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <iostream>
 #include <string>
+#include <sys/stat.h>
 #include <vector>
 
 #include "cli/cli.h"
@@ -27,6 +28,9 @@ bool haveDisplay() {
 #endif
 
 int main(int argc, char** argv) {
+    // Everything the program creates (messages, traces, logs, company records, previews)
+    // holds customer data: readable by the user alone.
+    ::umask(077);
     dorvane::memory::tuneForLargeDocuments();
     std::vector<std::string> args(argv + 1, argv + argc);
     if (dorvane::cli::hasCommand(args)) {

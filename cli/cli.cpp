@@ -7,6 +7,7 @@
 #include "cli/commands.h"
 #include "cli/terminalui.h"
 #include "shell/application.h"
+#include "shell/programhome.h"
 
 namespace dorvane::cli {
 namespace {
@@ -36,7 +37,7 @@ constexpr const char* kUsage =
     "\n"
     "Options:\n"
     "  --home DIR            the program folder (templates, style sheets, logs and traces);\n"
-    "                        default $DORVANE_HOME, else the folder of the executable\n"
+    "                        default $DORVANE_HOME, else ~/.local/share/dorvane\n"
     "  --yes, -y             answer Yes/OK to every question\n"
     "\n"
     "Exit status: 0 done, 1 the job ran and something in it failed, 2 QuickBooks could not\n"
@@ -51,6 +52,17 @@ constexpr Command kCommands[] = {
     {"request", requestCommand}, {"list", listCommand},         {"company", companyCommand},
     {"send", sendCommand},       {"settings", settingsCommand},
 };
+
+// What preparing the program folder did (a changed style sheet kept, records moved), one line
+// each, before the job's own output.
+void reportHome(const shell::HomeReport& report, std::ostream& err) {
+    for (const std::string& notice : report.notices) {
+        err << "dorvane: " << notice << '\n';
+    }
+    if (!report.error.empty()) {
+        err << "dorvane: " << report.error << '\n';
+    }
+}
 
 }  // namespace
 
@@ -100,6 +112,7 @@ int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
     for (const Command& c : kCommands) {
         if (command == c.name) {
             TerminalUi ui(err, options.yes, ::isatty(STDIN_FILENO) && ::isatty(STDERR_FILENO));
+            reportHome(shell::setUpProgramHome(options.home), err);
             shell::Application app(ui, shell::StartOptions{options.home});
             CommandContext ctx{app, ui, out, err};
             return c.run(ctx, rest);

@@ -6,6 +6,7 @@
 
 #include "qbgateway/responsefolder.h"
 #include "qbsandbox/sandbox.h"
+#include "shell/programhome.h"
 
 namespace dorvane::shell {
 
@@ -23,7 +24,7 @@ qbgateway::ProcessorFactory defaultProcessorFactory() {
 Application::Application(ui::UiPort& ui, const StartOptions& options,
                          qbgateway::ProcessorFactory factory)
     : m_ui(ui),
-      m_folder(qbgateway::ProgramFolder::locate(options.home), ui),
+      m_folder(locateProgramHome(options.home), ui),
       m_gateway(m_folder, ui, std::move(factory)),
       m_settings(SettingsStore::forUser()),
       m_window(ui, m_folder),

@@ -22,7 +22,8 @@ class UiPort;
 namespace dorvane::shell {
 
 struct StartOptions {
-    std::string home;  // --home DIR; empty: $DORVANE_HOME, else the executable's folder
+    // --home DIR; empty: $DORVANE_HOME, else $XDG_DATA_HOME/dorvane (~/.local/share/dorvane).
+    std::string home;
 };
 
 // Which request processor the gateway uses: the embedded sandbox by default;

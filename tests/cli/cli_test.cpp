@@ -22,7 +22,9 @@ protected:
     // Runs dorvane with the program folder and QuickBooks of this test.
     int dorvane(const std::string& args, const std::string& processor = "responses") {
         std::string env = "XDG_CONFIG_HOME=" + (home / "cfg").string() +
-                          " DORVANE_SANDBOX_DIR=" + (home / "sandbox").string() + " ";
+                          " DORVANE_SANDBOX_DIR=" + (home / "sandbox").string() +
+                          // Each test puts into its program folder what it needs.
+                          " DORVANE_SHARE_DIR=" + (home / "no-shipped-files").string() + " ";
         if (processor == "responses") {
             env += "DORVANE_PROCESSOR=responses:" + (home / "qb").string() + " ";
         }
