@@ -6,9 +6,11 @@
 #                           every test
 #   scripts/setup.sh deps   only install what is missing
 #   scripts/setup.sh build  install and build
+#   scripts/setup.sh deb    install, build and make the Debian package (build/dorvane_*.deb)
 #
 # Packages come from Debian only, through apt-get, as root or through sudo. Builds go to
-# build/ (and build-nogui/ for the window-less check); the program folder is build/bin.
+# build/ (and build-nogui/ for the window-less check). The program reads its shipped files
+# from program/ in this tree and keeps its own in ~/.local/share/dorvane.
 set -euo pipefail
 
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
@@ -21,6 +23,7 @@ packages=(
   libgtest-dev libgmock-dev
   qt6-base-dev qt6-qpa-plugins fonts-dejavu-core
   python3 python3-aiosmtpd python3-dnslib
+  dpkg-dev file
 )
 
 say() { printf '==> %s\n' "$*" >&2; }
@@ -65,6 +68,12 @@ case "${1:-}" in
     install_missing
     configure_and_build build
     ;;
+  deb)
+    install_missing
+    configure_and_build build
+    (cd build && cpack -G DEB -B "$here/build" >/dev/null)
+    ls "$here"/build/dorvane_*.deb
+    ;;
   run)
     install_missing
     configure_and_build build
@@ -84,7 +93,7 @@ case "${1:-}" in
     run_tests build
     ;;
   *)
-    sed -n '2,12p' "$0" | sed 's/^# \{0,1\}//'
+    sed -n '2,13p' "$0" | sed 's/^# \{0,1\}//'
     exit 64
     ;;
 esac
