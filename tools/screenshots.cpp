@@ -1,0 +1,111 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Draws the README's pictures from the real program: the main window on the sandbox's demo
+// company, and an invoice as its customer receives it. Run through scripts/screenshots.sh.
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
+
+#include <QApplication>
+#include <QTextBrowser>
+#include <QTimer>
+
+#include "gui/mainwindowview.h"
+#include "gui/qtuiport.h"
+#include "shell/application.h"
+#include "shell/programhome.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace dorvane;
+
+// Everything as the window does it, but the desktop is not asked to open anything and no box
+// waits for a person.
+class QuietUiPort : public ui::UiPort {
+public:
+    ui::Answer messageBox(std::string_view text, std::string_view, ui::Icon, ui::Buttons) override {
+        std::cerr << "screenshots: the program said: " << text << '\n';
+        return ui::Answer::Ok;
+    }
+    std::optional<std::string> inputBox(std::string_view, std::string_view,
+                                        std::string_view preset) override {
+        return std::string(preset);
+    }
+    std::optional<std::string> openFileDialog(std::string_view, std::string_view) override {
+        return std::nullopt;
+    }
+    void openWithDesktop(std::string_view) override {}
+    std::string clipboardText() override { return {}; }
+    void beep() override {}
+    void setBusy(bool busy) override { m_qt.setBusy(busy); }
+    void yield() override { m_qt.yield(); }
+    bool runDialog(ui::DialogModel&) override { return false; }
+
+private:
+    gui::QtUiPort m_qt;
+};
+
+bool save(QWidget& widget, const fs::path& file) {
+    widget.show();
+    QApplication::processEvents();
+    if (!widget.grab().save(QString::fromStdString(file.string()))) {
+        std::cerr << "screenshots: could not write " << file << '\n';
+        return false;
+    }
+    std::cout << file.string() << '\n';
+    return true;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 2) {
+        std::cerr << "usage: dorvane_screenshots OUTPUT-FOLDER\n";
+        return 64;
+    }
+    const fs::path out = fs::absolute(argv[1]);
+    fs::create_directories(out);
+    const fs::path scratch =
+        fs::temp_directory_path() / ("dorvane-screenshots-" + std::to_string(::getpid()));
+    // A new user on a fresh machine: own settings, own sandbox, the demo company.
+    ::setenv("XDG_CONFIG_HOME", (scratch / "config").c_str(), 1);
+    ::setenv("DORVANE_SANDBOX_DIR", (scratch / "sandbox").c_str(), 1);
+    const std::string home = (scratch / "home").string();
+    const shell::HomeReport prepared = shell::prepareProgramHome(home, shell::locateShippedFiles());
+    if (!prepared.error.empty()) {
+        std::cerr << "screenshots: " << prepared.error << '\n';
+    }
+
+    QApplication qtApp(argc, argv);
+    int status = 0;
+    {
+        QuietUiPort ui;
+        shell::Application app(ui, shell::StartOptions{home});
+        gui::MainWindowView window(app);
+        window.resize(900, 520);
+        window.show();
+        app.window().startUp();
+        app.window().selectTimeframe(std::string_view("ThisMonthToDate"));
+        app.window().selectDocumentType("Invoice");
+        if (!save(window, out / "main-window.png")) {
+            status = 1;
+        }
+
+        // The first checked invoice, rendered as it is mailed (the preview is the same page).
+        auto& list = app.window().list();
+        for (int i = 0; i < list.rowCount(); ++i) {
+            list.setChecked(i, i == 0);
+        }
+        app.window().setPreviewChecked(true);
+        app.sender().sendSelectedDocuments();
+        QTextBrowser page;
+        page.setSearchPaths({QString::fromStdString(home)});
+        page.setSource(QUrl::fromLocalFile(QString::fromStdString(home + "/preview.htm")));
+        page.resize(760, 900);
+        if (!save(page, out / "mailed-invoice.png")) {
+            status = 1;
+        }
+    }
+    fs::remove_all(scratch);
+    return status;
+}
