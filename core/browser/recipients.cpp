@@ -36,6 +36,11 @@ xml::Node RecipientLookup::customer(const std::string& listId) const {
 }
 
 std::string RecipientLookup::getCustomerEmail(const std::string& listId) {
+    // A record without a customer (a time entry for no one) has no recipient; asking with an
+    // empty id would bring back every customer and the first one's address.
+    if (listId.empty()) {
+        return {};
+    }
     if (xml::Node c = customer(listId)) {
         return c.valueOf("Email");
     }
@@ -54,6 +59,9 @@ std::string RecipientLookup::getVendorEmail(const std::string& listId) const {
 }
 
 std::string RecipientLookup::getEntityEmail(const std::string& listId) {
+    if (listId.empty()) {
+        return {};
+    }
     const std::string request =
         qbgateway::fillListId(m_folder.readProgramFile("EmailGetRq.xml"), listId);
     auto doc = xml::Document::parse(m_gateway.processCompanyRequest(request));

@@ -17,9 +17,12 @@ std::string fillDateMacro(std::string_view request, std::string_view timeframe) 
 }
 
 std::string fillListId(std::string_view request, std::string_view listId) {
-    const std::string with =
-        listId.empty() ? std::string() : "<ListID>" + std::string(listId) + "</ListID>";
-    return text::replaceAll(request, kListIdPlaceholder, with);
+    return text::replaceAll(request, kListIdPlaceholder,
+                            "<ListID>" + std::string(listId) + "</ListID>");
+}
+
+std::string fillWholeList(std::string_view request) {
+    return text::replaceAll(request, kListIdPlaceholder, "");
 }
 
 }  // namespace dorvane::qbgateway

@@ -25,8 +25,11 @@ std::string buildDateMacro(std::string_view timeframe);
 
 // The template with every date-macro placeholder replaced for the timeframe.
 std::string fillDateMacro(std::string_view request, std::string_view timeframe);
-// The template with every list-identifier placeholder replaced; an empty id queries the
-// whole list.
+// The template with every list-identifier placeholder replaced by a filter on `listId`. An
+// empty id gives an empty filter, never the whole list: a lookup has nothing to ask then.
 std::string fillListId(std::string_view request, std::string_view listId);
+// The template with every list-identifier placeholder removed: the query asks for the whole
+// list.
+std::string fillWholeList(std::string_view request);
 
 }  // namespace dorvane::qbgateway

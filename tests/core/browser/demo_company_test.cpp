@@ -63,7 +63,7 @@ TEST_F(DemoCompanyTest, EveryRequestTemplateIsAccepted) {
         SCOPED_TRACE(name);
         std::string request = app->folder().readProgramFile(name);
         request = qbgateway::fillDateMacro(request, "LastFiscalYear");
-        request = qbgateway::fillListId(request, "");
+        request = qbgateway::fillWholeList(request);
         request =
             text::replaceAll(request, qbgateway::kFromDatePlaceholder, qbgateway::kFixedFromDate);
         const std::string response = app->gateway().processRequest(request);

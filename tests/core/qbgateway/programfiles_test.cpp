@@ -5,6 +5,7 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 
+#include "common/files.h"
 #include "qbgateway/programfolder.h"
 #include "qbgateway/templates.h"
 #include "support/testsupport.h"
@@ -60,6 +61,37 @@ TEST(ProgramFolder, WriteReplacesWholeFileEndingInCrLf) {
         ++entries;
     }
     EXPECT_EQ(entries, 1);
+}
+
+// A replaced file keeps its permissions unless the caller names others; a new one gets what
+// the umask leaves of rw-rw-rw-.
+TEST(ProgramFolder, AReplacedFileKeepsOrTakesItsMode) {
+    TempDir dir;
+    struct Case {
+        std::optional<unsigned> before;  // the file's mode before, or no file
+        std::optional<unsigned> asked;
+        unsigned after;
+    };
+    const Case cases[] = {
+        {0600, std::nullopt, 0600}, {0640, std::nullopt, 0640},         {0644, 0600u, 0600},
+        {0600, 0644u, 0644},        {std::nullopt, std::nullopt, 0640},
+    };
+    const mode_t oldMask = ::umask(027);
+    int n = 0;
+    for (const Case& c : cases) {
+        SCOPED_TRACE(n);
+        const auto path = dir / ("f" + std::to_string(n++));
+        if (c.before) {
+            test::writeFile(path, "old");
+            ::chmod(path.c_str(), *c.before);
+        }
+        ASSERT_TRUE(files::writeAtomically(path, {"new"}, c.asked).ok());
+        struct stat st {};
+        ASSERT_EQ(::stat(path.c_str(), &st), 0);
+        EXPECT_EQ(st.st_mode & 07777, c.after);
+        EXPECT_EQ(test::readFile(path), "new");
+    }
+    ::umask(oldMask);
 }
 
 TEST(ProgramFolder, AFailedWriteThrowsAndLeavesTheOldFileWhole) {
@@ -120,11 +152,13 @@ TEST(Templates, DateMacroFillsEveryPlaceholder) {
     EXPECT_EQ(fillDateMacro("<datemacro></datemacro>", "LastWeek"), "<datemacro></datemacro>");
 }
 
-TEST(Templates, ListIdPlaceholderTakesAnIdOrNothing) {
+TEST(Templates, ListIdPlaceholderTakesAnIdOrTheWholeList) {
     const std::string t = "<CustomerQueryRq><ListID>IDTYPE</ListID></CustomerQueryRq>";
     EXPECT_EQ(fillListId(t, "80000001-1193754437"),
               "<CustomerQueryRq><ListID>80000001-1193754437</ListID></CustomerQueryRq>");
-    EXPECT_EQ(fillListId(t, ""), "<CustomerQueryRq></CustomerQueryRq>");
+    // An empty id still filters (on nothing); only the whole-list fill drops the filter.
+    EXPECT_EQ(fillListId(t, ""), "<CustomerQueryRq><ListID></ListID></CustomerQueryRq>");
+    EXPECT_EQ(fillWholeList(t), "<CustomerQueryRq></CustomerQueryRq>");
 }
 
 }  // namespace
