@@ -146,26 +146,101 @@ bool DocumentBrowser::fetch(const char* templateName, const std::string& timefra
     return true;
 }
 
-int DocumentBrowser::addRow(std::string text, std::vector<std::string> cells, std::string key) {
+namespace {
+
+// A row ready to send: checked, icon 3, "Ready to send" after the cells (moved in).
+ui::ListRow readyRow(std::string text, std::initializer_list<std::string*> cells, std::string key) {
     ui::ListRow row;
     row.checked = true;
     row.icon = kIconReady;
     row.cells.reserve(cells.size() + 2);
     row.cells.push_back(std::move(text));
-    for (auto& c : cells) {
-        row.cells.push_back(std::move(c));
+    for (std::string* c : cells) {
+        row.cells.push_back(std::move(*c));
     }
-    row.cells.push_back(kReady);
+    row.cells.emplace_back(kReady);
     row.key = std::move(key);
-    return m_window.list().addRow(std::move(row));
+    return row;
 }
 
-void DocumentBrowser::markMissing(int row) {
-    auto& list = m_window.list();
-    list.setChecked(row, false);
-    list.setIcon(row, kIconInvalid);
-    list.setCell(row, static_cast<int>(list.row(row).cells.size()) - 1, kMissingEmail);
+void markRow(ui::ListRow& row, int icon, const char* status) {
+    row.checked = false;
+    row.icon = icon;
+    row.cells.back() = status;
 }
+
+// The fields a transaction row shows, gathered in one walk over the record's children (the
+// first of each name counts, as a path lookup would find it).
+struct TxnFields {
+    std::string txnId, date, amount, name, listId, memo;
+    bool anyReceived = false;  // purchase orders: a line with a received quantity above 0
+};
+
+void readParty(xml::Node ref, TxnFields& f) {
+    bool haveId = false;
+    bool haveName = false;
+    for (xml::Node c = ref.firstChildElement(); c && !(haveId && haveName);
+         c = c.nextSiblingElement()) {
+        const std::string n = c.name();
+        if (!haveId && n == "ListID") {
+            f.listId = c.text();
+            haveId = true;
+        } else if (!haveName && n == "FullName") {
+            f.name = c.text();
+            haveName = true;
+        }
+    }
+}
+
+TxnFields readTransaction(xml::Node record, std::string_view amount, std::string_view ref,
+                          bool purchaseOrder, double& lastReceived) {
+    TxnFields f;
+    bool haveId = false, haveDate = false, haveAmount = false, haveRef = false, haveMemo = false;
+    for (xml::Node c = record.firstChildElement(); c; c = c.nextSiblingElement()) {
+        const std::string n = c.name();
+        if (!haveId && n == "TxnID") {
+            f.txnId = c.text();
+            haveId = true;
+        } else if (!haveDate && n == "TxnDate") {
+            f.date = c.text();
+            haveDate = true;
+        } else if (!haveAmount && n == amount) {
+            f.amount = c.text();
+            haveAmount = true;
+        } else if (!haveRef && n == ref) {
+            readParty(c, f);
+            haveRef = true;
+        } else if (purchaseOrder && !haveMemo && n == "Memo") {
+            f.memo = c.text();
+            haveMemo = true;
+        } else if (purchaseOrder && !f.anyReceived && n == "PurchaseOrderLineRet") {
+            // The received quantities in order, up to the first one above 0; the last value
+            // looked at carries over to the next order.
+            for (xml::Node q = c.firstChildElement(); q; q = q.nextSiblingElement()) {
+                if (q.name() == "ReceivedQuantity") {
+                    lastReceived = number(q.text());
+                    if (lastReceived > 0) {
+                        f.anyReceived = true;
+                        break;
+                    }
+                }
+            }
+        }
+    }
+    return f;
+}
+
+// A load that stops half-way leaves rows with figures that may be short: none of them may
+// stay checked.
+void markIncomplete(std::vector<ui::ListRow>& rows) {
+    for (ui::ListRow& row : rows) {
+        if (row.checked) {
+            markRow(row, 0, kIncomplete);
+        }
+    }
+}
+
+}  // namespace
 
 void DocumentBrowser::progress(std::size_t done, std::size_t total) {
     if (done % kProgressEvery == 0 && done > 0) {
@@ -183,49 +258,39 @@ void DocumentBrowser::loadTransactions(const Kind& kind, const std::string& time
     list.setColumns(columns(kind.captions));
     const SentLogIndex sent(m_window.sentLogText());
     const bool purchaseOrders = kind.party == Party::Vendor;
-    const char* ref = purchaseOrders ? "VendorRef" : "CustomerRef";
+    const std::string_view ref = purchaseOrders ? "VendorRef" : "CustomerRef";
     double lastReceived = 0;  // carried over from one purchase order to the next
 
     const auto records = m_window.listDocument().selectAll(kind.recordPath);
+    std::vector<ui::ListRow> rows;
+    rows.reserve(records.size());
     std::size_t done = 0;
     for (xml::Node record : records) {
         progress(done++, records.size());
-        if (purchaseOrders) {
-            // An order with any received line is not listed; an order without received
-            // quantities is judged by the value the order before it ended on.
-            for (xml::Node line : record.selectAll("PurchaseOrderLineRet/ReceivedQuantity")) {
-                lastReceived = number(line.text());
-                if (lastReceived > 0) {
-                    break;
-                }
-            }
-            if (lastReceived != 0) {
-                continue;
-            }
+        TxnFields f = readTransaction(record, kind.amount, ref, purchaseOrders, lastReceived);
+        // An order with any received line is not listed; an order without received
+        // quantities is judged by the value the order before it ended on.
+        if (purchaseOrders && lastReceived != 0) {
+            continue;
         }
-        const std::string txnId = record.valueOf("TxnID");
-        std::string name = record.valueOf(std::string(ref) + "/FullName");
-        const std::string amount = record.valueOf(kind.amount);
-        const std::string date = record.valueOf("TxnDate");
-        const std::string listId = record.valueOf(std::string(ref) + "/ListID");
-        if (purchaseOrders) {
-            if (std::string memo = record.valueOf("Memo"); !memo.empty()) {
-                name += "/" + memo;
-            }
+        if (purchaseOrders && !f.memo.empty()) {
+            f.name += "/" + f.memo;
         }
-        std::string email = purchaseOrders ? m_recipients.getVendorEmail(listId)
-                                           : m_recipients.getCustomerEmail(listId);
+        std::string email = purchaseOrders ? m_recipients.getVendorEmail(f.listId)
+                                           : m_recipients.getCustomerEmail(f.listId);
         const bool noAddress = email.empty();
-        int row = addRow(date, {txnId, std::move(name), amount, std::move(email)}, txnId);
-        if (noAddress) {
-            markMissing(row);
-        }
-        if (sent.contains(txnId)) {
-            list.setChecked(row, false);
-            list.setIcon(row, kIconAlreadySent);
-            list.setCell(row, 5, kAlreadySent);
+        const bool alreadySent = sent.contains(f.txnId);
+        std::string key = f.txnId;
+        ui::ListRow& row = rows.emplace_back(
+            readyRow(std::move(f.date), {&f.txnId, &f.name, &f.amount, &email}, std::move(key)));
+        // The sent-log test comes last: an already-sent row without address says so.
+        if (alreadySent) {
+            markRow(row, kIconAlreadySent, kAlreadySent);
+        } else if (noAddress) {
+            markRow(row, kIconInvalid, kMissingEmail);
         }
     }
+    list.setRows(std::move(rows));
     m_window.setStatusText("");
 }
 
@@ -283,6 +348,7 @@ void DocumentBrowser::loadStatementList(const std::string& timeframe) {
         columns(std::array<const char*, 6>{"", "ID", "Customer", "Balance", "EMail", "Status"}));
     const auto customers =
         m_window.listDocument().selectAll("/QBXML/QBXMLMsgsRs/CustomerQueryRs/CustomerRet");
+    std::vector<ui::ListRow> rows;
     std::size_t done = 0;
     for (xml::Node customer : customers) {
         progress(done++, customers.size());
@@ -290,20 +356,22 @@ void DocumentBrowser::loadStatementList(const std::string& timeframe) {
             continue;
         }
         std::string email = customer.valueOf("Email");
-        const std::string balance = customer.valueOf("Balance");
+        std::string balance = customer.valueOf("Balance");
+        std::string name = customer.valueOf("FullName");
+        std::string listId = customer.valueOf("ListID");
         const bool noAddress = email.empty();
-        const std::string listId = customer.valueOf("ListID");
-        int row =
-            addRow("", {listId, customer.valueOf("FullName"), balance, std::move(email)}, listId);
-        if (noAddress) {
-            markMissing(row);
-        }
-        if (balance == "0.00") {
-            list.setChecked(row, false);
-            list.setIcon(row, kIconBalanced);
-            list.setCell(row, 5, kBalanced);
+        const bool balanced = balance == "0.00";
+        std::string key = listId;
+        ui::ListRow& row =
+            rows.emplace_back(readyRow("", {&listId, &name, &balance, &email}, std::move(key)));
+        // A zero balance wins over a missing address.
+        if (balanced) {
+            markRow(row, kIconBalanced, kBalanced);
+        } else if (noAddress) {
+            markRow(row, kIconInvalid, kMissingEmail);
         }
     }
+    list.setRows(std::move(rows));
     m_window.setStatusText("");
 }
 
@@ -322,9 +390,17 @@ void DocumentBrowser::loadTimesheets(bool byEntity, const std::string& timeframe
     auto& list = m_window.list();
     list.setColumns(columns(std::array<const char*, 5>{"Date", byEntity ? "Entity" : "Customer",
                                                        "Duration[MM]", "EMail", "Status"}));
-    const char* ref = byEntity ? "EntityRef" : "CustomerRef";
-    // A load starts from an unsorted list, so a row keeps its index while the load runs.
-    std::unordered_map<std::string, int> rowOfName;
+    const std::string ref = byEntity ? "EntityRef" : "CustomerRef";
+    std::vector<ui::ListRow> rows;
+    std::unordered_map<std::string, std::size_t> rowOfName;
+    // Stops the load: the rows so far are shown, none of them checked, and the message says
+    // that the list is incomplete.
+    auto stop = [&](const std::string& why) {
+        markIncomplete(rows);
+        list.setRows(std::move(rows));
+        m_ui.messageBox(why + " The list is incomplete: no row is checked.");
+        m_window.setStatusText(kIncompleteStatus);
+    };
     const auto entries =
         m_window.listDocument().selectAll("/QBXML/QBXMLMsgsRs/TimeTrackingQueryRs/TimeTrackingRet");
     std::size_t done = 0;
@@ -333,35 +409,36 @@ void DocumentBrowser::loadTimesheets(bool byEntity, const std::string& timeframe
         const std::string durationText = entry.valueOf("Duration");
         auto minutes = durationToMinutes(durationText);
         if (!minutes) {
-            m_ui.messageBox("The time entry of " + entry.valueOf("TxnDate") +
-                            " has a duration that cannot be read: \"" + durationText + "\"");
-            m_window.setStatusText("");
+            stop("The time entry of " + entry.valueOf("TxnDate") +
+                 " has a duration that cannot be read: \"" + durationText + "\".");
             return;
         }
-        const std::string name = entry.valueOf(std::string(ref) + "/FullName");
-        const std::string listId = entry.valueOf(std::string(ref) + "/ListID");
+        std::string name = entry.valueOf(ref + "/FullName");
+        const std::string listId = entry.valueOf(ref + "/ListID");
         std::string email =
             byEntity ? m_recipients.getEntityEmail(listId) : m_recipients.getCustomerEmail(listId);
         auto found = rowOfName.find(name);
         if (found == rowOfName.end()) {
             const bool noAddress = email.empty();
-            int row = addRow(entry.valueOf("TxnDate"),
-                             {name, std::to_string(*minutes), std::move(email)}, name);
-            rowOfName.emplace(name, row);
+            std::string key = name;
+            std::string total = std::to_string(*minutes);
+            rowOfName.emplace(name, rows.size());
+            ui::ListRow& row = rows.emplace_back(
+                readyRow(entry.valueOf("TxnDate"), {&name, &total, &email}, std::move(key)));
             if (noAddress) {
-                markMissing(row);
+                markRow(row, kIconInvalid, kMissingEmail);
             }
             continue;
         }
-        const int row = found->second;
-        long total = std::strtol(list.row(row).cells[2].c_str(), nullptr, 10) + *minutes;
+        std::string& cell = rows[found->second].cells[2];
+        const long total = std::strtol(cell.c_str(), nullptr, 10) + *minutes;
         if (total > INT16_MAX) {
-            m_ui.messageBox("The time of " + name + " is too long to add up.");
-            m_window.setStatusText("");
+            stop("The time of " + name + " is too long to add up.");
             return;
         }
-        list.setCell(row, 2, std::to_string(total));
+        cell = std::to_string(total);
     }
+    list.setRows(std::move(rows));
     m_window.setStatusText("");
 }
 

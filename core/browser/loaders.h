@@ -40,6 +40,9 @@ inline constexpr const char* kReady = "Ready to send";
 inline constexpr const char* kMissingEmail = "Missing Email address";
 inline constexpr const char* kAlreadySent = "Already sent";
 inline constexpr const char* kBalanced = "Balanced";
+// A row of a list whose load stopped half-way: its figures may be short.
+inline constexpr const char* kIncomplete = "List incomplete";
+inline constexpr const char* kIncompleteStatus = "The list is incomplete";
 
 // A qbXML duration ("PT2H30M") as whole minutes; nullopt when it is not a time of day
 // (24 hours or more, or no hours part). Seconds are dropped.
@@ -72,8 +75,6 @@ private:
     bool fetch(const char* templateName, const std::string& timeframe);
     void loadTransactions(const Kind& kind, const std::string& timeframe);
     void loadTimesheets(bool byEntity, const std::string& timeframe);
-    int addRow(std::string text, std::vector<std::string> cells, std::string key);
-    void markMissing(int row);
     void progress(std::size_t done, std::size_t total);
 
     ui::DocumentWindow& m_window;

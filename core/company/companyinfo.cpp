@@ -54,7 +54,6 @@ void CompanyInfo::retrieveCompanyInfo() {
         m_ui.messageBox(kNoQuickBooks);
         m_window.setStatusText(kNoQuickBooks);
         m_window.list().clear();
-        m_window.setControlEnabled(kEditMenuEntry, true);
         return;
     }
     m_preferences = xml::Document();
@@ -62,10 +61,11 @@ void CompanyInfo::retrieveCompanyInfo() {
         m_preferences.setRoot(prefs);
     }
     setCompanyNode(doc->selectOne("/QBXML/QBXMLMsgsRs/CompanyQueryRs/CompanyRet"));
+    // The record is edited here only where this program keeps it: the file lookup enables
+    // the menu entry again.
     if (!companyNode()) {
         loadCompanyInfoFile();
     }
-    m_window.setControlEnabled(kEditMenuEntry, true);
     m_window.setStatusText("");
     m_window.setCompanyText(companyAddressText());
     if (m_window.companyText().empty()) {
@@ -83,11 +83,12 @@ void CompanyInfo::loadCompanyInfoFile() {
         setCompanyNode(record);
     } else {
         CompanyEditorModel editor(m_ui, templateRecord(*file), m_gateway.currentCompanyFile());
-        if (m_ui.runDialog(editor)) {
-            xml::Node stored = file->root().appendChild(editor.record());
-            saveFile(*file);
-            setCompanyNode(stored);
+        if (!m_ui.runDialog(editor)) {
+            return;
         }
+        xml::Node stored = file->root().appendChild(editor.record());
+        saveFile(*file);
+        setCompanyNode(stored);
     }
     m_window.setControlEnabled(kEditMenuEntry, true);
 }

@@ -9,7 +9,19 @@ namespace dorvane::ui {
 void ListModel::clear() {
     m_columns.clear();
     m_rows.clear();
-    m_sorted = false;
+    notifyReset();
+}
+
+void ListModel::setRows(std::vector<ListRow> rows) {
+    m_rows = std::move(rows);
+    for (ListRow& r : m_rows) {
+        if (r.cells.size() < m_columns.size()) {
+            r.cells.resize(m_columns.size());
+        }
+    }
+    if (m_sorted) {
+        applySort();
+    }
     notifyReset();
 }
 

@@ -41,8 +41,13 @@ public:
     int rowCount() const { return static_cast<int>(m_rows.size()); }
     const ListRow& row(int i) const { return m_rows.at(static_cast<std::size_t>(i)); }
 
-    void clear();  // columns and rows
+    // Removes columns and rows. Sorting stays on once a column click switched it on: the next
+    // rows come in the order of the last sort.
+    void clear();
     void setColumns(std::vector<ListColumn> columns);
+    // Replaces all rows at once (in their order, or in the sort order while the list is
+    // sorted), with one reset for observers.
+    void setRows(std::vector<ListRow> rows);
     // Appends a row, or, while the list is sorted, inserts it at its place in the order;
     // answers the row's index.
     int addRow(ListRow row);

@@ -138,6 +138,7 @@ TEST_F(GatewayTest, AFailedStepEndsTheCallAtOnce) {
         EXPECT_EQ(gateway.processCompanyRequest("<" + step + "/>"), "");
         EXPECT_EQ(trace("QBXMLReq.txt"), "<" + step + "/>\r\n");
         EXPECT_EQ(trace("QBXMLResult.txt"), previous);
+        EXPECT_EQ(gateway.currentCompanyFile(), "") << "noted only after a whole exchange";
         ASSERT_EQ(ui.messages.size(), 1u);
         EXPECT_EQ(ui.messages[0].text,
                   "QuickBooks Access Error\r\nCould not start QuickBooks.(-2147220472)");

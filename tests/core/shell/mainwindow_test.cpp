@@ -94,6 +94,40 @@ TEST_F(MainWindowTest, HelpOpensThePageInTheProgramFolder) {
     EXPECT_EQ(ui.opened, (std::vector<std::string>{"/opt/dorvane/DorvaneHelp.htm"}));
 }
 
+// Sorting, once switched on by a click, stays on: a Refresh brings the rows back in the order
+// shown before, and the next click on the same column turns it round.
+TEST_F(MainWindowTest, RefreshKeepsTheSortOrder) {
+    MainWindowServices s;
+    s.loadList = [this](const std::string&, const std::string&) {
+        auto& list = window.list();
+        list.clear();
+        list.setColumns({{"Date"}, {"Customer"}});
+        list.setRows({{true, 3, {"2026-11-17", "Cole"}, "c"},
+                      {true, 3, {"2026-11-16", "Able"}, "a"},
+                      {true, 3, {"2026-11-18", "Baker"}, "b"}});
+    };
+    window.setServices(s);
+    window.startUp();
+    window.selectDocumentType("Invoice");
+    auto keys = [&] {
+        std::string k;
+        for (const auto& r : window.list().rows()) {
+            k += r.key;
+        }
+        return k;
+    };
+    EXPECT_EQ(keys(), "cab") << "in the answer's order until a column is clicked";
+    window.columnClicked(1);
+    EXPECT_EQ(keys(), "abc");
+    window.refresh();
+    EXPECT_EQ(keys(), "abc");
+    EXPECT_TRUE(window.list().sorted());
+    window.columnClicked(1);
+    EXPECT_EQ(keys(), "cba");
+    window.selectDocumentType("Estimate");
+    EXPECT_EQ(keys(), "cba");
+}
+
 TEST(ListModel, ColumnClicksSortAsTextAndToggle) {
     ui::ListModel list;
     list.setColumns({{"Number"}, {"Customer"}});
