@@ -8,14 +8,17 @@
   site, and optionally its logo.
 
   Parameter:
-    logo  the absolute path of a logo image in the program folder. Mail carries every local
-          image the HTML refers to inline, so the path must be absolute. Empty: no logo.
+    logo  the address of a logo image in the program folder, as a file:// URL
+          (file:///home/me/dorvane/logo.gif). Mail carries an image inline only when the HTML
+          refers to it by an absolute address like that. Empty: no logo.
 -->
 <xsl:stylesheet version="1.0" xmlns:xsl="http://www.w3.org/1999/XSL/Transform">
 
   <xsl:import href="document-parts.xslt"/>
 
-  <xsl:output method="html" indent="no" encoding="UTF-8"/>
+  <!-- Mail labels the HTML as plain text/html, which is US-ASCII: every other character
+       goes out as a character reference. -->
+  <xsl:output method="html" indent="no" encoding="US-ASCII"/>
 
   <xsl:param name="logo" select="''"/>
 

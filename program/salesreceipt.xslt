@@ -10,7 +10,9 @@
 
   <xsl:import href="document-parts.xslt"/>
 
-  <xsl:output method="html" indent="no" encoding="UTF-8"/>
+  <!-- Mail labels the HTML as plain text/html, which is US-ASCII: every other character
+       goes out as a character reference. -->
+  <xsl:output method="html" indent="no" encoding="US-ASCII"/>
 
   <xsl:template match="/">
     <xsl:apply-templates select="(//SalesReceiptRet)[1]"/>

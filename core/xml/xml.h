@@ -156,7 +156,8 @@ public:
     // `node` (the template that matches it runs first), its ancestors and the rest of its
     // document stay reachable through XPath, and the sheet's xsl:output decides the text
     // (method, declaration, indentation). String parameters are passed as XSLT params.
-    // The text is UTF-8, whatever encoding xsl:output names (its declaration still names it).
+    // The text is in the encoding xsl:output names (UTF-8 when it names none or one unknown
+    // here); characters that encoding cannot hold are written as character references.
     Result<std::string> transformNode(Node node, const Variables& params = {}) const;
     // Transforms a whole document into a new document.
     Result<Document> transformToDocument(const Document& doc, const Variables& params = {}) const;

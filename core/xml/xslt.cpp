@@ -169,10 +169,19 @@ xmlNodePtr follow(xmlDocPtr doc, const std::vector<std::pair<bool, int>>& steps)
     return n;
 }
 
-// The result as the sheet's xsl:output describes it, always as UTF-8 text.
+// The result as the sheet's xsl:output describes it, in the encoding it names: characters
+// that encoding cannot hold become character references. Without an encoding, or with one
+// this system does not know, the text is UTF-8.
 std::string resultText(xmlDocPtr result, xsltStylesheetPtr sheet) {
     std::string out;
-    xmlOutputBufferPtr buffer = xmlOutputBufferCreateIO(writeToString, closeNothing, &out, nullptr);
+    const xmlChar* encoding = nullptr;
+    XSLT_GET_IMPORT_PTR(encoding, sheet, encoding)
+    xmlCharEncodingHandlerPtr encoder =
+        encoding ? xmlFindCharEncodingHandler(reinterpret_cast<const char*>(encoding)) : nullptr;
+    if (encoder && xmlStrcasecmp(xs(encoder->name), xs("UTF-8")) == 0) {
+        encoder = nullptr;
+    }
+    xmlOutputBufferPtr buffer = xmlOutputBufferCreateIO(writeToString, closeNothing, &out, encoder);
     if (buffer) {
         xsltSaveResultTo(buffer, result, sheet);
         xmlOutputBufferClose(buffer);

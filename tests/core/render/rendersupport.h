@@ -35,16 +35,61 @@ inline std::string render(const std::string& sheet, xml::Node node,
     return out.ok() ? *out : std::string();
 }
 
-inline std::string decodeEntities(std::string s) {
-    const std::pair<std::string, std::string> entities[] = {
-        {"&lt;", "<"},   {"&gt;", ">"},   {"&quot;", "\""},  {"&#39;", "'"},
-        {"&nbsp;", " "}, {"&#160;", " "}, {"\xC2\xA0", " "}, {"&amp;", "&"}};
-    for (const auto& [from, to] : entities) {
-        for (size_t pos = 0; (pos = s.find(from, pos)) != std::string::npos; pos += to.size()) {
-            s.replace(pos, from.size(), to);
-        }
+// A character as UTF-8.
+inline std::string utf8(unsigned long c) {
+    std::string out;
+    if (c < 0x80) {
+        out += static_cast<char>(c);
+    } else if (c < 0x800) {
+        out += static_cast<char>(0xC0 | (c >> 6));
+        out += static_cast<char>(0x80 | (c & 0x3F));
+    } else if (c < 0x10000) {
+        out += static_cast<char>(0xE0 | (c >> 12));
+        out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+        out += static_cast<char>(0x80 | (c & 0x3F));
+    } else {
+        out += static_cast<char>(0xF0 | (c >> 18));
+        out += static_cast<char>(0x80 | ((c >> 12) & 0x3F));
+        out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+        out += static_cast<char>(0x80 | (c & 0x3F));
     }
-    return s;
+    return out;
+}
+
+// Entities and character references decoded to UTF-8; a no-break space reads as a blank.
+inline std::string decodeEntities(std::string s) {
+    std::string out;
+    for (size_t pos = 0; pos < s.size();) {
+        size_t end = s[pos] == '&' ? s.find(';', pos) : std::string::npos;
+        if (end == std::string::npos) {
+            out += s[pos++];
+            continue;
+        }
+        const std::string name = s.substr(pos + 1, end - pos - 1);
+        const std::pair<std::string, std::string> entities[] = {
+            {"lt", "<"}, {"gt", ">"}, {"quot", "\""}, {"amp", "&"}, {"nbsp", " "}};
+        std::string decoded;
+        for (const auto& [entity, text] : entities) {
+            if (name == entity) {
+                decoded = text;
+            }
+        }
+        if (decoded.empty() && name.size() > 1 && name[0] == '#') {
+            const bool hex = name[1] == 'x' || name[1] == 'X';
+            const unsigned long c = std::stoul(name.substr(hex ? 2 : 1), nullptr, hex ? 16 : 10);
+            decoded = c == 0xA0 ? " " : utf8(c);
+        }
+        if (decoded.empty()) {
+            out += s[pos++];
+            continue;
+        }
+        out += decoded;
+        pos = end + 1;
+    }
+    for (size_t pos = 0; (pos = out.find("\xC2\xA0", pos)) != std::string::npos; ++pos) {
+        out.replace(pos, 2, " ");
+    }
+    return out;
 }
 
 // The text a reader sees in a piece of HTML: tags dropped, entities decoded, line breaks

@@ -150,11 +150,22 @@ TEST_F(Xslt, TransformNodeHonoursXslOutput) {
             compiled(sheet(output + "<xsl:template match='InvoiceRet'>" + ref + "</xsl:template>"));
         EXPECT_EQ(transformed(s, at("//InvoiceRet")), expected) << output;
     }
-    // Always UTF-8 text, whatever encoding is named.
-    Stylesheet latin =
-        compiled(sheet("<xsl:output method='xml' encoding='ISO-8859-1' omit-xml-declaration='yes'/>"
-                       "<xsl:template match='Item'><o>caf\xc3\xa9</o></xsl:template>"));
-    EXPECT_EQ(transformed(latin, at("//Item")), "<o>caf\xc3\xa9</o>\n");
+    // The text is in the encoding named; what it cannot hold becomes a character reference,
+    // in text and in attribute values alike.
+    const std::pair<std::string, std::string> encodings[] = {
+        {"method='html' encoding='US-ASCII'", "<o t=\"&#233;\">caf&#233; &#8364;</o>\n"},
+        {"method='xml' encoding='ISO-8859-1' omit-xml-declaration='yes'",
+         "<o t=\"\xe9\">caf\xe9 &#8364;</o>\n"},
+        {"method='html' encoding='UTF-8'", "<o t=\"\xc3\xa9\">caf\xc3\xa9 \xe2\x82\xac</o>\n"},
+        {"method='html'", "<o t=\"\xc3\xa9\">caf\xc3\xa9 \xe2\x82\xac</o>\n"},
+    };
+    for (const auto& [output, expected] : encodings) {
+        Stylesheet s =
+            compiled(sheet("<xsl:output " + output +
+                           "/><xsl:template match='Item'>"
+                           "<o t='\xc3\xa9'>caf\xc3\xa9 \xe2\x82\xac</o></xsl:template>"));
+        EXPECT_EQ(transformed(s, at("//Item")), expected) << output;
+    }
 }
 
 // ---- loading, imports, failures -------------------------------------------------------------
