@@ -212,6 +212,9 @@ void composeDocumentMail(const DocumentMail& mail, MimeMessage& message) {
     message.addPart();
     message.setHeader("Content-Type", "text/html");
     message.setHeader("Content-Transfer-Encoding", "quoted-printable");
+    // The text part comes first, so readers must be told that the document is the root.
+    const std::string documentId = "<" + message.newContentId() + ">";
+    message.setHeader("Content-ID", documentId);
     message.setText(html);
 
     for (std::size_t i = 0; i < imagePaths.size(); ++i) {
@@ -224,7 +227,8 @@ void composeDocumentMail(const DocumentMail& mail, MimeMessage& message) {
         message.setHeader("Disposition-Notification-To",
                           bracketed ? mail.sender : "<" + mail.sender + ">");
     }
-    message.setHeader("Content-Type", "multipart/related; boundary=\"" + message.boundary() + "\"");
+    message.setHeader("Content-Type", "multipart/related; boundary=\"" + message.boundary() +
+                                          "\"; type=\"text/html\"; start=\"" + documentId + "\"");
 
     if (!mail.attachment.empty()) {
         (void)message.attachFile(mail.attachment);

@@ -5,7 +5,9 @@
 // A document mail is `multipart/related`: part 1 "text/plain" (7bit) carries the subject,
 // part 2 "text/html" (quoted-printable) the document with its local images rewritten to
 // "cid:" references, then one base64 part per image, then the exchange file (`.dvx`) when
-// there is one. `Mailer::composeAndSendSmtp` (mailer.h) sends it.
+// there is one. The HTML part carries a Content-ID that the message's type line names as
+// its root (RFC 2387 `type="text/html"` and `start`), so that readers show the document and
+// not the text part in front of it. `Mailer::composeAndSendSmtp` (mailer.h) sends it.
 #pragma once
 
 #include <filesystem>

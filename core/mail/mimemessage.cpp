@@ -122,6 +122,26 @@ void MimeMessage::setSender(std::string_view address) {
 
 void MimeMessage::setSubject(std::string_view subject) {
     g_mime_message_set_subject(m_impl->message.get(), std::string(subject).c_str(), "utf-8");
+    // GMime encodes and folds the value but trims its end; the blanks that end a document's
+    // subject belong to it, so they go back at the end of the written value.
+    const std::size_t last = subject.find_last_not_of(" \t");
+    const std::string_view trailing = subject.substr(last == std::string_view::npos ? 0 : last + 1);
+    GMimeHeader* header = g_mime_header_list_get_header(
+        g_mime_object_get_header_list(GMIME_OBJECT(m_impl->message.get())), "Subject");
+    const char* raw = header ? g_mime_header_get_raw_value(header) : nullptr;
+    if (trailing.empty() || !raw) {
+        return;
+    }
+    std::string value(raw);
+    while (!value.empty() && (value.back() == '\n' || value.back() == '\r' || value.back() == ' ' ||
+                              value.back() == '\t')) {
+        value.pop_back();
+    }
+    if (value.empty()) {
+        value = " ";  // the blank after the colon
+    }
+    value += std::string(trailing) + "\n";
+    g_mime_header_set_raw_value(header, value.c_str());
 }
 
 void MimeMessage::setRecipient(std::string_view address) {
@@ -162,6 +182,13 @@ bool MimeMessage::setBodyFromFile(const std::filesystem::path& file) {
     auto bytes = files::readAll(file);
     setText(bytes ? std::string_view(*bytes) : std::string_view());
     return bytes.ok();
+}
+
+std::string MimeMessage::newContentId() {
+    char* id = g_mime_utils_generate_message_id(domainOf(m_impl->sender).c_str());
+    std::string out(id);
+    g_free(id);
+    return out;
 }
 
 std::string MimeMessage::boundary() {
@@ -218,6 +245,18 @@ std::string MimeMessage::toString() const {
 
 void MimeMessage::clear() {
     m_impl->reset();
+}
+
+std::string fileAddress(const std::filesystem::path& file) {
+    std::error_code ec;
+    const std::filesystem::path absolute = std::filesystem::absolute(file, ec);
+    gchar* uri = g_filename_to_uri((ec ? file : absolute).c_str(), nullptr, nullptr);
+    if (!uri) {
+        return {};
+    }
+    std::string out(uri);
+    g_free(uri);
+    return out;
 }
 
 }  // namespace dorvane::mail

@@ -43,6 +43,9 @@ public:
     // (the body is then empty).
     bool setBodyFromFile(const std::filesystem::path& file);
 
+    // A new content id ("unique@sender-domain", without angle brackets) for a part that the
+    // message refers to.
+    std::string newContentId();
     // The boundary the message will be written with; generated on first use.
     std::string boundary();
 
@@ -63,5 +66,10 @@ private:
     struct Impl;
     std::unique_ptr<Impl> m_impl;
 };
+
+// A local file as the "file://" address an HTML body refers to it by ("/srv/my logo.gif"
+// gives "file:///srv/my%20logo.gif"); composing the message embeds such an image inline.
+// Empty when the path cannot be written as an address.
+std::string fileAddress(const std::filesystem::path& file);
 
 }  // namespace dorvane::mail

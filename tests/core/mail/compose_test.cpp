@@ -4,7 +4,9 @@
 #include <gtest/gtest.h>
 
 #include "mail/mimecompose.h"
+#include "mail/mimemessage.h"
 #include "mail/smtpclient.h"
+#include "support/testsupport.h"
 
 namespace dorvane::mail {
 namespace {
@@ -68,6 +70,34 @@ TEST(ImageFiles, ListedPathsAreReadFromThisSystemsPaths) {
     EXPECT_EQ(imageContentType("C:\\a.jpeg"), "image/jpg");
     EXPECT_EQ(imageContentType("C:\\a.jpg"), "image/jpg");
     EXPECT_EQ(imageContentType("C:\\a.png"), "");
+}
+
+// Python's email package reads the composed message: the HTML document is the body, and the
+// subject reads letter for letter, its closing blanks included.
+TEST(DocumentMail, ReadersTakeTheDocumentAsTheBodyAndTheSubjectAsItIs) {
+    test::TempDir dir;
+    const std::string reader =
+        (test::dataDir().parent_path() / "support" / "mail_reader.py").string();
+    for (const std::string& subject : std::vector<std::string>{
+             "Invoice: #1041  Date: 2026-11-17  ", "Rechnung f\xC3\xBCr M\xC3\xBCller  ",
+             "Your Statement", std::string(90, 'x') + " end  "}) {
+        DocumentMail mail;
+        mail.sender = "office@example.com";
+        mail.recipient = "a@example.test";
+        mail.subject = subject;
+        mail.html = "<p>Thanks</p>";
+        MimeMessage message;
+        composeDocumentMail(mail, message);
+        ASSERT_EQ(message.save(dir / "themail.txt"), 0);
+        std::string out;
+        EXPECT_EQ(test::runCommand("/usr/bin/python3 '" + reader + "' '" +
+                                       (dir / "themail.txt").string() + "' --text Thanks" +
+                                       " --subject '" + subject + "'",
+                                   &out),
+                  0)
+            << subject << "\n"
+            << out << message.toString();
+    }
 }
 
 TEST(ExchangeFileName, BlanksBecomeDashesAndColonsAndHashesGo) {
