@@ -379,7 +379,9 @@ std::string DocumentSender::companyHeaderHtml() {
     for (const char* logo : {"logo.gif", "logo.jpg", "logo.png"}) {
         const std::string path = m_folder.filePath(logo);
         if (std::filesystem::exists(path)) {
-            params.emplace_back("logo", path);
+            // As a file:// address: the form that composing a message embeds inline, so the
+            // recipient gets the picture and never the sender's local path.
+            params.emplace_back("logo", fileAddress(path));
             break;
         }
     }
@@ -423,7 +425,18 @@ std::string DocumentSender::buildAttachment(xml::Node document) {
 
 void DocumentSender::showPreview(const std::string& html) {
     try {
-        m_folder.writeProgramFile("<html><head/><body>" + html + "</body></html>", "preview.htm");
+        // Each document is a block of its own: on screen a rule and some room set it off from
+        // the next, on paper it ends its page (its own style says so; the sheet repeats it for
+        // browsers that only know the newer property).
+        const std::string style =
+            "<style>"
+            "body>div{margin:0 0 36px 0;padding:0 0 36px 0;border-bottom:3px double #8a8a8a;"
+            "break-after:page}"
+            "body>div:last-child{border-bottom:none}"
+            "@media print{body>div{margin:0;padding:0;border-bottom:none}}"
+            "</style>";
+        m_folder.writeProgramFile(
+            "<html><head>" + style + "</head><body>" + html + "</body></html>", "preview.htm");
     } catch (const qbgateway::FileWriteError& e) {
         m_ui.messageBox("Could not write " + m_folder.filePath("preview.htm") + ": " +
                         e.description());
