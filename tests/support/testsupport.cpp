@@ -8,6 +8,8 @@
 #include <stdexcept>
 #include <sys/wait.h>
 
+#include "qbsandbox/demo.h"
+
 namespace dorvane::test {
 
 ui::Answer ScriptedUi::messageBox(std::string_view text, std::string_view title, ui::Icon icon,
@@ -78,6 +80,16 @@ TempDir::TempDir() {
 TempDir::~TempDir() {
     std::error_code ec;
     std::filesystem::remove_all(m_path, ec);
+}
+
+void copyDemoCompany(const std::filesystem::path& to) {
+    static const TempDir folder;
+    static const std::filesystem::path demo = [] {
+        auto path = folder / "demo.dvq";
+        qbsandbox::createDemoCompany(path, {});
+        return path;
+    }();
+    std::filesystem::copy_file(demo, to, std::filesystem::copy_options::overwrite_existing);
 }
 
 std::string readFile(const std::filesystem::path& path) {

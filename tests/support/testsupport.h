@@ -68,6 +68,10 @@ private:
     std::filesystem::path m_path;
 };
 
+// Copies the demo company to `to`. The demo is generated once per test program, with the
+// DORVANE_TODAY of that moment, in a temporary folder removed when the program ends.
+void copyDemoCompany(const std::filesystem::path& to);
+
 std::string readFile(const std::filesystem::path& path);
 void writeFile(const std::filesystem::path& path, const std::string& text);
 std::filesystem::path dataDir();        // tests/data

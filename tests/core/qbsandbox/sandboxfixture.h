@@ -28,14 +28,7 @@ protected:
 
     // Opens a copy of the demo company (generated once per test program).
     void useDemo() {
-        static const std::filesystem::path demo = [] {
-            auto path = std::filesystem::temp_directory_path() /
-                        ("dorvane-demo-" + std::to_string(::getpid()) + ".dvq");
-            qbsandbox::createDemoCompany(path, {});
-            return path;
-        }();
-        std::filesystem::copy_file(demo, company(),
-                                   std::filesystem::copy_options::overwrite_existing);
+        copyDemoCompany(company());
         ASSERT_TRUE(qbsandbox::writeState(m_dir.path(), {true, company()}));
     }
 
