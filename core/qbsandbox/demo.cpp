@@ -63,10 +63,13 @@ std::string idOf(CompanyFile& file, const std::string& space, const std::string&
 }
 
 void setDefaults(CompanyFile& file, const std::string& companyName, bool demo) {
-    const std::vector<std::pair<std::string, std::string>> settings = {
-        {"IsSampleCompany", demo ? "true" : "false"},
-        {"Company/CompanyName", companyName},
-        {"Company/LegalCompanyName", companyName + (demo ? " LLC" : "")},
+    file.setSetting("IsSampleCompany", demo ? "true" : "false");
+    file.setSetting("Company/CompanyName", companyName);
+    file.setSetting("Company/LegalCompanyName", companyName + (demo ? " LLC" : ""));
+    file.setSetting("Company/FirstMonthFiscalYear", "January");
+    file.setSetting("Company/FirstMonthIncomeTaxYear", "January");
+    // A new company file knows its name only; the demo company is a whole business.
+    const std::vector<std::pair<std::string, std::string>> identity = {
         {"Company/Address/Addr1", "1250 Harbor Lane"},
         {"Company/Address/City", "Bayview"},
         {"Company/Address/State", "CA"},
@@ -80,11 +83,16 @@ void setDefaults(CompanyFile& file, const std::string& companyName, bool demo) {
         {"Company/Phone", "650-555-0134"},
         {"Company/Email", "office@example.com"},
         {"Company/CompanyWebSite", "www.example.com"},
-        {"Company/FirstMonthFiscalYear", "January"},
-        {"Company/FirstMonthIncomeTaxYear", "January"},
         {"Company/CompanyType", "Landscaping"},
         {"Company/EIN", "94-1234567"},
         {"Company/TaxForm", "Form1120S"},
+    };
+    if (demo) {
+        for (const auto& [k, v] : identity) {
+            file.setSetting(k, v);
+        }
+    }
+    const std::vector<std::pair<std::string, std::string>> settings = {
         {"Preferences/AccountingPreferences/IsUsingAccountNumbers", "false"},
         {"Preferences/AccountingPreferences/IsRequiringAccounts", "true"},
         {"Preferences/AccountingPreferences/IsUsingClassTracking", "false"},

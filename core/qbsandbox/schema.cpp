@@ -18,7 +18,8 @@ namespace {
 // `Name[:type][?|*|+][@since][!until][#gN]`: no type means an aggregate described under its
 // own name; `?` optional, `*` any number, `+` one or more; `@20` = since qbXML 2.0, `!60` =
 // gone from 6.0; `#a1`/`#a2` = branches of an optional choice (`#A1` for a required one);
-// `~` = interleaved repeating alternatives (line kinds that may alternate freely).
+// `~` = interleaved repeating alternatives (line kinds that may alternate freely). An element
+// that moved between versions is listed at both places (VendorRet's Notes: `!30`, then `@30`).
 // Types: id s s41 date dt amt price qty pct bool int dur guid ref addr e.EnumName.
 const char* const kTables = R"(
 TxnDateRangeFilter = FromTxnDate:date?#a1 ToTxnDate:date?#a1 DateMacro:e.DateMacro#a2
@@ -233,8 +234,8 @@ CustomerRet = ListID:id TimeCreated:dt TimeModified:dt EditSequence:s16 Name:s41
 VendorRet = ListID:id TimeCreated:dt TimeModified:dt EditSequence:s16 Name:s41 IsActive:bool?
   CompanyName:s41? Salutation:s15? FirstName:s25? MiddleName:s5? LastName:s25? VendorAddress:addr?
   Phone:s21? AltPhone:s21? Fax:s21? Email:s1023? Contact:s41? AltContact:s41? NameOnCheck:s41?
-  AccountNumber:s99? Notes:s4095? VendorTypeRef:ref? TermsRef:ref? CreditLimit:amt? VendorTaxIdent:s15?
-  IsVendorEligibleFor1099:bool? Balance:amt? ExternalGUID:guid?@90
+  Notes:s4095?!30 AccountNumber:s99? Notes:s4095?@30 VendorTypeRef:ref? TermsRef:ref? CreditLimit:amt?
+  VendorTaxIdent:s15? IsVendorEligibleFor1099:bool? Balance:amt? ExternalGUID:guid?@90
 EmployeeRet = ListID:id TimeCreated:dt TimeModified:dt EditSequence:s16 Name:s41 IsActive:bool?
   Salutation:s15? FirstName:s25? MiddleName:s5? LastName:s25? EmployeeAddress:addr? PrintAs:s41?
   Phone:s21? Mobile:s21? Pager:s21? PagerPIN:s10? AltPhone:s21? Fax:s21? SSN:s11? Email:s1023?

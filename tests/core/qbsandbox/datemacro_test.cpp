@@ -62,6 +62,49 @@ TEST(DateMacro, FiscalQuartersAndYearsFollowTheFirstFiscalMonth) {
     EXPECT_EQ(range("ThisFiscalYear", "2026-11-18", 1), "2026-01-01..2026-12-31");
 }
 
+TEST(DateMacro, EveryMonthFallsIntoItsQuarter) {
+    // Today on the 28th of each month of 2026; fiscal quarters of a year starting in
+    // February: Feb-Apr, May-Jul, Aug-Oct, Nov-Jan.
+    struct Row {
+        const char* today;
+        const char* thisCalendar;
+        const char* lastCalendar;
+        const char* thisFiscal;
+    };
+    const Row rows[] = {
+        {"2026-01-28", "2026-01-01..2026-03-31", "2025-10-01..2025-12-31",
+         "2025-11-01..2026-01-31"},
+        {"2026-02-28", "2026-01-01..2026-03-31", "2025-10-01..2025-12-31",
+         "2026-02-01..2026-04-30"},
+        {"2026-03-28", "2026-01-01..2026-03-31", "2025-10-01..2025-12-31",
+         "2026-02-01..2026-04-30"},
+        {"2026-04-28", "2026-04-01..2026-06-30", "2026-01-01..2026-03-31",
+         "2026-02-01..2026-04-30"},
+        {"2026-05-28", "2026-04-01..2026-06-30", "2026-01-01..2026-03-31",
+         "2026-05-01..2026-07-31"},
+        {"2026-06-28", "2026-04-01..2026-06-30", "2026-01-01..2026-03-31",
+         "2026-05-01..2026-07-31"},
+        {"2026-07-28", "2026-07-01..2026-09-30", "2026-04-01..2026-06-30",
+         "2026-05-01..2026-07-31"},
+        {"2026-08-28", "2026-07-01..2026-09-30", "2026-04-01..2026-06-30",
+         "2026-08-01..2026-10-31"},
+        {"2026-09-28", "2026-07-01..2026-09-30", "2026-04-01..2026-06-30",
+         "2026-08-01..2026-10-31"},
+        {"2026-10-28", "2026-10-01..2026-12-31", "2026-07-01..2026-09-30",
+         "2026-08-01..2026-10-31"},
+        {"2026-11-28", "2026-10-01..2026-12-31", "2026-07-01..2026-09-30",
+         "2026-11-01..2027-01-31"},
+        {"2026-12-28", "2026-10-01..2026-12-31", "2026-07-01..2026-09-30",
+         "2026-11-01..2027-01-31"},
+    };
+    for (const Row& r : rows) {
+        SCOPED_TRACE(r.today);
+        EXPECT_EQ(range("ThisCalendarQuarter", r.today), r.thisCalendar);
+        EXPECT_EQ(range("LastCalendarQuarter", r.today), r.lastCalendar);
+        EXPECT_EQ(range("ThisFiscalQuarter", r.today, 2), r.thisFiscal);
+    }
+}
+
 class DateMacroQueryTest : public SandboxTest {};
 
 TEST_F(DateMacroQueryTest, QueriesUseTodayAndTheCompanysFiscalYear) {
