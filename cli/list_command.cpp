@@ -5,7 +5,10 @@
 
 #include "cli/cli.h"
 #include "cli/commands.h"
+#include "cli/terminalui.h"
 #include "common/text.h"
+#include "company/companyeditor.h"
+#include "qbgateway/templates.h"
 #include "shell/application.h"
 
 namespace dorvane::cli {
@@ -14,6 +17,21 @@ namespace {
 void printCompany(CommandContext& ctx, std::ostream& to) {
     std::string company = text::replaceAll(ctx.app.window().companyText(), "\r\n", "\n");
     to << text::trim(company) << '\n';
+}
+
+// The timeframe a command-line word names (any case), e.g. "lastmonth" → "LastMonth".
+std::optional<std::string> timeframeNamed(std::string_view name) {
+    for (std::string_view t : qbgateway::kTimeframes) {
+        if (text::equalsIgnoreCase(name, t)) {
+            return std::string(t);
+        }
+    }
+    return std::nullopt;
+}
+
+// QuickBooks answered the company request: the gateway noted the open company file.
+bool quickBooksReached(CommandContext& ctx) {
+    return !ctx.app.gateway().currentCompanyFile().empty();
 }
 
 }  // namespace
@@ -53,16 +71,19 @@ int loadListFromArgs(CommandContext& ctx, const Args& args, const char* usage,
         ctx.err << usage;
         return kExitUsage;
     }
-    auto& window = ctx.app.window();
-    window.startUp();
-    if (!window.selectTimeframe(std::string_view(timeframe))) {
+    // The whole command line is checked before start-up talks to QuickBooks.
+    const std::optional<std::string> canonical = timeframeNamed(timeframe);
+    if (!canonical) {
         ctx.err << "dorvane: unknown timeframe '" << timeframe << "'; one of:";
-        for (const auto& t : window.timeframes()) {
+        for (std::string_view t : qbgateway::kTimeframes) {
             ctx.err << ' ' << t;
         }
         ctx.err << '\n';
         return kExitUsage;
     }
+    auto& window = ctx.app.window();
+    window.startUp();
+    window.selectTimeframe(std::string_view(*canonical));
     window.selectDocumentType(*type);
     printCompany(ctx, ctx.err);
     return window.listDocument().empty() ? kExitGateway : kExitOk;
@@ -90,7 +111,7 @@ int listCommand(CommandContext& ctx, const Args& args) {
         "        Timesheet (by customer) or TimesheetA (by entity)\n"
         "  NAME: ThisWeekToDate (default), ThisMonthToDate, ThisFiscalQuarterToDate,\n"
         "        ThisFiscalYearToDate, LastWeek, LastMonth, LastFiscalQuarter,\n"
-        "        LastFiscalYear or ALL\n";
+        "        LastFiscalYear or ALL (TYPE and NAME in any case)\n";
     int rc = loadListFromArgs(ctx, args, kUsage, nullptr);
     if (rc == kExitOk) {
         printList(ctx.app.window().list(), ctx.out);
@@ -99,13 +120,55 @@ int listCommand(CommandContext& ctx, const Args& args) {
 }
 
 int companyCommand(CommandContext& ctx, const Args& args) {
-    if (!args.empty()) {
-        ctx.err << "Usage: dorvane company\n";
+    static constexpr const char* kUsage =
+        "Usage: dorvane company\n"
+        "       dorvane company set FIELD VALUE [FIELD VALUE ...]\n"
+        "  FIELD: CompanyName, Addr1, Addr2, City, State, Zip, Country, Phone, Fax, Email,\n"
+        "  Website (any case). Only Addr2, Fax and Website may stay empty.\n";
+    auto& company = ctx.app.company();
+    if (args.empty()) {
+        company.retrieveCompanyInfo();
+        if (!quickBooksReached(ctx)) {
+            return kExitGateway;
+        }
+        printCompany(ctx, ctx.out);
+        return company.companyNode() ? kExitOk : kExitFailed;
+    }
+    if (args[0] != "set" || args.size() < 3 || args.size() % 2 == 0) {
+        ctx.err << kUsage;
         return kExitUsage;
     }
-    ctx.app.company().retrieveCompanyInfo();
+    TerminalUi::FieldValues values;
+    for (std::size_t i = 1; i + 1 < args.size(); i += 2) {
+        if (!company::editorField(args[i])) {
+            ctx.err << "dorvane: unknown field '" << args[i] << "'\n" << kUsage;
+            return kExitUsage;
+        }
+        values.emplace_back(args[i], args[i + 1]);
+    }
+    // The editor comes up where the window brings it up: when the open company file has no
+    // record yet, or through "&Edit Company Info" where the window enables that entry.
+    ctx.ui.answerCompanyEditor(std::move(values));
+    company.retrieveCompanyInfo();
+    if (!quickBooksReached(ctx)) {
+        return kExitGateway;
+    }
+    if (ctx.ui.companyEditorShown() == 0) {
+        if (company.companyNode() && !ctx.app.window().control("editcompanyinfo").enabled) {
+            ctx.err << "QuickBooks supplies this company's information; change it in QuickBooks.\n";
+            return kExitFailed;
+        }
+        company.editCompanyInfo();
+        if (ctx.ui.companyEditorShown() == 0) {
+            return kExitFailed;
+        }
+        company.retrieveCompanyInfo();
+    }
+    if (!ctx.ui.companyEditorAccepted()) {
+        return kExitFailed;
+    }
     printCompany(ctx, ctx.out);
-    return ctx.app.company().companyNode() ? kExitOk : kExitFailed;
+    return kExitOk;
 }
 
 }  // namespace dorvane::cli

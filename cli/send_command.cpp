@@ -51,13 +51,17 @@ int settingsCommand(CommandContext& ctx, const Args& args) {
         "       dorvane settings set SECTION KEY VALUE\n"
         "  Sections: SMTP (Hostname, Port, User, Pwd, Trace), Settings (MailOption, Test,\n"
         "  EmailAdr, Attachment, ReturnReceipt, BCC, BCCAdr, alwaysBCC, altEmail, Encrypt),\n"
-        "  Import. Keys ignore case.\n";
+        "  Import (Item, ItemGroup, Term, Account, IgnoreAuthNetCust). Keys ignore case; a\n"
+        "  value never set reads as its default.\n";
     auto& store = ctx.app.settings();
     if (args.size() == 3 && args[0] == "get") {
-        if (!store.contains(args[1], args[2])) {
+        // A value never set reads as the default the program takes for it.
+        std::optional<std::string> value = store.value(args[1], args[2]);
+        if (!value) {
+            ctx.err << "dorvane: " << args[1] << ' ' << args[2] << " is not set\n";
             return kExitFailed;
         }
-        ctx.out << store.get(args[1], args[2]) << '\n';
+        ctx.out << *value << '\n';
         return kExitOk;
     }
     if (args.size() == 4 && args[0] == "set") {

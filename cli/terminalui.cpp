@@ -7,6 +7,7 @@
 #include <string>
 
 #include "common/text.h"
+#include "company/companyeditor.h"
 
 namespace dorvane::cli {
 
@@ -47,6 +48,10 @@ ui::Answer TerminalUi::messageBox(std::string_view text, std::string_view title,
 
 std::optional<std::string> TerminalUi::inputBox(std::string_view prompt, std::string_view title,
                                                 std::string_view preset) {
+    if (m_assumeYes) {
+        // --yes presses OK on the box as it comes up, preset and all.
+        return std::string(preset);
+    }
     if (!m_interactive) {
         return std::nullopt;
     }
@@ -79,6 +84,22 @@ void TerminalUi::openWithDesktop(std::string_view path) {
 }
 
 bool TerminalUi::runDialog(ui::DialogModel& model) {
+    if (auto* editor = dynamic_cast<company::CompanyEditorModel*>(&model)) {
+        ++m_companyEditorShown;
+        if (!m_companyValues) {
+            m_err << "No company information is kept for this company file yet; enter it with\n"
+                     "  dorvane company set CompanyName NAME Addr1 STREET City CITY State STATE"
+                     " Zip ZIP\n"
+                     "      Country COUNTRY Phone PHONE Email ADDRESS [Addr2 ..] [Fax ..]"
+                     " [Website ..]\n";
+            return false;
+        }
+        for (const auto& [control, value] : *m_companyValues) {
+            editor->setValue(control, value);
+        }
+        m_companyEditorAccepted = editor->accept();
+        return m_companyEditorAccepted;
+    }
     m_err << "The dialog " << model.dialogName() << " needs the window.\n";
     return false;
 }

@@ -3,11 +3,16 @@
 //
 // Message boxes go to the error stream. A question is answered from the options (--yes) or,
 // on a terminal, by the person at the keyboard; anywhere else it is answered Cancel/No and an
-// input box answers nothing, so a script never hangs on a question.
+// input box answers nothing, so a script never hangs on a question. With --yes an input box
+// answers its preset, as OK pressed on the unchanged box would.
 #pragma once
 
 #include <iosfwd>
 #include <istream>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "ui/uiport.h"
 
@@ -33,6 +38,15 @@ public:
     // How many message boxes were shown (the commands' exit status looks at it).
     int messagesShown() const { return m_messages; }
 
+    // Answers for the company editor (Dialog2), as `dorvane company set` gives them: each
+    // named text box gets its value, the others keep what the dialog shows, and OK is
+    // pressed. Without answers the editor is refused: it needs the window.
+    using FieldValues = std::vector<std::pair<std::string, std::string>>;
+    void answerCompanyEditor(FieldValues values) { m_companyValues = std::move(values); }
+    // How often the company editor came up, and whether OK went through the last time.
+    int companyEditorShown() const { return m_companyEditorShown; }
+    bool companyEditorAccepted() const { return m_companyEditorAccepted; }
+
 private:
     std::optional<std::string> ask(std::string_view prompt);
 
@@ -41,6 +55,9 @@ private:
     bool m_interactive;
     std::istream* m_in;
     int m_messages = 0;
+    std::optional<FieldValues> m_companyValues;
+    int m_companyEditorShown = 0;
+    bool m_companyEditorAccepted = false;
 };
 
 }  // namespace dorvane::cli

@@ -14,6 +14,24 @@ void setPathText(xml::Node node, std::string_view path, std::string_view value) 
     at.setText(value);
 }
 
+const EditorField* editorField(std::string_view control) {
+    for (const EditorField& f : kEditorFields) {
+        if (text::equalsIgnoreCase(control, f.control)) {
+            return &f;
+        }
+    }
+    return nullptr;
+}
+
+bool CompanyEditorModel::setValue(std::string_view control, std::string value) {
+    const EditorField* f = editorField(control);
+    if (!f) {
+        return false;
+    }
+    values[static_cast<std::size_t>(f - kEditorFields.data())] = std::move(value);
+    return true;
+}
+
 CompanyEditorModel::CompanyEditorModel(ui::UiPort& ui, xml::Node record, std::string companyFile)
     : m_ui(ui), m_record(record), m_companyFile(std::move(companyFile)) {
     for (std::size_t i = 0; i < kEditorFields.size(); ++i) {

@@ -36,6 +36,9 @@ inline constexpr std::array<EditorField, 11> kEditorFields = {{
 
 inline constexpr const char* kAllFieldsRequired = "All fields are required !";
 
+// The text box with this control name (any case), or null.
+const EditorField* editorField(std::string_view control);
+
 // The dialog's state. The front end shows `values` in the text boxes (same order as
 // kEditorFields), lets the user change them and calls accept() on OK: when it answers false
 // the dialog stays open.
@@ -47,6 +50,9 @@ public:
     std::string_view dialogName() const override { return "Dialog2"; }
 
     std::array<std::string, kEditorFields.size()> values;
+
+    // Types `value` into the text box named `control` (any case); false when there is none.
+    bool setValue(std::string_view control, std::string value);
 
     // Checks the required fields (showing "All fields are required !" when one is empty) and
     // writes FileName and every field into the record.

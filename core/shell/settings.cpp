@@ -43,7 +43,22 @@ std::string unescape(std::string_view in) {
     return out;
 }
 
+// A flag or option as a send run reads it, with the program's default.
+std::int16_t flag(const SettingsStore& store, std::string_view section, std::string_view key) {
+    const SettingDefault* d = settingDefault(section, key);
+    return store.getInt(section, key, d ? text::toInt16(d->value).value_or(0) : 0);
+}
+
 }  // namespace
+
+const SettingDefault* settingDefault(std::string_view section, std::string_view key) {
+    for (const SettingDefault& d : kSettingDefaults) {
+        if (text::equalsIgnoreCase(section, d.section) && text::equalsIgnoreCase(key, d.key)) {
+            return &d;
+        }
+    }
+    return nullptr;
+}
 
 SettingsStore::SettingsStore(std::filesystem::path file) : m_file(std::move(file)) {
     reload();
@@ -124,6 +139,17 @@ bool SettingsStore::contains(std::string_view section, std::string_view key) con
     return false;
 }
 
+std::optional<std::string> SettingsStore::value(std::string_view section,
+                                                std::string_view key) const {
+    if (contains(section, key)) {
+        return get(section, key);
+    }
+    if (const SettingDefault* d = settingDefault(section, key)) {
+        return std::string(d->value);
+    }
+    return std::nullopt;
+}
+
 std::string SettingsStore::get(std::string_view section, std::string_view key,
                                std::string_view fallback) const {
     if (const Section* s = findSection(section)) {
@@ -200,17 +226,17 @@ Status SettingsStore::save() const {
 
 MailSettings loadMailSettings(const SettingsStore& store) {
     MailSettings m;
-    m.test = store.getInt("Settings", "Test", 0);
-    m.emailAdr = store.get("Settings", "EmailAdr");
-    m.mailOption = store.getInt("Settings", "MailOption", 0);
-    m.trace = store.getInt("SMTP", "Trace", 0);
-    m.bcc = store.getInt("Settings", "BCC", 0);
-    m.bccAdr = store.get("Settings", "BCCAdr");
-    m.alwaysBcc = store.getInt("Settings", "alwaysBCC", 0);
-    m.altEmail = store.getInt("Settings", "altEmail", 0);
-    m.attachment = store.getInt("Settings", "Attachment", 0);
-    m.returnReceipt = store.getInt("Settings", "ReturnReceipt", 0);
-    m.encrypt = store.getInt("Settings", "Encrypt", 0);
+    m.test = flag(store, "Settings", "Test");
+    m.emailAdr = store.value("Settings", "EmailAdr").value_or("");
+    m.mailOption = flag(store, "Settings", "MailOption");
+    m.trace = flag(store, "SMTP", "Trace");
+    m.bcc = flag(store, "Settings", "BCC");
+    m.bccAdr = store.value("Settings", "BCCAdr").value_or("");
+    m.alwaysBcc = flag(store, "Settings", "alwaysBCC");
+    m.altEmail = flag(store, "Settings", "altEmail");
+    m.attachment = flag(store, "Settings", "Attachment");
+    m.returnReceipt = flag(store, "Settings", "ReturnReceipt");
+    m.encrypt = flag(store, "Settings", "Encrypt");
     return m;
 }
 

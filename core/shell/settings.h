@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,6 +21,38 @@
 namespace dorvane::shell {
 
 inline constexpr const char* kApplicationKey = "DV01";
+
+// A value the program reads, and what it takes when the value was never stored.
+struct SettingDefault {
+    const char* section;
+    const char* key;
+    const char* value;
+};
+inline constexpr SettingDefault kSettingDefaults[] = {
+    {"SMTP", "Hostname", ""},
+    {"SMTP", "Port", "25"},
+    {"SMTP", "User", ""},
+    {"SMTP", "Pwd", ""},
+    {"SMTP", "Trace", "0"},
+    {"Settings", "MailOption", "0"},
+    {"Settings", "Test", "0"},
+    {"Settings", "EmailAdr", ""},
+    {"Settings", "Attachment", "0"},
+    {"Settings", "ReturnReceipt", "0"},
+    {"Settings", "BCC", "0"},
+    {"Settings", "BCCAdr", ""},
+    {"Settings", "alwaysBCC", "0"},
+    {"Settings", "altEmail", "0"},
+    {"Settings", "Encrypt", "0"},
+    {"Import", "Item", "Uncategorized Expenses"},
+    {"Import", "ItemGroup", "Uncategorized Expense Group"},
+    {"Import", "Term", "Net 30"},
+    {"Import", "Account", "[Expense] Uncategorized Expenses"},
+    {"Import", "IgnoreAuthNetCust", "0"},
+};
+// The default of a value the program reads (section and key in any case); null for a value
+// it does not know.
+const SettingDefault* settingDefault(std::string_view section, std::string_view key);
 
 class SettingsStore {
 public:
@@ -37,6 +70,9 @@ public:
     std::int16_t getInt(std::string_view section, std::string_view key,
                         std::int16_t fallback) const;
     bool contains(std::string_view section, std::string_view key) const;
+    // The stored value, else the program's default for it (kSettingDefaults); nullopt for a
+    // value neither stored nor known.
+    std::optional<std::string> value(std::string_view section, std::string_view key) const;
 
     // Writes one value and saves the file.
     Status set(std::string_view section, std::string_view key, std::string_view value);

@@ -4,6 +4,7 @@
 
 #include "support/mailservers.h"
 #include "support/testsupport.h"
+#include "xml/xml.h"
 
 namespace dorvane::test {
 namespace {
@@ -67,8 +68,14 @@ TEST_F(Cli, RequestReportsAGatewayFailureWithItsText) {
     EXPECT_EQ(err, "QuickBooks Access Error\nCould not start QuickBooks.(-2147220472)\n");
 
     writeFile(home / "qb" / "failures.txt", "BeginSession 0x80040416 none\n");
-    EXPECT_EQ(dorvane("request " + (home / "req.xml").string()), 2);
-    EXPECT_EQ(err, "Please open Quickbooks and select the appropriate Company file\n");
+    for (const std::string& command :
+         {"request " + (home / "req.xml").string(), std::string("company"),
+          std::string("company set Phone 555-0100"), std::string("list Invoice")}) {
+        EXPECT_EQ(dorvane(command), 2) << command;
+        EXPECT_EQ(err.rfind("Please open Quickbooks and select the appropriate Company file\n", 0),
+                  0u)
+            << command << ": " << err;
+    }
 
     EXPECT_EQ(dorvane("request " + (home / "missing.xml").string()), 64);
 }
@@ -88,7 +95,7 @@ TEST_F(Cli, ListPrintsRowsWithCheckMarks) {
               "OK\"><CustomerRet><ListID>C1</ListID><Email>able@example.com</Email></CustomerRet>"
               "</CustomerQueryRs></QBXMLMsgsRs></QBXML>");
     writeFile(home / "program" / "EmailsSent.log", "");
-    EXPECT_EQ(dorvane("list estimate --timeframe ALL"), 0) << err;
+    EXPECT_EQ(dorvane("list estimate --timeframe all"), 0) << err;
     EXPECT_EQ(out,
               "Date\tEstimate ID\tCustomer\tBalance\tEMail\tStatus\n"
               "[x]\t2026-11-17\tE-1\tAble Co\t40.00\table@example.com\tReady to send\n");
@@ -98,18 +105,128 @@ TEST_F(Cli, ListPrintsRowsWithCheckMarks) {
     EXPECT_EQ(readFile(home / "program" / "QBXMLReq.txt").find("DateMacro"), std::string::npos)
         << "ALL removes the date filter";
 
-    EXPECT_EQ(dorvane("list Estimate --timeframe Yesterday"), 64);
-    EXPECT_EQ(dorvane("list Receipts"), 64);
+    EXPECT_EQ(dorvane("list Estimate --timeframe lastFISCALquarter"), 0) << err;
+    EXPECT_NE(readFile(home / "program" / "QBXMLReq.txt")
+                  .find("<DateMacro>LastFiscalQuarter</DateMacro>"),
+              std::string::npos);
+
+    // A wrong command line is refused before anything talks to QuickBooks.
+    for (const char* wrong : {"list Estimate --timeframe Yesterday", "list Receipts",
+                              "send Invoice --timeframe Tomorrow"}) {
+        std::filesystem::remove(home / "program" / "QBXMLReq.txt");
+        EXPECT_EQ(dorvane(wrong), 64) << wrong;
+        EXPECT_FALSE(std::filesystem::exists(home / "program" / "QBXMLReq.txt")) << wrong;
+    }
+}
+
+TEST_F(Cli, SettingsReadTheirDefaultsUntilSet) {
+    struct Case {
+        const char* args;
+        int rc;
+        const char* out;
+    };
+    const Case cases[] = {
+        {"settings get SMTP Port", 0, "25\n"},
+        {"settings get settings mailoption", 0, "0\n"},
+        {"settings get SMTP Hostname", 0, "\n"},
+        {"settings get Import Account", 0, "[Expense] Uncategorized Expenses\n"},
+        {"settings get SMTP Nothing", 1, ""},
+        {"settings set SMTP port 2525", 0, ""},
+        {"settings get SMTP Port", 0, "2525\n"},
+        {"settings frob", 64, ""},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(dorvane(c.args), c.rc) << c.args << ": " << err;
+        EXPECT_EQ(out, c.out) << c.args;
+    }
+}
+
+TEST_F(Cli, CompanySetKeepsTheRecordAsTheWindowsEditorDoes) {
+    const std::string ok = "statusCode=\"0\" statusSeverity=\"Info\" statusMessage=\"Status OK\"";
+    writeFile(home / "qb" / "CompanyQueryRs.xml",
+              "<?xml version=\"1.0\" ?><QBXML><QBXMLMsgsRs><CompanyQueryRs " + ok +
+                  "/></QBXMLMsgsRs></QBXML>");
+    writeFile(home / "qb" / "companyfile.txt", "C:\\Books\\joinery.qbw");
+    // The open company file's record in companyinfo.xml: field → value ("" = absent).
+    const auto stored = [&](const std::string& field) {
+        auto file = xml::Document::load((home / "program" / "companyinfo.xml").string());
+        EXPECT_TRUE(file);
+        auto records =
+            file->selectAll("/CompanyInfo/CompanyRet[FileName='C:\\Books\\joinery.qbw']");
+        EXPECT_LE(records.size(), 1u) << "one record per company file";
+        return records.empty() ? std::string() : records.front().valueOf(field);
+    };
+    struct Case {
+        std::string args;
+        int rc;
+        std::string said;  // in the output or the messages
+        std::vector<std::pair<std::string, std::string>> record;
+    };
+    const Case cases[] = {
+        // No record yet: the command line says how to give one.
+        {"company", 1, "dorvane company set CompanyName", {{"CompanyName", ""}}},
+        // The editor's own rule: only Addr2, Fax and Website may stay empty.
+        {"company set CompanyName X Addr1 Y City Z State ME Zip 1 Country US Email x@example.com",
+         1,
+         "All fields are required !",
+         {{"CompanyName", ""}}},
+        {"company set companyname 'Harbor Lane Joinery' Addr1 '12 Quay St' City Portland "
+         "State ME Zip 04101 Country US Phone 207-555-0100 Email office@example.com",
+         0,
+         "Harbor Lane Joinery\n12 Quay St \nPortland ME 04101\n",
+         {{"LegalCompanyName", "Harbor Lane Joinery"},
+          {"LegalAddress/City", "Portland"},
+          {"Address/PostalCode", "04101"},
+          {"Phone", "207-555-0100"}}},
+        // A correction goes through the editor the menu opens on the stored record.
+        {"company set Phone 207-555-0199 WEBSITE www.example.com",
+         0,
+         "Harbor Lane Joinery",
+         {{"Phone", "207-555-0199"},
+          {"CompanyWebSite", "www.example.com"},
+          {"Address/City", "Portland"}}},
+        {"company set Colour red", 64, "unknown field 'Colour'", {{"Phone", "207-555-0199"}}},
+        {"company set Phone", 64, "Usage: dorvane company", {{"Phone", "207-555-0199"}}},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(dorvane(c.args), c.rc) << c.args << ": " << err;
+        EXPECT_NE((out + err).find(c.said), std::string::npos) << c.args << ":\n" << out << err;
+        EXPECT_EQ(err.find("needs the window"), std::string::npos) << c.args;
+        for (const auto& [field, value] : c.record) {
+            EXPECT_EQ(stored(field), value) << c.args << ": " << field;
+        }
+    }
+
+    // Where QuickBooks supplies the record, Dorvane keeps none to edit.
+    writeFile(home / "qb" / "CompanyQueryRs.xml",
+              "<?xml version=\"1.0\" ?><QBXML><QBXMLMsgsRs><CompanyQueryRs " + ok +
+                  "><CompanyRet><CompanyName>Quay Books</CompanyName></CompanyRet></CompanyQueryRs>"
+                  "</QBXMLMsgsRs></QBXML>");
+    EXPECT_EQ(dorvane("company set Phone 1"), 1);
+    EXPECT_NE(err.find("QuickBooks supplies"), std::string::npos) << err;
+    EXPECT_EQ(stored("Phone"), "207-555-0199");
+}
+
+TEST_F(Cli, ANewCompanyFileKnowsOnlyItsName) {
+    const auto file = home / "Acme Tools.dvq";
+    EXPECT_EQ(dorvane("sandbox new '" + file.string() + "'", "sandbox"), 0) << err;
+    writeFile(home / "req.xml",
+              "<?xml version=\"1.0\" ?><?qbxml version=\"2.0\"?><QBXML><QBXMLMsgsRq "
+              "onError=\"stopOnError\"><CompanyQueryRq/></QBXMLMsgsRq></QBXML>");
+    EXPECT_EQ(dorvane("request " + (home / "req.xml").string(), "sandbox"), 0) << err;
+    for (const char* element : {"<Address>", "<Phone>", "<Email>", "<EIN>", "<CompanyType>",
+                                "<CompanyWebSite>", "<LegalAddress>"}) {
+        EXPECT_EQ(out.find(element), std::string::npos) << element << " in\n" << out;
+    }
+    EXPECT_NE(out.find("<CompanyName>Acme Tools</CompanyName>"), std::string::npos) << out;
+    EXPECT_EQ(dorvane("company", "sandbox"), 0) << err;
+    EXPECT_EQ(out, "Acme Tools\n");
 }
 
 TEST_F(Cli, SettingsAndSendThroughARealServer) {
     SmtpTestServer server;
     EXPECT_EQ(dorvane("settings set SMTP Hostname 127.0.0.1"), 0) << err;
     EXPECT_EQ(dorvane("settings set smtp port " + server.portText()), 0);
-    EXPECT_EQ(dorvane("settings get SMTP Port"), 0);
-    EXPECT_EQ(out, server.portText() + "\n");
-    EXPECT_EQ(dorvane("settings get SMTP Nothing"), 1);
-    EXPECT_EQ(dorvane("settings frob"), 64);
 
     const std::string ok = "statusCode=\"0\" statusSeverity=\"Info\" statusMessage=\"Status OK\"";
     writeFile(home / "qb" / "CompanyQueryRs.xml",
@@ -153,6 +270,19 @@ TEST_F(Cli, SettingsAndSendThroughARealServer) {
     EXPECT_EQ(dorvane("send Invoice"), 0);
     EXPECT_EQ(out, "");
     EXPECT_EQ(server.record().accepted().size(), 2u);
+
+    // Asked for each address ("altEmail"): a script gets no answer, --yes takes the one the
+    // box suggests.
+    writeFile(home / "program" / "EmailsSent.log", "");
+    EXPECT_EQ(dorvane("settings set Settings altEmail 1"), 0);
+    EXPECT_EQ(dorvane("send Invoice"), 1);
+    EXPECT_EQ(out.find("sent\t"), std::string::npos) << out;
+    EXPECT_EQ(server.record().accepted().size(), 2u);
+    EXPECT_EQ(dorvane("--yes send Invoice"), 0) << err;
+    EXPECT_EQ(out,
+              "sent\t11-1\tAble Co\table@example.test\n"
+              "sent\t11-2\tRefused\tno@example.test\n");
+    EXPECT_EQ(server.record().accepted().size(), 4u);
 }
 
 TEST_F(Cli, SendExitsWithOneWhenADocumentDidNotGoOut) {
