@@ -138,7 +138,7 @@ void MimeMessage::setSubject(std::string_view subject) {
         value.pop_back();
     }
     if (value.empty()) {
-        value = " ";  // the blank after the colon
+        value.push_back(' ');  // the blank after the colon
     }
     value += std::string(trailing) + "\n";
     g_mime_header_set_raw_value(header, value.c_str());
