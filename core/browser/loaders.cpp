@@ -4,8 +4,10 @@
 #include <array>
 #include <cstdlib>
 #include <unordered_map>
+#include <utility>
 
 #include "browser/sentlog.h"
+#include "common/memory.h"
 #include "common/text.h"
 #include "company/companyinfo.h"
 #include "qbgateway/gateway.h"
@@ -121,10 +123,10 @@ bool DocumentBrowser::fetch(const char* templateName, const std::string& timefra
     const std::string request =
         qbgateway::fillDateMacro(m_folder.readProgramFile(templateName), timeframe);
     // The last list's document goes before the new one is read (a failed answer would
-    // replace it anyway), so the two are never held at once and the new one is built in the
-    // memory the old one leaves.
-    m_window.listDocument() = xml::Document();
-    m_recipients.indexListDocument(m_window.listDocument());
+    // replace it anyway). Freeing a tree of a million nodes takes a while: a worker does it
+    // while QuickBooks answers, and the new tree is built in the memory the old one leaves.
+    m_recipients.indexListDocument(xml::Document());
+    memory::disposeLater(std::exchange(m_window.listDocument(), xml::Document()));
     const std::string response = m_gateway.processCompanyRequest(request);
     auto doc = xml::Document::parse(response);
     // The failed answer replaces the list document too; the rows stay as they were.

@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "qbgateway/gateway.h"
 
+#include <utility>
+
+#include "common/files.h"
+#include "common/memory.h"
 #include "common/text.h"
 #include "qbgateway/programfolder.h"
 #include "ui/uiport.h"
@@ -30,10 +34,21 @@ T take(Result<T>&& r) {
     return std::move(r).value();
 }
 
+// One writer for the whole program, so that traces reach the files in the order of the
+// exchanges; it finishes its work when the program ends.
+memory::BackgroundQueue& traceWriter() {
+    static memory::BackgroundQueue writer;
+    return writer;
+}
+
 }  // namespace
 
 Gateway::Gateway(const ProgramFolder& folder, ui::UiPort& ui, ProcessorFactory factory)
     : m_folder(folder), m_ui(ui), m_factory(std::move(factory)) {}
+
+Gateway::~Gateway() {
+    waitForTraces();
+}
 
 std::string Gateway::processRequest(const std::string& request) {
     return exchange(request, false);
@@ -44,6 +59,12 @@ std::string Gateway::processCompanyRequest(const std::string& request) {
 }
 
 std::string Gateway::exchange(const std::string& request, bool askCompanyFile) {
+    waitForTraces();
+    if (m_traceFailure) {
+        // The last answer could not be traced: said now, as a failed write of the call
+        // before would have been.
+        m_ui.messageBox(failureMessage(*std::exchange(m_traceFailure, std::nullopt)));
+    }
     try {
         // The request trace is written whether or not QuickBooks can be reached.
         // Traces only need to be whole, not to outlive a power cut: no flush to the disk.
@@ -62,7 +83,15 @@ std::string Gateway::exchange(const std::string& request, bool askCompanyFile) {
         if (askCompanyFile) {
             noteCompanyFile(companyFile);
         }
-        m_folder.writeProgramFile(response, kResponseTrace, files::Durability::Replaced);
+        // A list answer runs to tens of megabytes: the worker writes its copy while the
+        // caller goes on.
+        traceWriter().post([this, path = m_folder.filePath(kResponseTrace), text = response] {
+            Status written = files::writeAtomically(path, {text, "\r\n"}, std::nullopt,
+                                                    files::Durability::Replaced);
+            if (!written) {
+                m_traceFailure = written.error();
+            }
+        });
         return response;
     } catch (const StepFailed& failed) {
         if (static_cast<std::uint32_t>(failed.error.code) == kErrNoCompanyFile) {
@@ -74,6 +103,10 @@ std::string Gateway::exchange(const std::string& request, bool askCompanyFile) {
         m_ui.messageBox(failureMessage(Error{e.code(), e.description()}));
     }
     return {};
+}
+
+void Gateway::waitForTraces() {
+    traceWriter().wait();
 }
 
 void Gateway::noteCompanyFile(const std::string& fileName) {

@@ -4,11 +4,14 @@
 // Each call makes a new request processor, opens a connection and a session, sends the one
 // request, ends the session and closes the connection. Nothing stays open between calls.
 // The request is traced to "QBXMLReq.txt" before anything else; the response to
-// "QBXMLResult.txt" only when every step succeeded. A failed step ends the call at once
-// (no EndSession, no CloseConnection), shows the failure in a message box and answers "".
+// "QBXMLResult.txt" only when every step succeeded, by a worker thread while the caller reads
+// the response (the next exchange, and the end of the program, wait for it). A failed step ends the
+// call at once (no EndSession, no CloseConnection), shows the failure in a message box and answers
+// "".
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "qbgateway/requestprocessor.h"
@@ -28,6 +31,9 @@ inline constexpr const char* kNoCompanyMessage =
 class Gateway {
 public:
     Gateway(const ProgramFolder& folder, ui::UiPort& ui, ProcessorFactory factory);
+    ~Gateway();
+    Gateway(const Gateway&) = delete;
+    Gateway& operator=(const Gateway&) = delete;
 
     std::string processRequest(const std::string& request);
     // As processRequest, and also asks which company file is open and notes it.
@@ -45,6 +51,10 @@ public:
     // The message a failed step shows.
     static std::string failureMessage(const Error& error);
 
+    // Returns when the response trace of the last exchange is on file. Each exchange waits
+    // for it before it writes its own request trace, and so does the end of the program.
+    void waitForTraces();
+
 private:
     std::string exchange(const std::string& request, bool askCompanyFile);
 
@@ -53,6 +63,8 @@ private:
     ProcessorFactory m_factory;
     std::string m_currentCompanyFile;
     std::function<void()> m_companyChanged;
+    // Written by the trace writer, reported by the next exchange.
+    std::optional<Error> m_traceFailure;
 };
 
 }  // namespace dorvane::qbgateway

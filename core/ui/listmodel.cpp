@@ -3,6 +3,9 @@
 
 #include <algorithm>
 #include <string_view>
+#include <utility>
+
+#include "common/memory.h"
 
 namespace dorvane::ui {
 
@@ -13,7 +16,7 @@ void ListModel::clear() {
 }
 
 void ListModel::setRows(std::vector<ListRow> rows) {
-    m_rows = std::move(rows);
+    memory::disposeLater(std::exchange(m_rows, std::move(rows)));
     for (ListRow& r : m_rows) {
         if (r.cells.size() < m_columns.size()) {
             r.cells.resize(m_columns.size());

@@ -85,7 +85,10 @@ protected:
               return std::unique_ptr<RequestProcessor>(new ScriptedProcessor(journal));
           }) {}
 
-    std::string trace(const char* name) { return test::readFile(dir / name); }
+    std::string trace(const char* name) {
+        gateway.waitForTraces();
+        return test::readFile(dir / name);
+    }
 
     TempDir dir;
     ScriptedUi ui;
@@ -178,6 +181,20 @@ TEST_F(GatewayTest, AnUnwritableTraceIsAFailedCall) {
     ASSERT_EQ(ui.messages.size(), 1u);
     EXPECT_EQ(ui.messages[0].text.rfind("QuickBooks Access Error\r\n", 0), 0u);
     EXPECT_TRUE(journal.calls.empty());
+
+    // The answer's trace is written while the caller reads the answer; a failure is told
+    // by the next exchange.
+    std::filesystem::remove(dir / "QBXMLReq.txt");
+    std::filesystem::create_directory(dir / "QBXMLResult.txt");
+    ui.messages.clear();
+    EXPECT_EQ(gateway.processRequest("<r/>"), journal.response);
+    gateway.waitForTraces();
+    EXPECT_TRUE(ui.messages.empty());
+    std::filesystem::remove(dir / "QBXMLResult.txt");
+    EXPECT_EQ(gateway.processRequest("<r/>"), journal.response);
+    ASSERT_EQ(ui.messages.size(), 1u);
+    EXPECT_EQ(ui.messages[0].text.rfind("QuickBooks Access Error\r\n", 0), 0u);
+    EXPECT_EQ(trace("QBXMLResult.txt"), journal.response + "\r\n");
 }
 
 TEST_F(GatewayTest, CompanyFileChangeReloadsOnlyOnARealSwitch) {
