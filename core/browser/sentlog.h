@@ -12,19 +12,19 @@
 #include <string_view>
 #include <vector>
 
+#include "common/clock.h"
+
 namespace dorvane::browser {
 
 inline constexpr const char* kSentLogFile = "EmailsSent.log";
 
 // One record for a document that went out, line break included.
-std::string sentRecord(
-    std::string_view txnId, std::string_view type,
-    std::chrono::system_clock::time_point when = std::chrono::system_clock::now());
+std::string sentRecord(std::string_view txnId, std::string_view type,
+                       std::chrono::system_clock::time_point when = clock::now());
 
 // Appends one record for a document that went out.
-void appendSentRecord(
-    std::string& sentLog, std::string_view txnId, std::string_view type,
-    std::chrono::system_clock::time_point when = std::chrono::system_clock::now());
+void appendSentRecord(std::string& sentLog, std::string_view txnId, std::string_view type,
+                      std::chrono::system_clock::time_point when = clock::now());
 
 // The date and time of a record: the local short date, a blank and the long time.
 std::string sentDateText(std::chrono::system_clock::time_point when);

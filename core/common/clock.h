@@ -2,11 +2,15 @@
 // Dorvane — today's date, which DORVANE_TODAY=YYYY-MM-DD fixes for tests and demonstrations.
 #pragma once
 
+#include <chrono>
 #include <string>
 
 namespace dorvane::clock {
 
 // Today as YYYY-MM-DD: $DORVANE_TODAY when it is set, else the local date.
 std::string todayIso();
+
+// The current moment; with $DORVANE_TODAY set, the current local time of day on that date.
+std::chrono::system_clock::time_point now();
 
 }  // namespace dorvane::clock
