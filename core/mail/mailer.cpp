@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <filesystem>
 
+#include <curl/curl.h>
+
 #include "common/text.h"
 #include "mail/mimecompose.h"
 #include "mail/mxresolver.h"
@@ -35,6 +37,79 @@ private:
     std::string m_path;
 };
 
+bool isCertificateTrouble(int result) {
+    switch (result) {
+        case CURLE_SSL_CONNECT_ERROR:
+        case CURLE_PEER_FAILED_VERIFICATION:
+        case CURLE_SSL_CERTPROBLEM:
+        case CURLE_SSL_CACERT_BADFILE:
+        case CURLE_SSL_ISSUER_ERROR:
+        case CURLE_SSL_PINNEDPUBKEYNOTMATCH:
+        case CURLE_SSL_INVALIDCERTSTATUS:
+            return true;
+        default:
+            return false;
+    }
+}
+
+// Why no connection was made, in words for the person who sends the mail: what is missing
+// or wrong and where to put it right. `directRecipient` is set for direct delivery.
+std::string explainConnectionFailure(int result, std::string_view host, std::string_view port,
+                                     std::string_view directRecipient, std::string_view detail) {
+    const bool direct = !directRecipient.empty();
+    const std::string name(text::trim(host));
+    if (name.empty()) {
+        if (direct) {
+            const auto at = directRecipient.find('@');
+            if (at == std::string_view::npos || at + 1 == directRecipient.size()) {
+                return "The address \"" + std::string(directRecipient) +
+                       "\" has no domain (the part after \"@\"), so there is no mail server "
+                       "to deliver to. Correct the e-mail address.";
+            }
+            return "No mail server was found for \"" + std::string(directRecipient.substr(at + 1)) +
+                   "\", the domain of the address \"" + std::string(directRecipient) +
+                   "\". Check the e-mail address.";
+        }
+        return "No SMTP server is set. Enter your mail server's name as \"SMTP Server Name\" "
+               "under Preferences > Parameter, or on the command line: dorvane settings set "
+               "SMTP Hostname smtp.example.com";
+    }
+    const std::string server = direct ? "The recipient's mail server \"" + name + "\""
+                                      : "The SMTP server \"" + name + "\"";
+    const std::string where =
+        direct ? std::string() : " Check the settings under Preferences > Parameter.";
+    if (result == kResultCouldNotResolveHost) {
+        return server + " was not found: the name is unknown" +
+               (direct ? "." : ". Check \"SMTP Server Name\" under Preferences > Parameter.") +
+               " Is this computer connected to the network?";
+    }
+    if (result == kResultCouldNotConnect) {
+        return server + " does not answer on port " + std::string(text::trim(port)) +
+               ": the connection was refused or the server cannot be reached." +
+               (direct ? " Try again later."
+                       : " Check \"SMTP Server Name\" and \"SMTP Port\" under Preferences > "
+                         "Parameter, and that the server is running.");
+    }
+    if (result == CURLE_OPERATION_TIMEDOUT) {
+        return server + " did not answer in time." + where;
+    }
+    if (isCertificateTrouble(result)) {
+        return server +
+               " showed a security certificate that this computer does not trust, so nothing "
+               "was sent to it. The server name must be the one the certificate was issued "
+               "for; ask your mail provider for the right name.";
+    }
+    if (result == CURLE_LOGIN_DENIED) {
+        return server + " refused the login (" + std::string(detail) +
+               "). Check \"SMTP User Name\" and \"SMTP Password\" under Preferences > "
+               "Parameter.";
+    }
+    if (result == kResultTlsRequired) {
+        return std::string(detail);
+    }
+    return server + " could not be reached (" + std::string(detail) + ")." + where;
+}
+
 std::string directPort() {
     const char* port = std::getenv(kDirectPortVariable);
     return port && *port ? std::string(port) : std::string("25");
@@ -63,6 +138,13 @@ int Mailer::openMailTransport(const MailContext& context, const shell::SettingsS
 int Mailer::openSmtpConnection(const MailContext& context, std::string_view port,
                                std::string_view host, std::string_view user,
                                std::string_view password) {
+    return connectTo(context, port, host, user, password, {});
+}
+
+int Mailer::connectTo(const MailContext& context, std::string_view port, std::string_view host,
+                      std::string_view user, std::string_view password,
+                      std::string_view directRecipient) {
+    m_connectionProblem.clear();
     if (m_smtp.connected()) {
         m_smtp.disconnect();
     }
@@ -91,11 +173,13 @@ int Mailer::openSmtpConnection(const MailContext& context, std::string_view port
     context.status("Connecting to SMTP");
     const int result = m_smtp.connect();
     if (result > 0) {
+        m_connectionProblem =
+            explainConnectionFailure(result, host, port, directRecipient, m_smtp.lastResultText());
         const std::string text = "Cannot connect to SMTP Server  " + std::to_string(result);
         context.ui.messageBox(text);
         context.status(text);
         if (result == kResultTlsRequired) {
-            context.ui.messageBox(m_smtp.lastResultText());
+            context.ui.messageBox(m_connectionProblem);
         }
     }
     context.status("Connected");
@@ -149,8 +233,11 @@ bool Mailer::composeAndSendSmtp(const MailContext& context, std::string_view sen
     }
     const int result = m_smtp.sendFile(messageFile, sender, recipients);
     if (result != 0) {
-        context.ui.messageBox(std::to_string(result) + " " + m_smtp.lastResultText() + " " +
-                              recipients);
+        // Without a connection, why there is none says more than "not connected".
+        const std::string& why = !m_smtp.connected() && !m_connectionProblem.empty()
+                                     ? m_connectionProblem
+                                     : m_smtp.lastResultText();
+        context.ui.messageBox(std::to_string(result) + " " + why + " " + recipients);
         return false;
     }
     return true;
@@ -167,7 +254,7 @@ bool Mailer::deliverDirect(const MailContext& context, std::string_view sender,
         domain.empty() ? std::string() : MxResolver::fromEnvironment().mailExchanger(domain);
 
     m_smtp.reset();
-    if (openSmtpConnection(context, directPort(), exchanger, "", "") != 0) {
+    if (connectTo(context, directPort(), exchanger, "", "", recipient) != 0) {
         return false;
     }
     context.status("Trying to send");

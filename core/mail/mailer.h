@@ -13,7 +13,9 @@
 // - "Please enter a vaild email address for testing" when a run in test mode has no test
 //   address (once per connection);
 // - for a refused message: the result number, the server's or libcurl's text and the
-//   envelope recipients, separated by blanks;
+//   envelope recipients, separated by blanks; when there is no connection, the text says
+//   what is missing or wrong (no server set, name unknown, nothing answering, certificate
+//   not trusted, login refused) and where to put it right;
 // - "Could not connect to Outlook 2000 or 2002" for the Outlook transport, which this system
 //   does not have.
 //
@@ -119,9 +121,17 @@ public:
     SmtpClient& smtpClient() { return m_smtp; }
 
 private:
+    // `openSmtpConnection`; `directRecipient` names the recipient in direct delivery, so
+    // that a failure is explained in its terms.
+    int connectTo(const MailContext& context, std::string_view port, std::string_view host,
+                  std::string_view user, std::string_view password,
+                  std::string_view directRecipient);
+
     SmtpClient m_smtp;
     MimeMessage m_message;
     bool m_outlookConnected = false;
+    // Why the last connection failed, in the person's words; empty when it did not.
+    std::string m_connectionProblem;
 };
 
 }  // namespace dorvane::mail

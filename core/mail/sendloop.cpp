@@ -250,6 +250,9 @@ void DocumentSender::runRows(const RunPlan& plan) {
         return;
     }
     const bool preview = m_window.previewChecked();
+    if (!preview && plan.logType && !sentLogWritable()) {
+        return;
+    }
     if (!preview && m_mailer.openMailTransport(context(), m_store) > 0) {
         return;
     }
@@ -290,10 +293,17 @@ void DocumentSender::runRows(const RunPlan& plan) {
                     try {
                         m_folder.appendProgramFile(record, browser::kSentLogFile);
                     } catch (const qbgateway::FileWriteError& e) {
-                        m_ui.messageBox("Could not write " +
-                                        m_folder.filePath(browser::kSentLogFile) + ": " +
-                                        e.description());
+                        // Whatever goes out after this is never logged and would be mailed
+                        // again by the next run: stop here.
                         logBroken = true;
+                        m_ui.messageBox(
+                            std::string(text::trim(subject)) + " for " + outcome.name +
+                            " was sent, but Dorvane could not note it in the sent log " +
+                            m_folder.filePath(browser::kSentLogFile) + " (" + e.description() +
+                            ").\r\nSending was stopped so that no document goes out twice: the "
+                            "documents still checked were not sent. Make the file writable "
+                            "before you send again; until then this document is not shown as "
+                            "\"Already sent\".");
                     }
                 }
             }
@@ -309,11 +319,27 @@ void DocumentSender::runRows(const RunPlan& plan) {
         showPreview(previewText);
         return;
     }
-    if (!logBroken) {
-        saveSentLog();
-    }
     m_mailer.disconnect();
+    if (logBroken) {
+        m_window.setStatusText("Sending stopped: the sent log could not be written");
+        return;
+    }
+    saveSentLog();
     m_window.setStatusText(plan.sentText);
+}
+
+bool DocumentSender::sentLogWritable() {
+    try {
+        m_folder.appendProgramFile("", browser::kSentLogFile);
+        return true;
+    } catch (const qbgateway::FileWriteError& e) {
+        m_ui.messageBox("Dorvane cannot write the sent log " +
+                        m_folder.filePath(browser::kSentLogFile) + " (" + e.description() +
+                        "), so nothing was sent: a document mailed now could not be noted as "
+                        "sent and would go out again. Make the file writable and send again.");
+        m_window.setStatusText("Nothing sent: the sent log cannot be written");
+        return false;
+    }
 }
 
 bool DocumentSender::saveSentLog() {

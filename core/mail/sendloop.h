@@ -7,7 +7,9 @@
 // the transport the settings name or gathered into one preview page. A document that went out
 // loses its check mark, and a transaction document is recorded in the sent log: its record is
 // added to the file right after the message, so that a run killed half-way never mails a
-// document twice, and the whole log is written back at the end of the run.
+// document twice, and the whole log is written back at the end of the run. A run whose
+// sent log cannot be written sends nothing, or stops right after the message it could not
+// note, so that no document is mailed twice.
 #pragma once
 
 #include <functional>
@@ -88,6 +90,8 @@ private:
     void runRows(const RunPlan& plan);
     // Writes the sent log whole; false (after telling the person) when it cannot.
     bool saveSentLog();
+    // Whether a record can be added to the sent log; tells the person when not.
+    bool sentLogWritable();
     MailContext context();
 
     ui::DocumentWindow& m_window;

@@ -403,6 +403,9 @@ int SmtpClient::connect() {
     if (!d.plan.refusal.empty()) {
         return fail(kResultTlsRequired, d.plan.refusal);
     }
+    if (d.host.empty()) {
+        return fail(kResultNoServer, "No SMTP server named");
+    }
     if (d.pinnedSet && d.pinned.empty()) {
         return fail(kResultCouldNotResolveHost, "Could not resolve host: " + d.host);
     }

@@ -29,6 +29,7 @@ namespace dorvane::mail {
 // Result numbers the client produces itself (they are libcurl's numbers for the same
 // trouble).
 inline constexpr int kResultUnsupportedProtocol = 1;
+inline constexpr int kResultNoServer = 3;  // no host name: libcurl's "malformed URL"
 inline constexpr int kResultCouldNotResolveHost = 6;
 inline constexpr int kResultCouldNotConnect = 7;
 inline constexpr int kResultReadError = 26;

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include "browser/sentlog.h"
+#include "mail/mxresolver.h"
 #include "qbgateway/responsefolder.h"
 #include "shell/application.h"
 #include "support/mailservers.h"
@@ -154,7 +155,8 @@ TEST_F(SendLoopTest, InvoicesGoOutOverOneConnectionAndAreLogged) {
     EXPECT_NE(logAtRow[0].find("<Invoice><TxnID>11-1</TxnID>"), std::string::npos);
     EXPECT_EQ(logAtRow[0].find("<TxnID>11-2"), std::string::npos);
     const std::string log = test::readFile(home / "program" / "EmailsSent.log");
-    EXPECT_NE(log.find("<TxnID>11-2</TxnID>"), std::string::npos);
+    EXPECT_NE(log.find("<TxnID>11-2</TxnID><SentDate>2026-11-18 "), std::string::npos)
+        << "the send date follows DORVANE_TODAY: " << log;
     EXPECT_TRUE(log.ends_with("</Invoice>\r\n\r\n"));
 
     // The next list shows them as sent, and a second press sends nothing.
@@ -217,8 +219,170 @@ TEST_F(SendLoopTest, ARefusedMessageStaysCheckedAndTheRunGoesOn) {
     ASSERT_EQ(ui.messages.size(), 1u);
     EXPECT_NE(ui.messages[0].text.find("able@example.test"), std::string::npos);
     const std::string log = test::readFile(home / "program" / "EmailsSent.log");
-    EXPECT_EQ(log.find("11-1"), std::string::npos);
-    EXPECT_NE(log.find("11-2"), std::string::npos);
+    EXPECT_EQ(log.find("<TxnID>11-1"), std::string::npos);
+    EXPECT_NE(log.find("<TxnID>11-2"), std::string::npos);
+}
+
+// Which rows go out, and to whom, under the recipient settings.
+struct RecipientCase {
+    const char* name;
+    std::vector<shell::SettingsStore::Change> settings;
+    bool checkRowWithoutAddress;
+    std::vector<std::vector<std::string>> envelopes;  // one per message, in row order
+    std::vector<std::string> boxes;
+};
+
+TEST_F(SendLoopTest, RecipientSettingsDecideWhoGetsEachMessage) {
+    using Strings = std::vector<std::string>;
+    const Strings able{"able@example.test"};
+    const Strings baker{"baker@example.test"};
+    const RecipientCase cases[] = {
+        {"blind copies with the box unticked go nowhere",
+         {{"Settings", "BCC", "0"}, {"Settings", "BCCAdr", "boss@example.test"}},
+         false,
+         {able, baker},
+         {}},
+        {"always send blind copies: the row without an address goes to them alone",
+         {{"Settings", "BCC", "1"},
+          {"Settings", "BCCAdr", "files@example.test"},
+          {"Settings", "alwaysBCC", "1"}},
+         true,
+         {{"able@example.test", "files@example.test"},
+          {"baker@example.test", "files@example.test"},
+          {"files@example.test"}},
+         {}},
+        {"without always, a row without an address is passed over",
+         {{"Settings", "BCC", "1"},
+          {"Settings", "BCCAdr", "files@example.test"},
+          {"Settings", "alwaysBCC", "0"}},
+         true,
+         {{"able@example.test", "files@example.test"},
+          {"baker@example.test", "files@example.test"}},
+         {}},
+        {"test mode without a test address mails the customers and says so",
+         {{"Settings", "Test", "1"}, {"Settings", "EmailAdr", ""}},
+         false,
+         {able, baker},
+         {"Please enter a vaild email address for testing"}},
+    };
+    for (const RecipientCase& c : cases) {
+        SCOPED_TRACE(c.name);
+        useServer();
+        std::vector<shell::SettingsStore::Change> changes = {
+            {"Settings", "BCC", "0"},  {"Settings", "BCCAdr", ""},   {"Settings", "alwaysBCC", "0"},
+            {"Settings", "Test", "0"}, {"Settings", "EmailAdr", ""},
+        };
+        changes.insert(changes.end(), c.settings.begin(), c.settings.end());
+        ASSERT_TRUE(app.settings().setEntries(changes).ok());
+        test::writeFile(home / "program" / "EmailsSent.log", "");
+        invoices();
+        pick("Invoice");
+        app.window().list().setChecked(2, c.checkRowWithoutAddress);
+        ui.messages.clear();
+        app.sender().sendSelectedDocuments();
+
+        const auto accepted = server->record().accepted();
+        ASSERT_EQ(accepted.size(), c.envelopes.size());
+        for (std::size_t i = 0; i < accepted.size(); ++i) {
+            EXPECT_EQ(accepted[i].rcptTos, c.envelopes[i]) << "message " << i;
+        }
+        EXPECT_EQ(ui.texts(), c.boxes);
+    }
+}
+
+// Direct delivery looks up and connects to each blind copy's own mail server.
+TEST_F(SendLoopTest, DirectDeliverySendsEachBlindCopyOverItsOwnConnection) {
+    test::DnsTestServer dns(
+        "example.test.   60 IN MX 10 mx.example.test.\n"
+        "mx.example.test. 60 IN A 127.0.0.1\n"
+        "corp.test.      60 IN MX 10 mx.corp.test.\n"
+        "mx.corp.test.   60 IN A 127.0.0.1\n"
+        "archive.test.   60 IN MX 10 mx.archive.test.\n"
+        "mx.archive.test. 60 IN A 127.0.0.1\n");
+    ScopedEnvironment useDns(kDnsServerVariable, dns.address());
+    ScopedEnvironment usePort(kDirectPortVariable, server->portText());
+    app.settings()
+        .setEntries({{"Settings", "MailOption", "2"},
+                     {"Settings", "BCC", "1"},
+                     {"Settings", "BCCAdr", "boss@corp.test;files@archive.test"}})
+        .ok();
+    invoices();
+    pick("Invoice");
+    app.window().list().setChecked(1, false);
+    app.sender().sendSelectedDocuments();
+
+    const auto record = server->record();
+    EXPECT_EQ(record.connections, 3);
+    const auto accepted = record.accepted();
+    ASSERT_EQ(accepted.size(), 3u);
+    const std::vector<std::string> expected{"able@example.test", "boss@corp.test",
+                                            "files@archive.test"};
+    for (std::size_t i = 0; i < accepted.size(); ++i) {
+        EXPECT_EQ(accepted[i].rcptTos, std::vector<std::string>{expected[i]});
+        EXPECT_EQ(accepted[i].session, static_cast<int>(i) + 1);
+        EXPECT_EQ(accepted[i].mime.header("To"), expected[i]);
+    }
+    for (const char* domain : {"example.test.", "corp.test.", "archive.test."}) {
+        EXPECT_EQ(dns.count(domain, "MX"), 1) << domain;
+    }
+    EXPECT_FALSE(app.window().list().row(0).checked);
+}
+
+// A sent log that cannot take a record: nothing goes out that could not be noted, and a run
+// stops right after the message it could not note.
+TEST_F(SendLoopTest, ASentLogThatCannotBeWrittenStopsTheRun) {
+    const auto logPath = home / "program" / "EmailsSent.log";
+    // A folder where the file should be: no one can write it, whatever their rights.
+    auto breakLog = [&] {
+        std::filesystem::remove_all(logPath);
+        std::filesystem::create_directory(logPath);
+    };
+    answer("InvoiceQueryRs.xml",
+           response(rs("InvoiceQueryRs", invoice("11-1", "1041", "C1", "Able Co", "1.00") +
+                                             invoice("11-2", "1042", "C2", "Baker", "2.00") +
+                                             invoice("11-3", "1043", "C3", "Carr", "3.00")) +
+                    rs("CustomerQueryRs", customer("C1", "Able Co", "able@example.test") +
+                                              customer("C2", "Baker", "baker@example.test") +
+                                              customer("C3", "Carr", "carr@example.test")) +
+                    rs("CompanyQueryRs", kCompanyRet)));
+    pick("Invoice");
+    const auto& list = app.window().list();
+
+    // Unwritable before the run: nothing is sent.
+    breakLog();
+    ui.messages.clear();
+    app.sender().sendSelectedDocuments();
+    EXPECT_EQ(server->record().connections, 0);
+    ASSERT_EQ(ui.messages.size(), 1u);
+    EXPECT_NE(ui.texts()[0].find("nothing was sent"), std::string::npos) << ui.texts()[0];
+    EXPECT_NE(ui.texts()[0].find(logPath.string()), std::string::npos);
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_TRUE(list.row(i).checked) << i;
+    }
+
+    // Unwritable from the second message on: that message went out, the third does not.
+    std::filesystem::remove(logPath);
+    test::writeFile(logPath, "");
+    app.sender().onRowProcessed([&](const RowOutcome& o) {
+        outcomes.push_back(o);
+        if (o.sent && o.row == 0) {
+            breakLog();
+        }
+    });
+    ui.messages.clear();
+    app.sender().sendSelectedDocuments();
+    const auto accepted = server->record().accepted();
+    ASSERT_EQ(accepted.size(), 2u);
+    EXPECT_EQ(accepted[1].rcptTos, std::vector<std::string>{"baker@example.test"});
+    EXPECT_FALSE(list.row(0).checked);
+    EXPECT_FALSE(list.row(1).checked);
+    EXPECT_TRUE(list.row(2).checked) << "not sent, so still checked";
+    ASSERT_EQ(ui.messages.size(), 1u);
+    const std::string box = ui.texts()[0];
+    EXPECT_NE(box.find("Invoice: #1042"), std::string::npos) << box;
+    EXPECT_NE(box.find("Baker"), std::string::npos) << box;
+    EXPECT_NE(box.find("stopped"), std::string::npos) << box;
+    EXPECT_NE(app.window().statusText(), "Invoices sent");
 }
 
 TEST_F(SendLoopTest, TestModeBlindCopiesAndAttachments) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Sending through the configured SMTP server: a real aiosmtpd server on loopback records
 // what arrives.
+#include <cstdio>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -318,59 +319,111 @@ TEST(SmtpServerTransport, AConnectionLostInTheMiddleOfAMessageFailsThatMessageOn
     expectFailsAloneThenRecovers(options, "someone@example.test", "56", "");
 }
 
-TEST(SmtpServerTransport, AnUnreachableServerIsReportedAndEveryMessageThenFails) {
-    const int port = test::unusedLoopbackPort();
-    MailRun run;
-    Mailer mailer;
-    EXPECT_EQ(mailer.openSmtpConnection(run.context(), std::to_string(port), "127.0.0.1", "", ""),
-              0);
-    EXPECT_EQ(run.ui.texts(), list({"Cannot connect to SMTP Server  7"}));
-    EXPECT_EQ(run.statuses,
-              list({"Connecting to SMTP", "Cannot connect to SMTP Server  7", "Connected"}));
-    EXPECT_FALSE(mailer.smtpClient().connected());
+// A connection that fails shows "Cannot connect to SMTP Server  " and the number; each
+// message then fails, and its box says in plain words what is missing or wrong.
+TEST(SmtpServerTransport, AFailedConnectionIsExplainedInPlainWords) {
+    SmtpServerOptions loginOptions;
+    loginOptions.authUser = "dorvane-user";
+    loginOptions.authPassword = "right";
+    loginOptions.authRequired = true;
+    SmtpTestServer loginServer(loginOptions);
 
-    EXPECT_FALSE(mailer.composeAndSendSmtp(run.context(), kSender, "a@example.test", kSubject,
-                                           simpleHtml("a"), "", ""));
-    ASSERT_EQ(run.ui.messages.size(), 2u);
-    EXPECT_EQ(run.ui.messages[1].text.substr(0, 2), "7 ");
-    EXPECT_TRUE(run.ui.messages[1].text.ends_with(" a@example.test"));
-}
-
-TEST(SmtpServerTransport, ARefusedLoginIsAConnectionFailure) {
-    SmtpServerOptions options;
-    options.authUser = "dorvane-user";
-    options.authPassword = "right";
-    options.authRequired = true;
-    SmtpTestServer server(options);
-    MailRun run;
-    Mailer mailer;
-    mailer.openSmtpConnection(run.context(), server.portText(), "127.0.0.1", "dorvane-user",
-                              "wrong");
-    EXPECT_EQ(run.ui.texts(), list({"Cannot connect to SMTP Server  67"}));
-    EXPECT_FALSE(server.record().sessions.at(0).auths.at(0).success);
-}
-
-TEST(SmtpServerTransport, StartTlsIsUsedWhenOfferedAndItsCertificateChecked) {
     test::TempDir certs;
     std::filesystem::path cert;
     std::filesystem::path key;
-    if (!test::makeSelfSignedCertificate(certs.path(), cert, key)) {
-        GTEST_SKIP() << "openssl is not available to make a test certificate";
+    const bool haveCertificate = test::makeSelfSignedCertificate(certs.path(), cert, key);
+    SmtpServerOptions tlsOptions;
+    tlsOptions.tlsCertificate = cert;
+    tlsOptions.tlsKey = key;
+    std::unique_ptr<SmtpTestServer> tlsServer;
+    if (haveCertificate) {
+        tlsServer = std::make_unique<SmtpTestServer>(tlsOptions);
     }
-    SmtpServerOptions options;
-    options.tlsCertificate = cert;
-    options.tlsKey = key;
-    SmtpTestServer server(options);
-    MailRun run;
-    Mailer mailer;
-    mailer.openSmtpConnection(run.context(), server.portText(), "localhost", "", "");
-    // The certificate is signed by no authority this system trusts: no mail goes out.
-    ASSERT_EQ(run.ui.messages.size(), 1u);
-    EXPECT_EQ(run.ui.texts()[0].rfind("Cannot connect to SMTP Server  ", 0), 0u);
-    EXPECT_NE(run.ui.texts()[0], "Cannot connect to SMTP Server  7");
-    const test::SmtpRecord record = server.record();
-    EXPECT_TRUE(record.sessions.at(0).startTls);
-    EXPECT_TRUE(record.messages.empty());
+
+    test::DnsTestServer dns("other.dorvane.test. 60 IN A 127.0.0.1\n");
+    test::ScopedEnvironment useDns(kDnsServerVariable, dns.address());
+    const std::string closedPort = std::to_string(test::unusedLoopbackPort());
+
+    struct Case {
+        const char* name;
+        std::string host;
+        std::string port;
+        std::string user;
+        std::string password;
+        int code;
+        std::vector<std::string> words;
+    };
+    std::vector<Case> cases = {
+        {"no server set",
+         "",
+         "25",
+         "",
+         "",
+         3,
+         {"No SMTP server is set", "Preferences > Parameter",
+          "dorvane settings set SMTP Hostname"}},
+        {"a name no one knows",
+         "nowhere.dorvane.test",
+         "25",
+         "",
+         "",
+         6,
+         {"\"nowhere.dorvane.test\" was not found", "SMTP Server Name"}},
+        {"nothing listening",
+         "127.0.0.1",
+         closedPort,
+         "",
+         "",
+         7,
+         {"does not answer on port " + closedPort, "refused", "SMTP Port"}},
+        {"login refused",
+         "127.0.0.1",
+         loginServer.portText(),
+         "dorvane-user",
+         "wrong",
+         67,
+         {"refused the login", "535", "SMTP User Name", "SMTP Password"}},
+    };
+    if (tlsServer) {
+        cases.push_back({"certificate not trusted",
+                         "localhost",
+                         tlsServer->portText(),
+                         "",
+                         "",
+                         60,
+                         {"certificate", "does not trust"}});
+    }
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        MailRun run;
+        Mailer mailer;
+        EXPECT_EQ(mailer.openSmtpConnection(run.context(), c.port, c.host, c.user, c.password), 0);
+        const std::string first = "Cannot connect to SMTP Server  " + std::to_string(c.code);
+        EXPECT_EQ(run.ui.texts(), std::vector<std::string>{first});
+        EXPECT_EQ(run.statuses, list({"Connecting to SMTP", first.c_str(), "Connected"}));
+        EXPECT_FALSE(mailer.smtpClient().connected());
+
+        EXPECT_FALSE(mailer.composeAndSendSmtp(run.context(), kSender, "a@example.test", kSubject,
+                                               simpleHtml("a"), "", ""));
+        ASSERT_EQ(run.ui.messages.size(), 2u);
+        const std::string box = run.ui.texts()[1];
+        EXPECT_TRUE(box.starts_with(std::to_string(c.code) + " ")) << box;
+        EXPECT_TRUE(box.ends_with(" a@example.test")) << box;
+        for (const std::string& word : c.words) {
+            EXPECT_NE(box.find(word), std::string::npos) << word << " in: " << box;
+        }
+        for (const char* raw : {"URL", "curl", "Not connected"}) {
+            EXPECT_EQ(box.find(raw), std::string::npos) << raw << " in: " << box;
+        }
+    }
+    EXPECT_FALSE(loginServer.record().sessions.at(0).auths.at(0).success);
+    if (tlsServer) {
+        const test::SmtpRecord record = tlsServer->record();
+        EXPECT_TRUE(record.sessions.at(0).startTls);
+        EXPECT_TRUE(record.messages.empty());
+    } else {
+        std::printf("openssl is not available: the certificate case was left out\n");
+    }
 }
 
 TEST(SmtpServerTransport, LoginDataForAnotherMachineNeedsEncryption) {
@@ -405,15 +458,33 @@ TEST(SmtpServerTransport, LoginDataForAnotherMachineNeedsEncryption) {
     EXPECT_TRUE(run.ui.messages.empty());
     EXPECT_TRUE(mailer.composeAndSendSmtp(run.context(), kSender, "a@example.test", kSubject,
                                           simpleHtml("a"), "", ""));
+
+    // An address of another machine, written as numbers, is no different. The connection is
+    // pinned to this machine's loopback address, so nothing leaves it.
+    int expectedConnections = 2;
+    for (const char* remote : {"192.0.2.25", "10.20.30.40"}) {
+        SCOPED_TRACE(remote);
+        SmtpClient client;
+        client.setServer(remote, server.portText(), "dorvane-user", "S3cret");
+        client.pinHostAddresses({"127.0.0.1"});
+        EXPECT_EQ(client.connect(), kResultTlsRequired);
+        EXPECT_EQ(server.record().connections, ++expectedConnections);
+    }
+    for (const auto& session : server.record().sessions) {
+        EXPECT_TRUE(session.auths.empty());
+    }
 }
 
-TEST(SmtpServerTransport, AServerNameTheResolverDoesNotKnowIsNotContacted) {
-    test::DnsTestServer dns("other.dorvane.test. 60 IN A 127.0.0.1\n");
-    test::ScopedEnvironment useDns(kDnsServerVariable, dns.address());
-    MailRun run;
-    Mailer mailer;
-    mailer.openSmtpConnection(run.context(), "25", "nowhere.dorvane.test", "", "");
-    EXPECT_EQ(run.ui.texts(), list({"Cannot connect to SMTP Server  6"}));
+TEST(ConnectionPlan, ALoginToAnAddressOfAnotherMachineNeedsEncryption) {
+    for (const char* remote : {"192.0.2.25", "10.0.0.1", "128.0.0.1", "2001:db8::25",
+                               "[2001:db8::25]", "::ffff:10.0.0.1"}) {
+        EXPECT_EQ(planConnection(remote, "587", "me", true).tls, TlsMode::Required) << remote;
+        EXPECT_FALSE(planConnection(remote, "25", "me", false).refusal.empty()) << remote;
+        EXPECT_EQ(planConnection(remote, "25", "", true).tls, TlsMode::Opportunistic) << remote;
+    }
+    for (const char* local : {"127.0.0.1", "127.1.2.3", "::1", "[::1]", "::ffff:127.0.0.1"}) {
+        EXPECT_EQ(planConnection(local, "587", "me", true).tls, TlsMode::Opportunistic) << local;
+    }
 }
 
 }  // namespace
