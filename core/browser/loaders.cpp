@@ -21,6 +21,8 @@ namespace {
 
 constexpr const char* kNoCompanyFile = "Could not access the company file";
 constexpr std::size_t kProgressEvery = 100;
+constexpr const char* kCompanySwitched =
+    "QuickBooks opened another company file while the list was loading.";
 
 enum class Party { Customer, Vendor };
 
@@ -244,6 +246,13 @@ void markIncomplete(std::vector<ui::ListRow>& rows) {
 
 }  // namespace
 
+void DocumentBrowser::stopIncomplete(std::vector<ui::ListRow> rows, const std::string& why) {
+    markIncomplete(rows);
+    m_window.list().setRows(std::move(rows));
+    m_ui.messageBox(why + " The list is incomplete: no row is checked.");
+    m_window.setStatusText(kIncompleteStatus);
+}
+
 void DocumentBrowser::progress(std::size_t done, std::size_t total) {
     if (done % kProgressEvery == 0 && done > 0) {
         m_window.setStatusText("parsing information ... " + std::to_string(done) + " of " +
@@ -262,6 +271,9 @@ void DocumentBrowser::loadTransactions(const Kind& kind, const std::string& time
     const bool purchaseOrders = kind.party == Party::Vendor;
     const std::string_view ref = purchaseOrders ? "VendorRef" : "CustomerRef";
     double lastReceived = 0;  // carried over from one purchase order to the next
+    // A lookup that finds another company file open has the company reloaded; the rows so far
+    // belong to the list of the one before.
+    const std::string companyFile = m_gateway.currentCompanyFile();
 
     const auto records = m_window.listDocument().selectAll(kind.recordPath);
     std::vector<ui::ListRow> rows;
@@ -280,6 +292,10 @@ void DocumentBrowser::loadTransactions(const Kind& kind, const std::string& time
         }
         std::string email = purchaseOrders ? m_recipients.getVendorEmail(f.listId)
                                            : m_recipients.getCustomerEmail(f.listId);
+        if (m_gateway.currentCompanyFile() != companyFile) {
+            stopIncomplete(std::move(rows), kCompanySwitched);
+            return;
+        }
         const bool noAddress = email.empty();
         const bool alreadySent = sent.contains(f.txnId);
         std::string key = f.txnId;
@@ -395,14 +411,7 @@ void DocumentBrowser::loadTimesheets(bool byEntity, const std::string& timeframe
     const std::string ref = byEntity ? "EntityRef" : "CustomerRef";
     std::vector<ui::ListRow> rows;
     std::unordered_map<std::string, std::size_t> rowOfName;
-    // Stops the load: the rows so far are shown, none of them checked, and the message says
-    // that the list is incomplete.
-    auto stop = [&](const std::string& why) {
-        markIncomplete(rows);
-        list.setRows(std::move(rows));
-        m_ui.messageBox(why + " The list is incomplete: no row is checked.");
-        m_window.setStatusText(kIncompleteStatus);
-    };
+    const std::string companyFile = m_gateway.currentCompanyFile();
     const auto entries =
         m_window.listDocument().selectAll("/QBXML/QBXMLMsgsRs/TimeTrackingQueryRs/TimeTrackingRet");
     std::size_t done = 0;
@@ -411,14 +420,19 @@ void DocumentBrowser::loadTimesheets(bool byEntity, const std::string& timeframe
         const std::string durationText = entry.valueOf("Duration");
         auto minutes = durationToMinutes(durationText);
         if (!minutes) {
-            stop("The time entry of " + entry.valueOf("TxnDate") +
-                 " has a duration that cannot be read: \"" + durationText + "\".");
+            stopIncomplete(std::move(rows), "The time entry of " + entry.valueOf("TxnDate") +
+                                                " has a duration that cannot be read: \"" +
+                                                durationText + "\".");
             return;
         }
         std::string name = entry.valueOf(ref + "/FullName");
         const std::string listId = entry.valueOf(ref + "/ListID");
         std::string email =
             byEntity ? m_recipients.getEntityEmail(listId) : m_recipients.getCustomerEmail(listId);
+        if (m_gateway.currentCompanyFile() != companyFile) {
+            stopIncomplete(std::move(rows), kCompanySwitched);
+            return;
+        }
         auto found = rowOfName.find(name);
         if (found == rowOfName.end()) {
             const bool noAddress = email.empty();
@@ -435,7 +449,7 @@ void DocumentBrowser::loadTimesheets(bool byEntity, const std::string& timeframe
         std::string& cell = rows[found->second].cells[2];
         const long total = std::strtol(cell.c_str(), nullptr, 10) + *minutes;
         if (total > INT16_MAX) {
-            stop("The time of " + name + " is too long to add up.");
+            stopIncomplete(std::move(rows), "The time of " + name + " is too long to add up.");
             return;
         }
         cell = std::to_string(total);

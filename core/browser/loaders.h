@@ -11,8 +11,10 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "browser/recipients.h"
+#include "ui/listmodel.h"
 
 namespace dorvane::qbgateway {
 class Gateway;
@@ -76,6 +78,9 @@ private:
     void loadTransactions(const Kind& kind, const std::string& timeframe);
     void loadTimesheets(bool byEntity, const std::string& timeframe);
     void progress(std::size_t done, std::size_t total);
+    // Ends a load that cannot finish: shows the rows so far unchecked and says that the list
+    // is incomplete.
+    void stopIncomplete(std::vector<ui::ListRow> rows, const std::string& why);
 
     ui::DocumentWindow& m_window;
     qbgateway::Gateway& m_gateway;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The document lists on crafted QuickBooks answers: rows, icons, status texts, check marks.
+#include <functional>
 #include <gtest/gtest.h>
 #include <map>
 #include <utility>
@@ -50,6 +51,7 @@ struct Recorder {
     std::vector<std::string> requests;
     std::vector<bool> askedCompanyFile;
     bool asking = false;
+    std::function<void()> afterRequest;  // runs after each answer
     qbgateway::ProcessorFactory wrap(qbgateway::ProcessorFactory inner) {
         struct Processor final : qbgateway::RequestProcessor {
             std::unique_ptr<qbgateway::RequestProcessor> inner;
@@ -68,7 +70,11 @@ struct Recorder {
                                                const std::string& r) override {
                 recorder->requests.push_back(r);
                 recorder->askedCompanyFile.push_back(std::exchange(recorder->asking, false));
-                return inner->processRequest(t, r);
+                auto answer = inner->processRequest(t, r);
+                if (recorder->afterRequest) {
+                    recorder->afterRequest();
+                }
+                return answer;
             }
             Status endSession(const std::string& t) override { return inner->endSession(t); }
             Status closeConnection() override { return inner->closeConnection(); }
@@ -248,6 +254,23 @@ TEST_F(BrowserTest, ACustomerMissingFromTheListIsAskedOfQuickBooks) {
     EXPECT_EQ(recorder.askedCompanyFile, (std::vector<bool>{true, true}))
         << "a lookup notices a switch of company file too";
     EXPECT_EQ(row(0), "[x]3|2026-11-17|11-1|Cole|1.00|cole@example.org|Ready to send");
+
+    // QuickBooks opens another company file while the list loads: the rows so far are of the
+    // file before, and none stays checked.
+    answer("InvoiceQueryRs.xml",
+           response(rs("InvoiceQueryRs", invoice("11-1", "C1", "Able Co", "1.00") +
+                                             invoice("11-2", "C9", "Cole", "2.00")) +
+                    rs("CustomerQueryRs", customer("C1", "Able Co", "able@example.com"))));
+    test::writeFile(home / "EmailsSent.log", "");
+    recorder.afterRequest = [&] { test::writeFile(answers() / "companyfile.txt", "/q/other.qbw"); };
+    load("Invoice");
+    ASSERT_EQ(ui.messages.size(), 1u);
+    EXPECT_EQ(ui.messages[0].text,
+              "QuickBooks opened another company file while the list was loading. The list is "
+              "incomplete: no row is checked.");
+    EXPECT_EQ(window.status, "The list is incomplete");
+    ASSERT_EQ(window.list().rowCount(), 1);
+    EXPECT_EQ(row(0), "[ ]0|2026-11-17|11-1|Able Co|1.00|able@example.com|List incomplete");
 }
 
 TEST_F(BrowserTest, AFailedAnswerKeepsTheRowsAndSaysSo) {
