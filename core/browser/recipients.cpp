@@ -25,14 +25,40 @@ RecipientLookup::RecipientLookup(const qbgateway::ProgramFolder& folder,
                                  qbgateway::Gateway& gateway)
     : m_folder(folder), m_gateway(gateway) {}
 
+RecipientLookup::PartyIndex RecipientLookup::indexParties(const xml::Document& doc,
+                                                          std::string_view path) {
+    PartyIndex index;
+    for (xml::Node n : doc.selectAll(path)) {
+        // One walk over the record's children: its identifiers (XPath's "[ListID = value]"
+        // holds for any child ListID with that text; the first record wins) and its first
+        // Email.
+        std::vector<std::string> ids;
+        std::string email;
+        bool haveEmail = false;
+        for (xml::Node c = n.firstChildElement(); c; c = c.nextSiblingElement()) {
+            const std::string name = c.name();
+            if (name == "ListID") {
+                ids.push_back(c.text());
+            } else if (!haveEmail && name == "Email") {
+                email = c.text();
+                haveEmail = true;
+            }
+        }
+        for (std::string& id : ids) {
+            index.try_emplace(std::move(id), Party{n, email});
+        }
+    }
+    return index;
+}
+
 void RecipientLookup::indexListDocument(const xml::Document& listDocument) {
-    m_customers = indexBy(listDocument, "/QBXML/QBXMLMsgsRs/CustomerQueryRs/CustomerRet", "ListID");
-    m_vendors = indexBy(listDocument, "/QBXML/QBXMLMsgsRs/VendorQueryRs/VendorRet", "ListID");
+    m_customers = indexParties(listDocument, "/QBXML/QBXMLMsgsRs/CustomerQueryRs/CustomerRet");
+    m_vendors = indexParties(listDocument, "/QBXML/QBXMLMsgsRs/VendorQueryRs/VendorRet");
 }
 
 xml::Node RecipientLookup::customer(const std::string& listId) const {
     auto it = m_customers.find(listId);
-    return it == m_customers.end() ? xml::Node() : it->second;
+    return it == m_customers.end() ? xml::Node() : it->second.record;
 }
 
 std::string RecipientLookup::getCustomerEmail(const std::string& listId) {
@@ -41,8 +67,8 @@ std::string RecipientLookup::getCustomerEmail(const std::string& listId) {
     if (listId.empty()) {
         return {};
     }
-    if (xml::Node c = customer(listId)) {
-        return c.valueOf("Email");
+    if (auto it = m_customers.find(listId); it != m_customers.end()) {
+        return it->second.email;
     }
     const std::string request =
         qbgateway::fillListId(m_folder.readProgramFile("CustomerGetRq.xml"), listId);
@@ -55,7 +81,7 @@ std::string RecipientLookup::getCustomerEmail(const std::string& listId) {
 
 std::string RecipientLookup::getVendorEmail(const std::string& listId) const {
     auto it = m_vendors.find(listId);
-    return it == m_vendors.end() ? std::string() : it->second.valueOf("Email");
+    return it == m_vendors.end() ? std::string() : it->second.email;
 }
 
 std::string RecipientLookup::getEntityEmail(const std::string& listId) {

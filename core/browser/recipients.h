@@ -8,7 +8,9 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <unordered_map>
+#include <vector>
 
 #include "xml/xml.h"
 
@@ -23,7 +25,8 @@ class RecipientLookup {
 public:
     RecipientLookup(const qbgateway::ProgramFolder& folder, qbgateway::Gateway& gateway);
 
-    // Indexes the customers and vendors of a freshly loaded list response.
+    // Indexes the customers and vendors of a freshly loaded list response, with their
+    // addresses: a list asks for the same customer's address once per document.
     void indexListDocument(const xml::Document& listDocument);
 
     std::string getCustomerEmail(const std::string& listId);
@@ -34,10 +37,17 @@ public:
     xml::Node customer(const std::string& listId) const;
 
 private:
+    struct Party {
+        xml::Node record;
+        std::string email;
+    };
+    using PartyIndex = std::unordered_map<std::string, Party>;
+    static PartyIndex indexParties(const xml::Document& doc, std::string_view path);
+
     const qbgateway::ProgramFolder& m_folder;
     qbgateway::Gateway& m_gateway;
-    std::unordered_map<std::string, xml::Node> m_customers;
-    std::unordered_map<std::string, xml::Node> m_vendors;
+    PartyIndex m_customers;
+    PartyIndex m_vendors;
 };
 
 // Indexes the elements `path` selects by the text of their child `key`; the first element
