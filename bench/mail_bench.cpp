@@ -20,6 +20,7 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
+#include <optional>
 #include <poll.h>
 #include <signal.h>
 #include <string>
@@ -187,9 +188,23 @@ int main(int argc, char** argv) {
         return keepFirst(window.list(), messages);
     };
 
-    // End to end.
+    // End to end, then the baseline over the messages that run composed; each pair of runs
+    // gives one ratio.
+    struct Figures {
+        std::vector<double> endToEnd;
+        std::vector<double> pushes;
+        std::int64_t connections = 0;
+        std::uintmax_t bytes = 0;
+        double ratio(std::size_t r) const { return endToEnd[r] / pushes[r]; }
+        double worstRatio() const {
+            double worst = 0;
+            for (std::size_t r = 0; r < endToEnd.size(); ++r) {
+                worst = std::max(worst, ratio(r));
+            }
+            return worst;
+        }
+    };
     std::vector<Sent> sent;
-    std::vector<double> endToEnd;
     int sentInRun = 0;
     bool capture = true;
     double asideSeconds = 0;  // saving messages aside is no part of the run
@@ -207,68 +222,96 @@ int main(int argc, char** argv) {
             asideSeconds += secondsSince(start);
         }
     });
-    for (int r = 0; r < runs; ++r) {
-        const int rows = prepareList();
-        if (rows < messages) {
-            std::fprintf(stderr, "only %d invoices with an address\n", rows);
-            return 1;
-        }
-        sentInRun = 0;
-        asideSeconds = 0;
-        const auto start = Clock::now();
-        app.sender().sendSelectedDocuments();
-        endToEnd.push_back(secondsSince(start) - asideSeconds);
-        capture = false;
-        if (sentInRun != messages) {
-            std::fprintf(stderr, "run %d sent %d of %d messages (%s)\n", r + 1, sentInRun, messages,
-                         window.statusText().c_str());
-            return 1;
-        }
-    }
     const std::string sender = app.company().senderAddress();
-    const double e2e = bench::median(endToEnd);
-    std::printf(
-        "end to end (render, compose, save, send, log): %d messages in %.3f s = %.0f "
-        "messages/s; %lld connection(s) in %d run(s)\n",
-        messages, e2e, rate(messages, e2e),
-        static_cast<long long>(app.sender().mailer().smtpClient().connectionsOpened()), runs);
-    std::fflush(stdout);
+    auto measure = [&](const char* label) -> std::optional<Figures> {
+        Figures f;
+        sent.clear();
+        capture = true;
+        for (int r = 0; r < runs; ++r) {
+            const int rows = prepareList();
+            if (rows < messages) {
+                std::fprintf(stderr, "only %d invoices with an address\n", rows);
+                return std::nullopt;
+            }
+            sentInRun = 0;
+            asideSeconds = 0;
+            const auto start = Clock::now();
+            app.sender().sendSelectedDocuments();
+            f.endToEnd.push_back(secondsSince(start) - asideSeconds);
+            capture = false;
+            if (sentInRun != messages) {
+                std::fprintf(stderr, "run %d sent %d of %d messages (%s)\n", r + 1, sentInRun,
+                             messages, window.statusText().c_str());
+                return std::nullopt;
+            }
 
-    // Baseline: the same messages over one connection of the same client.
-    std::vector<double> pushes;
-    std::int64_t connections = 0;
-    for (int r = 0; r < runs; ++r) {
-        mail::SmtpClient client;
-        client.setServer("127.0.0.1", std::to_string(server.port()), "", "");
-        const auto start = Clock::now();
-        if (client.connect() != 0) {
-            std::fprintf(stderr, "connect: %d %s\n", client.lastResult(),
-                         client.lastResultText().c_str());
-            return 1;
+            mail::SmtpClient client;
+            client.setServer("127.0.0.1", std::to_string(server.port()), "", "");
+            const auto pushStart = Clock::now();
+            if (client.connect() != 0) {
+                std::fprintf(stderr, "connect: %d %s\n", client.lastResult(),
+                             client.lastResultText().c_str());
+                return std::nullopt;
+            }
+            for (const Sent& s : sent) {
+                if (client.sendFile(s.file, sender, s.recipient) != 0) {
+                    std::fprintf(stderr, "send: %d %s\n", client.lastResult(),
+                                 client.lastResultText().c_str());
+                    return std::nullopt;
+                }
+            }
+            client.disconnect();
+            f.pushes.push_back(secondsSince(pushStart));
+            f.connections = client.connectionsOpened();
         }
         for (const Sent& s : sent) {
-            if (client.sendFile(s.file, sender, s.recipient) != 0) {
-                std::fprintf(stderr, "send: %d %s\n", client.lastResult(),
-                             client.lastResultText().c_str());
-                return 1;
-            }
+            f.bytes += fs::file_size(s.file);
         }
-        client.disconnect();
-        pushes.push_back(secondsSince(start));
-        connections = client.connectionsOpened();
+        const double e2e = bench::median(f.endToEnd);
+        const double push = bench::median(f.pushes);
+        std::printf("%s, messages of %.1f KB on average:\n", label,
+                    static_cast<double>(f.bytes) / static_cast<double>(sent.size()) / 1024);
+        std::printf(
+            "  end to end (render, compose, save, send, log): %d messages in %.3f s = %.0f "
+            "messages/s (slowest run %.3f s)\n",
+            messages, e2e, rate(messages, e2e),
+            *std::max_element(f.endToEnd.begin(), f.endToEnd.end()));
+        std::printf(
+            "  already composed over one connection (%lld opened): %.3f s = %.0f "
+            "messages/s\n",
+            static_cast<long long>(f.connections), push, rate(messages, push));
+        std::printf("  end to end / already composed, run by run:");
+        for (std::size_t r = 0; r < f.endToEnd.size(); ++r) {
+            std::printf(" %.2f", f.ratio(r));
+        }
+        std::printf("; worst %.2f\n", f.worstRatio());
+        std::fflush(stdout);
+        return f;
+    };
+
+    // The realistic message first: the company's logo in the header and the exchange file
+    // attached. Then the plain document, whose messages the parts below are timed on.
+    {
+        // A logo of a few kilobytes; its bytes are only base64-encoded, never decoded.
+        std::string logo = "GIF89a";
+        logo.resize(6 * 1024, '\x5a');
+        std::FILE* out = std::fopen((program / "logo.gif").c_str(), "wb");
+        if (!out || std::fwrite(logo.data(), 1, logo.size(), out) != logo.size()) {
+            std::fprintf(stderr, "cannot write the logo\n");
+            return 1;
+        }
+        std::fclose(out);
     }
-    const double push = bench::median(pushes);
-    std::uintmax_t bytes = 0;
-    for (const Sent& s : sent) {
-        bytes += fs::file_size(s.file);
+    (void)app.settings().setEntries({{"Settings", "Attachment", "1"}});
+    const auto realistic = measure("with logo and exchange file");
+    fs::remove(program / "logo.gif");
+    (void)app.settings().setEntries({{"Settings", "Attachment", "0"}});
+    const auto plain = measure("document only");
+    if (!realistic || !plain) {
+        return 1;
     }
-    std::printf(
-        "already composed over one connection (%lld opened): %d messages of %.1f KB "
-        "on average in %.3f s = %.0f messages/s\n",
-        static_cast<long long>(connections), messages,
-        static_cast<double>(bytes) / static_cast<double>(sent.size()) / 1024, push,
-        rate(messages, push));
-    std::fflush(stdout);
+    const double e2e = bench::median(plain->endToEnd);
+    const double push = bench::median(plain->pushes);
 
     // The parts of a message, one by one, over the same documents.
     std::vector<std::string> ids;
@@ -342,14 +385,20 @@ int main(int argc, char** argv) {
     part("sending (the baseline)", push);
     part("rest of the run", e2e - render - compose - save - log - push);
 
+    std::printf(
+        "  (the run renders the next document while a message travels, so the parts\n"
+        "   overlap and the rest can fall below zero)\n");
     const double endToEndRate = rate(messages, e2e);
-    const double ratio = e2e / push;
+    const double worst = std::max(realistic->worstRatio(), plain->worstRatio());
     const bool rateMet = endToEndRate >= kRateTarget;
-    const bool ratioMet = ratio <= kBaselineTarget;
+    const bool ratioMet = worst <= kBaselineTarget;
     std::printf("end to end: %.0f messages/s (target >= %.0f: %s)\n", endToEndRate, kRateTarget,
                 rateMet ? "met" : "MISSED");
-    std::printf("end to end / already composed: %.2f (target <= %.1f: %s)\n", ratio,
-                kBaselineTarget, ratioMet ? "met" : "MISSED");
+    std::printf(
+        "end to end / already composed: %.2f with logo and exchange file, %.2f document "
+        "only, worst run %.2f (target <= %.1f: %s)\n",
+        bench::median(realistic->endToEnd) / bench::median(realistic->pushes), e2e / push, worst,
+        kBaselineTarget, ratioMet ? "met" : "MISSED");
     if (ui.messages() > 0) {
         std::fprintf(stderr, "%d message box(es) during the runs\n", ui.messages());
     }

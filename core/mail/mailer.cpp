@@ -6,6 +6,7 @@
 
 #include <curl/curl.h>
 
+#include "common/files.h"
 #include "common/text.h"
 #include "mail/mimecompose.h"
 #include "mail/mxresolver.h"
@@ -209,7 +210,8 @@ bool Mailer::composeAndSendSmtp(const MailContext& context, std::string_view sen
         attachmentPath = context.folder.filePath(name);
         removeQuietly(attachmentPath);
         try {
-            context.folder.writeProgramFile(attachmentText, name);
+            // Deleted again once the message is sent: no need to wait for the disk.
+            context.folder.writeProgramFile(attachmentText, name, files::Durability::Replaced);
         } catch (const qbgateway::FileWriteError& error) {
             context.ui.messageBox(std::to_string(error.code()) + " " + error.description() + " " +
                                   attachmentPath);

@@ -4,6 +4,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <future>
+#include <optional>
 #include <unordered_map>
 
 #include "browser/recipients.h"
@@ -242,6 +244,13 @@ void DocumentSender::runCustomerDocuments(bool statements) {
     runRows(plan);
 }
 
+// One rendered document: the page, its subject and its exchange file.
+struct DocumentSender::Rendered {
+    std::optional<Result<std::string>> html;
+    std::string subject;
+    std::string attachment;
+};
+
 void DocumentSender::runRows(const RunPlan& plan) {
     const std::string header = companyHeaderHtml();
     auto sheet = xml::Stylesheet::load(m_folder.filePath(plan.sheet));
@@ -257,20 +266,48 @@ void DocumentSender::runRows(const RunPlan& plan) {
         return;
     }
     auto& list = m_window.list();
+    auto processed = [&](int i) {
+        const ui::ListRow& row = list.row(i);
+        return row.checked && (!cell(row, plan.emailCell).empty() || preview ||
+                               m_settings.alwaysBcc == 1 || m_settings.altEmail == 1);
+    };
+    auto renderRow = [&](std::string key) {
+        Rendered out;
+        out.html.emplace(plan.render(*sheet, key, preview, out.subject, out.attachment));
+        return out;
+    };
+    // While a message travels to the server, the next document is rendered on a second
+    // thread, so that the run waits on the network and not on both. One render at a time,
+    // and none is under way when the person gets a chance to act (`yield`) or at an address
+    // prompt.
+    const bool renderAhead = !preview && m_settings.altEmail != 1;
+    std::future<Rendered> ahead;
+    int aheadRow = -1;
     std::string previewText;
     bool logBroken = false;
     m_window.setProgress(0);
     for (int i = 0; i < list.rowCount() && !logBroken; ++i) {
-        const ui::ListRow row = list.row(i);
-        const std::string& email = cell(row, plan.emailCell);
-        if (!row.checked ||
-            !(!email.empty() || preview || m_settings.alwaysBcc == 1 || m_settings.altEmail == 1)) {
+        if (!processed(i)) {
             continue;
         }
+        const ui::ListRow& row = list.row(i);
+        const std::string& email = cell(row, plan.emailCell);
         RowOutcome outcome{i, cell(row, plan.keyCell), cell(row, plan.nameCell), email, false};
-        std::string subject;
-        std::string attachment;
-        auto html = plan.render(*sheet, outcome.key, preview, subject, attachment);
+        Rendered rendered = aheadRow == i ? ahead.get() : renderRow(outcome.key);
+        aheadRow = -1;
+        if (renderAhead && rendered.html && *rendered.html) {
+            for (int next = i + 1; next < list.rowCount(); ++next) {
+                if (processed(next)) {
+                    ahead = std::async(std::launch::async, renderRow,
+                                       cell(list.row(next), plan.keyCell));
+                    aheadRow = next;
+                    break;
+                }
+            }
+        }
+        const std::string& subject = rendered.subject;
+        const std::string& attachment = rendered.attachment;
+        auto& html = *rendered.html;
         if (!html) {
             m_window.setStatusText(plan.failedText);
         } else if (preview) {
@@ -312,7 +349,13 @@ void DocumentSender::runRows(const RunPlan& plan) {
             m_rowProcessed(outcome);
         }
         m_window.setProgress(static_cast<int>((i + 1) * 100 / list.rowCount()));
+        if (ahead.valid()) {
+            ahead.wait();
+        }
         m_ui.yield();
+    }
+    if (ahead.valid()) {
+        ahead.wait();
     }
     m_window.setProgress(-1);
     if (preview) {

@@ -83,6 +83,7 @@ public:
 private:
     struct Kind;
     struct RunPlan;
+    struct Rendered;
     void runTransactions(const Kind& kind);
     void runCustomerDocuments(bool statements);
     // The run shared by every type: loads the style sheet, opens the transport, walks the
