@@ -29,13 +29,7 @@ protected:
             }
         }
         test::writeFile(home / "program" / "EmailsSent.log", "");
-        static const std::filesystem::path demo = [] {
-            auto path = std::filesystem::temp_directory_path() /
-                        ("dorvane-browser-demo-" + std::to_string(::getpid()) + ".dvq");
-            qbsandbox::createDemoCompany(path, {});
-            return path;
-        }();
-        std::filesystem::copy_file(demo, home / "demo.dvq");
+        test::copyDemoCompany(home / "demo.dvq");
         EXPECT_TRUE(qbsandbox::writeState(home / "sandbox", {true, home / "demo.dvq"}));
         app = std::make_unique<shell::Application>(
             ui, shell::StartOptions{(home / "program").string()});
