@@ -280,6 +280,14 @@ void DocumentSender::runRows(const RunPlan& plan) {
     // thread, so that the run waits on the network and not on both. One render at a time,
     // and none is under way when the person gets a chance to act (`yield`) or at an address
     // prompt.
+    // The exchange-file sheet is read once for the run.
+    struct SheetForRun {
+        std::optional<Result<xml::Stylesheet>>& slot;
+        ~SheetForRun() { slot.reset(); }
+    } attachmentSheet{m_attachmentSheet};
+    if (!preview && m_settings.attachment != 0) {
+        m_attachmentSheet.emplace(xml::Stylesheet::load(m_folder.filePath("/attachment.xslt")));
+    }
     const bool renderAhead = !preview && m_settings.altEmail != 1;
     std::future<Rendered> ahead;
     int aheadRow = -1;
@@ -483,7 +491,11 @@ std::string DocumentSender::buildAttachment(xml::Node document) {
         }
         copy.root().appendChild(sent);
     }
-    auto sheet = xml::Stylesheet::load(m_folder.filePath("/attachment.xslt"));
+    std::optional<Result<xml::Stylesheet>> loaded;
+    if (!m_attachmentSheet) {
+        loaded.emplace(xml::Stylesheet::load(m_folder.filePath("/attachment.xslt")));
+    }
+    auto& sheet = m_attachmentSheet ? *m_attachmentSheet : *loaded;
     if (sheet) {
         if (auto text = sheet->transformNode(copy.root())) {
             return std::move(text).value();

@@ -13,6 +13,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "mail/mailer.h"
@@ -103,6 +104,8 @@ private:
     Mailer m_mailer;
     shell::MailSettings m_settings;
     std::function<void(const RowOutcome&)> m_rowProcessed;
+    // "attachment.xslt" as read at the start of the run that is under way.
+    std::optional<Result<xml::Stylesheet>> m_attachmentSheet;
 };
 
 }  // namespace dorvane::mail
