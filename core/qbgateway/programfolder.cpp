@@ -2,7 +2,6 @@
 #include "qbgateway/programfolder.h"
 
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 #include <fstream>
 
@@ -67,21 +66,6 @@ void ProgramFolder::appendProgramFile(std::string_view text, std::string_view na
     if (!written) {
         throw FileWriteError(written.error().code, written.error().description);
     }
-}
-
-std::filesystem::path ProgramFolder::locate(const std::string& homeOption) {
-    if (!homeOption.empty()) {
-        return std::filesystem::absolute(homeOption);
-    }
-    if (const char* home = std::getenv("DORVANE_HOME"); home && *home) {
-        return std::filesystem::absolute(home);
-    }
-    std::error_code ec;
-    auto exe = std::filesystem::read_symlink("/proc/self/exe", ec);
-    if (!ec) {
-        return exe.parent_path();
-    }
-    return std::filesystem::current_path();
 }
 
 }  // namespace dorvane::qbgateway

@@ -54,9 +54,6 @@ public:
     // at any moment leaves the file with or without the whole text. Throws FileWriteError.
     void appendProgramFile(std::string_view text, std::string_view name) const;
 
-    // The folder chosen by `--home DIR`, else $DORVANE_HOME, else the executable's folder.
-    static std::filesystem::path locate(const std::string& homeOption);
-
 private:
     std::string m_folder;
     ui::UiPort& m_ui;

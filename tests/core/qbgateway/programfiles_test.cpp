@@ -132,14 +132,6 @@ TEST(ProgramFolder, AFailedWriteIntoAFolderInTheWayThrows) {
     EXPECT_TRUE(std::filesystem::is_directory(dir / "busy.log"));
 }
 
-TEST(ProgramFolder, HomeOptionWinsOverEnvironmentOverExecutable) {
-    ::setenv("DORVANE_HOME", "/srv/dorvane-env", 1);
-    EXPECT_EQ(ProgramFolder::locate("/srv/option"), "/srv/option");
-    EXPECT_EQ(ProgramFolder::locate(""), "/srv/dorvane-env");
-    ::unsetenv("DORVANE_HOME");
-    EXPECT_TRUE(std::filesystem::is_directory(ProgramFolder::locate("")));
-}
-
 TEST(Templates, DateMacroFillsEveryPlaceholder) {
     EXPECT_EQ(buildDateMacro("LastFiscalQuarter"), "<DateMacro>LastFiscalQuarter</DateMacro>");
     EXPECT_EQ(buildDateMacro("ALL"), "");
