@@ -37,6 +37,42 @@ private:
     int m_fd;
 };
 
+// Writes every piece; answers 0 or the errno value of the failed write.
+int writePieces(int fd, std::initializer_list<std::string_view> pieces) {
+    for (std::string_view data : pieces) {
+        const char* p = data.data();
+        std::size_t left = data.size();
+        while (left > 0) {
+            ssize_t n = ::write(fd, p, left);
+            if (n < 0) {
+                if (errno == EINTR) {
+                    continue;
+                }
+                return errno;
+            }
+            p += n;
+            left -= static_cast<std::size_t>(n);
+        }
+    }
+    return 0;
+}
+
+Status writeInPlace(const std::filesystem::path& path,
+                    std::initializer_list<std::string_view> pieces, std::optional<unsigned> mode) {
+    int raw = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, mode ? *mode : 0666);
+    if (raw < 0) {
+        return errnoError(errno, path);
+    }
+    Fd fd(raw);
+    if (int err = writePieces(fd.get(), pieces)) {
+        return errnoError(err, path);
+    }
+    if (::close(fd.release()) != 0) {
+        return errnoError(errno, path);
+    }
+    return {};
+}
+
 }  // namespace
 
 Result<std::string> readAll(const std::filesystem::path& path) {
@@ -55,6 +91,9 @@ Result<std::string> readAll(const std::filesystem::path& path) {
 Status writeAtomically(const std::filesystem::path& path,
                        std::initializer_list<std::string_view> pieces, std::optional<unsigned> mode,
                        Durability durability) {
+    if (durability == Durability::Scratch) {
+        return writeInPlace(path, pieces, mode);
+    }
     const std::filesystem::path dir =
         path.has_parent_path() ? path.parent_path() : std::filesystem::path(".");
     std::string tmpl = (dir / ("." + path.filename().string() + ".XXXXXX")).string();
@@ -83,20 +122,8 @@ Status writeAtomically(const std::filesystem::path& path,
     if (::fchmod(fd.get(), bits) != 0) {
         return fail(errno);
     }
-    for (std::string_view data : pieces) {
-        const char* p = data.data();
-        std::size_t left = data.size();
-        while (left > 0) {
-            ssize_t n = ::write(fd.get(), p, left);
-            if (n < 0) {
-                if (errno == EINTR) {
-                    continue;
-                }
-                return fail(errno);
-            }
-            p += n;
-            left -= static_cast<std::size_t>(n);
-        }
+    if (int err = writePieces(fd.get(), pieces)) {
+        return fail(err);
     }
     if (durability == Durability::Flushed && ::fsync(fd.get()) != 0) {
         return fail(errno);

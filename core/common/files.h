@@ -21,6 +21,9 @@ enum class Durability {
     Flushed,
     // Renamed into place only: survives the program being killed, not a power cut.
     Replaced,
+    // Written over in place, not atomically: only for scratch files that the program writes,
+    // reads back at once and deletes (a crash may leave one half-written).
+    Scratch,
 };
 
 // Replaces the file with the pieces written one after the other: writes a temporary file in

@@ -210,8 +210,8 @@ bool Mailer::composeAndSendSmtp(const MailContext& context, std::string_view sen
         attachmentPath = context.folder.filePath(name);
         removeQuietly(attachmentPath);
         try {
-            // Deleted again once the message is sent: no need to wait for the disk.
-            context.folder.writeProgramFile(attachmentText, name, files::Durability::Replaced);
+            // A scratch file, read back at once and deleted once the message is sent.
+            context.folder.writeProgramFile(attachmentText, name, files::Durability::Scratch);
         } catch (const qbgateway::FileWriteError& error) {
             context.ui.messageBox(std::to_string(error.code()) + " " + error.description() + " " +
                                   attachmentPath);
@@ -223,8 +223,8 @@ bool Mailer::composeAndSendSmtp(const MailContext& context, std::string_view sen
 
     composeDocumentMail(mail, m_message);
     const std::string messageFile = context.folder.filePath(kMessageFile);
+    // The message stays composed until the next one replaces it: composing starts afresh.
     const int saved = m_message.save(messageFile);
-    m_message.clear();
     if (saved != 0) {
         return false;
     }
