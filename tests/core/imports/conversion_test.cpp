@@ -1,0 +1,296 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The conversion and creation sheets, proved through two sandbox companies: company A books
+// an invoice, an estimate and a sales receipt and writes their exchange files as the mailing
+// code does; company B creates the sender as a vendor and books the counter-documents.
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+#include "../qbsandbox/sandboxfixture.h"
+
+namespace dorvane::test {
+namespace {
+
+// The prolog the import puts in front of every converted message.
+constexpr const char* kProlog =
+    "<?xml version=\"1.0\" ?>\r\n"
+    "<!DOCTYPE QBXML PUBLIC '-//INTUIT//DTD QBXML QBD 1.1//EN' 'http://developer.intuit.com'>\r\n";
+
+// Names and texts that must arrive as they left.
+const std::string kSender = "J\xC3\xB6rg's G\xC3\xA4rten & <S\xC3\xB6hne> \"Ltd\"";
+const std::string kDesc = "B\xC3\xA4ume & <Str\xC3\xA4ucher> \"Premium\"\nzweite Zeile";
+const std::string kMemo = "Fr\xC3\xBChjahr & Sommer <2026>";
+
+std::string escape(const std::string& s) {
+    std::string out;
+    for (char c : s) {
+        switch (c) {
+            case '&':
+                out += "&amp;";
+                break;
+            case '<':
+                out += "&lt;";
+                break;
+            case '>':
+                out += "&gt;";
+                break;
+            case '"':
+                out += "&quot;";
+                break;
+            default:
+                out += c;
+        }
+    }
+    return out;
+}
+
+// The lines every source document carries: a rated line with a decimal quantity, a taxable
+// line, a subtotal line and an item group.
+std::string sourceLines(const std::string& line, const std::string& group) {
+    auto ref = [](const char* tag, const char* name) {
+        return std::string("<") + tag + "><FullName>" + name + "</FullName></" + tag + ">";
+    };
+    return "<" + line + ">" + ref("ItemRef", "Design") + "<Desc>" + escape(kDesc) +
+           "</Desc><Quantity>2.5</Quantity><Rate>85.00</Rate>" + ref("SalesTaxCodeRef", "Non") +
+           "</" + line + "><" + line + ">" + ref("ItemRef", "Plants") +
+           "<Desc>Roses</Desc><Quantity>3</Quantity><Rate>12.25</Rate>" +
+           ref("SalesTaxCodeRef", "Tax") + "</" + line + "><" + line + ">" +
+           ref("ItemRef", "Subtotal") + "</" + line + "><" + group + ">" +
+           ref("ItemGroupRef", "Spring Package") + "<Quantity>2</Quantity></" + group + ">";
+}
+
+struct Conversion {
+    const char* label;
+    const char* ret;        // the source document's Ret element
+    const char* sheet;      // conversion sheet
+    const char* account;    // payment account of a check or charge
+    bool accountByRewrite;  // the account put in afterwards, as the import's rewrite does
+    const char* target;     // the Ret element in the add response
+    const char* payee;      // the vendor's reference in it
+    const char* line;       // its item line and item-group line
+    const char* groupLine;
+    const char* price;  // where a line's rate lands
+    const char* total;
+    const char* extraNumber;  // the source's reference number that goes into the memo
+};
+
+const Conversion kConversions[] = {
+    {"invoice to bill", "InvoiceRet", "BillFromInvoice.xslt", "", false, "BillRet",
+     "VendorRef/FullName", "ItemLineRet", "ItemGroupLineRet", "Cost", "AmountDue", "PONumber"},
+    {"estimate to purchase order", "EstimateRet", "POFromEstimate.xslt", "", false,
+     "PurchaseOrderRet", "VendorRef/FullName", "PurchaseOrderLineRet", "PurchaseOrderLineGroupRet",
+     "Rate", "TotalAmount", "PONumber"},
+    {"sales receipt to check", "SalesReceiptRet", "CheckFromSalesReceipt.xslt", "Checking", false,
+     "CheckRet", "PayeeEntityRef/FullName", "ItemLineRet", "ItemGroupLineRet", "Cost", "Amount",
+     "CheckNumber"},
+    {"sales receipt to card charge", "SalesReceiptRet", "CRChargeFromSalesReceipt.xslt",
+     "Visa Card", true, "CreditCardChargeRet", "PayeeEntityRef/FullName", "ItemLineRet",
+     "ItemGroupLineRet", "Cost", "Amount", "CheckNumber"},
+};
+
+class ImportSheets : public SandboxTest {
+protected:
+    static std::string transform(const std::string& name, xml::Node node,
+                                 const xml::Variables& params = {}) {
+        auto sheet = xml::Stylesheet::load(programSource() / name);
+        EXPECT_TRUE(sheet) << name << ": " << (sheet ? "" : sheet.error().description);
+        if (!sheet) {
+            return {};
+        }
+        auto out = sheet->transformNode(node, params);
+        EXPECT_TRUE(out) << name << ": " << (out ? "" : out.error().description);
+        return out ? *out : std::string();
+    }
+
+    // Books the three source documents in company A and answers their exchange files, read
+    // back as the receiver reads them.
+    std::vector<xml::Document> exchangeFiles() {
+        useDemo();
+        const std::string header =
+            "<CustomerRef><FullName>Kuehn Landscaping</FullName></CustomerRef>"
+            "<TxnDate>2026-11-02</TxnDate>";
+        xml::Document added = ask(
+            "<CustomerAddRq><CustomerAdd><Name>Kuehn Landscaping</Name><BillAddress>"
+            "<Addr1>Kuehn Landscaping</Addr1><Addr2>12 Elm Street</Addr2><City>Fresno</City>"
+            "<State>CA</State><PostalCode>93650</PostalCode></BillAddress></CustomerAdd>"
+            "</CustomerAddRq>"
+            "<InvoiceAddRq><InvoiceAdd>" +
+                header +
+                "<RefNumber>A-1001</RefNumber><PONumber>PO-77</PONumber><TermsRef><FullName>Net 30"
+                "</FullName></TermsRef><DueDate>2026-12-02</DueDate><ItemSalesTaxRef><FullName>"
+                "State Tax</FullName></ItemSalesTaxRef><Memo>" +
+                escape(kMemo) + "</Memo>" + sourceLines("InvoiceLineAdd", "InvoiceLineGroupAdd") +
+                "</InvoiceAdd></InvoiceAddRq>"
+                "<EstimateAddRq><EstimateAdd>" +
+                header +
+                "<RefNumber>E-2002</RefNumber><PONumber>PO-78</PONumber><TermsRef><FullName>Net 30"
+                "</FullName></TermsRef><ItemSalesTaxRef><FullName>State Tax</FullName>"
+                "</ItemSalesTaxRef><Memo>" +
+                escape(kMemo) + "</Memo>" + sourceLines("EstimateLineAdd", "EstimateLineGroupAdd") +
+                "</EstimateAdd></EstimateAddRq>"
+                "<SalesReceiptAddRq><SalesReceiptAdd>" +
+                header +
+                "<RefNumber>S-3003</RefNumber><CheckNumber>5521</CheckNumber><ItemSalesTaxRef>"
+                "<FullName>State Tax</FullName></ItemSalesTaxRef><Memo>" +
+                escape(kMemo) + "</Memo>" +
+                sourceLines("SalesReceiptLineAdd", "SalesReceiptLineGroupAdd") +
+                "</SalesReceiptAdd></SalesReceiptAddRq>",
+            "2.0");
+        for (int n = 1; n <= 4; ++n) {
+            EXPECT_EQ(status(added, n), "0 Info Status OK") << m_lastText;
+        }
+        xml::Document answer = ask(
+            "<InvoiceQueryRq><RefNumber>A-1001</RefNumber><IncludeLineItems>true</IncludeLineItems>"
+            "</InvoiceQueryRq><EstimateQueryRq><RefNumber>E-2002</RefNumber><IncludeLineItems>true"
+            "</IncludeLineItems></EstimateQueryRq><SalesReceiptQueryRq><RefNumber>S-3003"
+            "</RefNumber><IncludeLineItems>true</IncludeLineItems></SalesReceiptQueryRq>"
+            "<CompanyQueryRq/>",
+            "2.0");
+        xml::Node company = answer.selectOne("//CompanyRet");
+        EXPECT_TRUE(company) << m_lastText;
+        std::vector<xml::Document> files;
+        for (const char* ret : {"InvoiceRet", "EstimateRet", "SalesReceiptRet"}) {
+            // as the mailing code builds the attachment, from a sender of a difficult name
+            xml::Document copy;
+            copy.setRoot(answer.selectOne(std::string("//") + ret));
+            for (xml::Node id : copy.selectAll("//ListID")) {
+                id.setText("ignore");
+            }
+            xml::Node sent = copy.root().appendChild(company);
+            sent.firstChildElement("CompanyName").setText(kSender);
+            auto file = xml::Document::parse(transform("attachment.xslt", copy.root()));
+            EXPECT_TRUE(file) << ret;
+            files.push_back(file ? std::move(*file) : xml::Document::withRoot(ret));
+        }
+        return files;
+    }
+
+    // Company B: a copy of the demo company of its own.
+    void useCompanyB() {
+        const auto b = folder() / "b.dvq";
+        copyDemoCompany(b);
+        ASSERT_TRUE(qbsandbox::writeState(folder(), {true, b}));
+    }
+
+    // Sends a converted message with the import's prolog; answers the parsed response.
+    xml::Document send(const std::string& body) {
+        EXPECT_EQ(body.find("<?xml"), std::string::npos) << "the sheet wrote a prolog";
+        EXPECT_EQ(body.find_first_of("\x80\xFF"), std::string::npos) << "not ASCII: " << body;
+        auto answer = exchange(kProlog + body);
+        EXPECT_TRUE(answer) << (answer ? "" : answer.error().description) << "\n"
+                            << body << "\n"
+                            << readFile(folder() / "qbsdklog.txt");
+        auto doc = xml::Document::parse(answer ? *answer : "<QBXML/>");
+        m_lastText = answer ? *answer : "";
+        return doc ? std::move(*doc) : xml::Document::withRoot("QBXML");
+    }
+};
+
+double number(const std::string& text) {
+    return text.empty() ? 0.0 : std::strtod(text.c_str(), nullptr);
+}
+
+TEST_F(ImportSheets, ExchangeFilesBecomeTheCounterDocumentsInTheReceiversCompany) {
+    std::vector<xml::Document> files = exchangeFiles();
+    ASSERT_EQ(files.size(), 3u);
+    const xml::Document& invoiceFile = files[0];
+    useCompanyB();
+
+    // The sender becomes a vendor; both creation sheets write the same request.
+    const std::string vendorAdd = transform("VendorFromInvoice.xslt", invoiceFile.root());
+    EXPECT_EQ(transform("VendorFromEstimate.xslt", files[1].root()), vendorAdd);
+    xml::Document vendor = send(vendorAdd);
+    ASSERT_EQ(status(vendor), "0 Info Status OK") << vendorAdd << "\n" << m_lastText;
+    xml::Node vendorRet = vendor.selectOne("//VendorRet");
+    EXPECT_EQ(vendorRet.valueOf("Name"), kSender);
+    EXPECT_EQ(vendorRet.valueOf("CompanyName"), kSender);
+    xml::Node sender = invoiceFile.selectOne("//CompanyRet");
+    EXPECT_EQ(vendorRet.valueOf("VendorAddress/Addr1"), sender.valueOf("Address/Addr1"));
+    EXPECT_EQ(vendorRet.valueOf("VendorAddress/City"), sender.valueOf("Address/City"));
+    EXPECT_EQ(vendorRet.valueOf("Phone"), sender.valueOf("Phone"));
+
+    for (const Conversion& c : kConversions) {
+        SCOPED_TRACE(c.label);
+        const xml::Document& file = std::string(c.ret) == "InvoiceRet"    ? files[0]
+                                    : std::string(c.ret) == "EstimateRet" ? files[1]
+                                                                          : files[2];
+        xml::Node source = file.root();
+        ASSERT_EQ(source.name(), c.ret);
+
+        std::string body = transform(
+            c.sheet, source,
+            c.accountByRewrite ? xml::Variables{} : xml::Variables{{"account", c.account}});
+        if (c.accountByRewrite) {
+            // the first account reference is the paying account
+            auto parsed = xml::Document::parse(body);
+            ASSERT_TRUE(parsed);
+            xml::Node first = parsed->selectOne("//AccountRef/FullName");
+            ASSERT_TRUE(first) << body;
+            EXPECT_EQ(first.parent().parent().name().find("Add"),
+                      first.parent().parent().name().size() - 3);
+            first.setText(c.account);
+            body = parsed->toString(false);
+        }
+        xml::Document answer = send(body);
+        ASSERT_EQ(status(answer), "0 Info Status OK") << body << "\n" << m_lastText;
+        xml::Node added = answer.selectOne(std::string("//") + c.target);
+        ASSERT_TRUE(added) << m_lastText;
+
+        EXPECT_EQ(added.valueOf(c.payee), kSender);
+        EXPECT_EQ(added.valueOf("TxnDate"), source.valueOf("TxnDate"));
+        EXPECT_EQ(added.valueOf("RefNumber"), source.valueOf("RefNumber"));
+        const std::string memo = added.valueOf("Memo");
+        EXPECT_NE(memo.find(kMemo), std::string::npos) << memo;
+        EXPECT_NE(memo.find(source.valueOf(c.extraNumber)), std::string::npos) << memo;
+        if (*c.account) {
+            EXPECT_EQ(added.valueOf("AccountRef/FullName"), c.account);
+        } else {
+            EXPECT_EQ(added.valueOf("TermsRef/FullName"), source.valueOf("TermsRef/FullName"));
+        }
+        EXPECT_EQ(added.valueOf("DueDate"), source.valueOf("DueDate"));
+        // addresses: the sender's on the purchase order and the check, the receiver's ship-to
+        const std::string targetName = c.target;
+        if (targetName == "PurchaseOrderRet") {
+            EXPECT_EQ(added.valueOf("VendorAddress/Addr1"), sender.valueOf("Address/Addr1"));
+            EXPECT_EQ(added.valueOf("ShipAddress/Addr2"), "12 Elm Street");
+        } else if (targetName == "CheckRet") {
+            EXPECT_EQ(added.valueOf("Address/City"), sender.valueOf("Address/City"));
+        }
+
+        // Line for line: items, descriptions, quantities, rates and amounts; the subtotal
+        // stays a subtotal, the group stays a group; the tax comes last.
+        std::vector<xml::Node> from = source.selectAll("*[contains(name(), 'Line')]");
+        std::vector<xml::Node> to = added.selectAll(std::string(c.line) + " | " + c.groupLine);
+        ASSERT_EQ(to.size(), from.size() + 1) << m_lastText;
+        double groupDifference = 0;
+        for (std::size_t i = 0; i < from.size(); ++i) {
+            SCOPED_TRACE(i);
+            if (from[i].name().find("Group") != std::string::npos) {
+                ASSERT_EQ(to[i].name(), c.groupLine);
+                EXPECT_EQ(to[i].valueOf("ItemGroupRef/FullName"),
+                          from[i].valueOf("ItemGroupRef/FullName"));
+                EXPECT_EQ(number(to[i].valueOf("Quantity")), number(from[i].valueOf("Quantity")));
+                groupDifference +=
+                    number(to[i].valueOf("TotalAmount")) - number(from[i].valueOf("TotalAmount"));
+                continue;
+            }
+            ASSERT_EQ(to[i].name(), c.line);
+            EXPECT_EQ(to[i].valueOf("ItemRef/FullName"), from[i].valueOf("ItemRef/FullName"));
+            EXPECT_EQ(to[i].valueOf("Desc"), from[i].valueOf("Desc"));
+            EXPECT_EQ(number(to[i].valueOf("Quantity")), number(from[i].valueOf("Quantity")));
+            EXPECT_EQ(number(to[i].valueOf(c.price)), number(from[i].valueOf("Rate")));
+            EXPECT_EQ(to[i].valueOf("Amount"), from[i].valueOf("Amount"));
+        }
+        EXPECT_EQ(to.back().valueOf("ItemRef/FullName"), "State Tax");
+        EXPECT_EQ(to.back().valueOf("Amount"), source.valueOf("SalesTaxTotal"));
+        const double sourceTotal =
+            number(source.valueOf("Subtotal")) + number(source.valueOf("SalesTaxTotal"));
+        EXPECT_GT(number(source.valueOf("SalesTaxTotal")), 0);
+        EXPECT_NEAR(number(added.valueOf(c.total)), sourceTotal + groupDifference, 0.001)
+            << m_lastText;
+    }
+}
+
+}  // namespace
+}  // namespace dorvane::test
