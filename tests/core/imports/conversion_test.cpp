@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "../qbsandbox/sandboxfixture.h"
+#include "../render/rendersupport.h"
 
 namespace dorvane::test {
 namespace {
@@ -289,6 +290,37 @@ TEST_F(ImportSheets, ExchangeFilesBecomeTheCounterDocumentsInTheReceiversCompany
         EXPECT_GT(number(source.valueOf("SalesTaxTotal")), 0);
         EXPECT_NEAR(number(added.valueOf(c.total)), sourceTotal + groupDifference, 0.001)
             << m_lastText;
+    }
+}
+
+// The preview pages: who sent what, its lines and its total, as the bookkeeper checks them.
+TEST_F(ImportSheets, PreviewsShowSenderDocumentLinesAndTotal) {
+    std::vector<xml::Document> files = exchangeFiles();
+    ASSERT_EQ(files.size(), 3u);
+    const struct {
+        const char* sheet;
+        const char* kind;
+        const char* bookedAs;
+    } previews[] = {{"importinvoice.xslt", "Invoice", "bill"},
+                    {"importestimate.xslt", "Estimate", "purchase order"},
+                    {"importsalesreceipt.xslt", "Sales Receipt", "credit-card charge"}};
+    for (std::size_t i = 0; i < 3; ++i) {
+        SCOPED_TRACE(previews[i].sheet);
+        xml::Node root = files[i].root();
+        const std::string html = transform(previews[i].sheet, root);
+        // written as viewitem.htm: it must not look like XML
+        EXPECT_EQ(html.find_first_not_of(" \r\n"), html.find("<html>")) << html.substr(0, 80);
+        EXPECT_EQ(html.find_first_of("\x80\xFF"), std::string::npos);
+        const std::string text = render::test::decodeEntities(html);
+        EXPECT_NE(text.find(std::string(previews[i].kind) + " " + root.valueOf("RefNumber")),
+                  std::string::npos);
+        EXPECT_NE(text.find(kSender), std::string::npos);
+        EXPECT_NE(text.find(previews[i].bookedAs), std::string::npos);
+        EXPECT_NE(text.find("4 lines, total <b>944.18</b>"), std::string::npos);
+        for (const char* item : {"Design", "Plants", "Spring Package", "B\xC3\xA4ume & <Str"}) {
+            EXPECT_NE(text.find(item), std::string::npos) << item;
+        }
+        EXPECT_NE(text.find("1250 Harbor Lane"), std::string::npos);
     }
 }
 
