@@ -324,5 +324,37 @@ TEST_F(ImportSheets, PreviewsShowSenderDocumentLinesAndTotal) {
     }
 }
 
+// An Authorize.Net receipt: its payer becomes a customer, and its preview shows every line.
+TEST_F(ImportSheets, ReceiptPayerBecomesACustomerAndThePreviewShowsTheReceipt) {
+    useDemo();
+    auto receipt = xml::Document::load(dataDir() / "imports" / "receipt.xml");
+    ASSERT_TRUE(receipt);
+    const std::string payer = "Zo\xC3\xAB's Caf\xC3\xA9 & <Bistro>";
+
+    const std::string body = transform("CustomerFromAuthorize.xslt", receipt->root());
+    xml::Document answer = send(body);
+    ASSERT_EQ(status(answer), "0 Info Status OK") << body << "\n" << m_lastText;
+    xml::Node customer = answer.selectOne("//CustomerRet");
+    EXPECT_EQ(customer.valueOf("Name"), payer);
+    EXPECT_EQ(customer.valueOf("CompanyName"), payer);
+    EXPECT_EQ(customer.valueOf("FirstName"), "Zo\xC3\xAB");
+    EXPECT_EQ(customer.valueOf("LastName"), "M\xC3\xBCller-Smith");
+    EXPECT_EQ(customer.valueOf("BillAddress/Addr1"), payer);
+    EXPECT_EQ(customer.valueOf("BillAddress/Addr2"), "44 Market Street");
+    EXPECT_EQ(customer.valueOf("BillAddress/PostalCode"), "93650");
+    EXPECT_EQ(customer.valueOf("ShipAddress/Addr1"), "7 Dock Road");
+    EXPECT_EQ(customer.valueOf("ShipAddress/City"), "Oakland");
+    EXPECT_EQ(customer.valueOf("Phone"), "559-555-0199");
+    EXPECT_EQ(customer.valueOf("Email"), "zoe@example.com");
+
+    const std::string html = transform("importAuthorizeNet.xslt", receipt->root());
+    EXPECT_EQ(html.find_first_not_of(" \r\n"), html.find("<html>"));
+    const std::string text = render::test::decodeEntities(html);
+    for (const std::string& shown : {payer, std::string("40012345"), std::string("$12.50"),
+                                     std::string("12-Mar-2003"), std::string("7 Dock Road")}) {
+        EXPECT_NE(text.find(shown), std::string::npos) << shown;
+    }
+}
+
 }  // namespace
 }  // namespace dorvane::test
