@@ -66,7 +66,7 @@
   <xsl:template name="vendor-ref">
     <xsl:param name="element"/>
     <xsl:element name="{$element}">
-      <FullName><xsl:value-of select="substring(normalize-space((.//CompanyRet/CompanyName)[1]), 1, 41)"/></FullName>
+      <FullName><xsl:value-of select="substring((.//CompanyRet/CompanyName)[1], 1, 41)"/></FullName>
     </xsl:element>
   </xsl:template>
 

@@ -26,7 +26,7 @@
   </xsl:template>
 
   <xsl:template match="*">
-    <xsl:variable name="name" select="substring(normalize-space((.//Company)[1]), 1, 41)"/>
+    <xsl:variable name="name" select="substring((.//Company)[1], 1, 41)"/>
     <xsl:variable name="billing" select="(Billing | .)[last()]"/>
     <QBXML>
       <QBXMLMsgsRq onError="stopOnError">

@@ -26,7 +26,7 @@
 
   <xsl:template match="*">
     <xsl:variable name="company" select="(.//CompanyRet)[1]"/>
-    <xsl:variable name="name" select="substring(normalize-space($company/CompanyName), 1, 41)"/>
+    <xsl:variable name="name" select="substring($company/CompanyName, 1, 41)"/>
     <xsl:variable name="address" select="($company/CompanyAddressForCustomer[*[normalize-space(.) != '']]
                                           | $company/Address[*[normalize-space(.) != '']])[last()]"/>
     <QBXML>

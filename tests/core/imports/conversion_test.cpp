@@ -57,8 +57,9 @@ std::string sourceLines(const std::string& line, const std::string& group) {
            "</" + line + "><" + line + ">" + ref("ItemRef", "Plants") +
            "<Desc>Roses</Desc><Quantity>3</Quantity><Rate>12.25</Rate>" +
            ref("SalesTaxCodeRef", "Tax") + "</" + line + "><" + line + ">" +
-           ref("ItemRef", "Subtotal") + "</" + line + "><" + group + ">" +
-           ref("ItemGroupRef", "Spring Package") + "<Quantity>2</Quantity></" + group + ">";
+           ref("ItemRef", "Subtotal") + "</" + line + "><" + line + "><Desc>Thank you!</Desc></" +
+           line + "><" + group + ">" + ref("ItemGroupRef", "Spring Package") +
+           "<Quantity>2</Quantity></" + group + ">";
 }
 
 struct Conversion {
@@ -211,6 +212,20 @@ TEST_F(ImportSheets, ExchangeFilesBecomeTheCounterDocumentsInTheReceiversCompany
     EXPECT_EQ(vendorRet.valueOf("VendorAddress/City"), sender.valueOf("Address/City"));
     EXPECT_EQ(vendorRet.valueOf("Phone"), sender.valueOf("Phone"));
 
+    // A vendor name holds 41 letters: the vendor and the documents booked to it agree on them.
+    {
+        xml::Document longName = invoiceFile.clone();
+        longName.selectOne("//CompanyRet/CompanyName")
+            .setText("Northern California Landscape Supply Cooperative");
+        auto vendorName =
+            xml::Document::parse(transform("VendorFromInvoice.xslt", longName.root()));
+        auto bill = xml::Document::parse(transform("BillFromInvoice.xslt", longName.root()));
+        ASSERT_TRUE(vendorName && bill);
+        EXPECT_EQ(vendorName->valueOf("//VendorAdd/Name"),
+                  "Northern California Landscape Supply Coop");
+        EXPECT_EQ(bill->valueOf("//VendorRef/FullName"), vendorName->valueOf("//VendorAdd/Name"));
+    }
+
     for (const Conversion& c : kConversions) {
         SCOPED_TRACE(c.label);
         const xml::Document& file = std::string(c.ret) == "InvoiceRet"    ? files[0]
@@ -316,7 +331,7 @@ TEST_F(ImportSheets, PreviewsShowSenderDocumentLinesAndTotal) {
                   std::string::npos);
         EXPECT_NE(text.find(kSender), std::string::npos);
         EXPECT_NE(text.find(previews[i].bookedAs), std::string::npos);
-        EXPECT_NE(text.find("4 lines, total <b>944.18</b>"), std::string::npos);
+        EXPECT_NE(text.find("5 lines, total <b>944.18</b>"), std::string::npos);
         for (const char* item : {"Design", "Plants", "Spring Package", "B\xC3\xA4ume & <Str"}) {
             EXPECT_NE(text.find(item), std::string::npos) << item;
         }
