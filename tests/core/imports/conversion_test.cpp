@@ -2,6 +2,7 @@
 // The conversion and creation sheets, proved through two sandbox companies: company A books
 // an invoice, an estimate and a sales receipt and writes their exchange files as the mailing
 // code does; company B creates the sender as a vendor and books the counter-documents.
+#include <algorithm>
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <string>
@@ -22,6 +23,12 @@ constexpr const char* kProlog =
 const std::string kSender = "J\xC3\xB6rg's G\xC3\xA4rten & <S\xC3\xB6hne> \"Ltd\"";
 const std::string kDesc = "B\xC3\xA4ume & <Str\xC3\xA4ucher> \"Premium\"\nzweite Zeile";
 const std::string kMemo = "Fr\xC3\xBChjahr & Sommer <2026>";
+
+// QuickBooks wants every other character as a character reference.
+bool ascii(const std::string& s) {
+    return std::all_of(s.begin(), s.end(),
+                       [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
 
 std::string escape(const std::string& s) {
     std::string out;
@@ -178,7 +185,6 @@ protected:
     // Sends a converted message with the import's prolog; answers the parsed response.
     xml::Document send(const std::string& body) {
         EXPECT_EQ(body.find("<?xml"), std::string::npos) << "the sheet wrote a prolog";
-        EXPECT_EQ(body.find_first_of("\x80\xFF"), std::string::npos) << "not ASCII: " << body;
         auto answer = exchange(kProlog + body);
         EXPECT_TRUE(answer) << (answer ? "" : answer.error().description) << "\n"
                             << body << "\n"
@@ -202,6 +208,7 @@ TEST_F(ImportSheets, ExchangeFilesBecomeTheCounterDocumentsInTheReceiversCompany
     // The sender becomes a vendor; both creation sheets write the same request.
     const std::string vendorAdd = transform("VendorFromInvoice.xslt", invoiceFile.root());
     EXPECT_EQ(transform("VendorFromEstimate.xslt", files[1].root()), vendorAdd);
+    EXPECT_TRUE(ascii(vendorAdd)) << vendorAdd;
     xml::Document vendor = send(vendorAdd);
     ASSERT_EQ(status(vendor), "0 Info Status OK") << vendorAdd << "\n" << m_lastText;
     xml::Node vendorRet = vendor.selectOne("//VendorRet");
@@ -237,6 +244,7 @@ TEST_F(ImportSheets, ExchangeFilesBecomeTheCounterDocumentsInTheReceiversCompany
         std::string body = transform(
             c.sheet, source,
             c.accountByRewrite ? xml::Variables{} : xml::Variables{{"account", c.account}});
+        EXPECT_TRUE(ascii(body)) << body;
         if (c.accountByRewrite) {
             // the first account reference is the paying account
             auto parsed = xml::Document::parse(body);
@@ -325,7 +333,7 @@ TEST_F(ImportSheets, PreviewsShowSenderDocumentLinesAndTotal) {
         const std::string html = transform(previews[i].sheet, root);
         // written as viewitem.htm: it must not look like XML
         EXPECT_EQ(html.find_first_not_of(" \r\n"), html.find("<html>")) << html.substr(0, 80);
-        EXPECT_EQ(html.find_first_of("\x80\xFF"), std::string::npos);
+        EXPECT_TRUE(ascii(html));
         const std::string text = render::test::decodeEntities(html);
         EXPECT_NE(text.find(std::string(previews[i].kind) + " " + root.valueOf("RefNumber")),
                   std::string::npos);
@@ -347,6 +355,7 @@ TEST_F(ImportSheets, ReceiptPayerBecomesACustomerAndThePreviewShowsTheReceipt) {
     const std::string payer = "Zo\xC3\xAB's Caf\xC3\xA9 & <Bistro>";
 
     const std::string body = transform("CustomerFromAuthorize.xslt", receipt->root());
+    EXPECT_TRUE(ascii(body)) << body;
     xml::Document answer = send(body);
     ASSERT_EQ(status(answer), "0 Info Status OK") << body << "\n" << m_lastText;
     xml::Node customer = answer.selectOne("//CustomerRet");
