@@ -624,7 +624,10 @@ struct Validator {
                 break;
             }
             case ValueType::Str:
-                if (rule.maxLength > 0 && value.size() > static_cast<std::size_t>(rule.maxLength)) {
+                // QuickBooks counts letters, not the bytes of their UTF-8 form.
+                if (rule.maxLength > 0 && std::count_if(value.begin(), value.end(), [](char c) {
+                                              return (static_cast<unsigned char>(c) & 0xC0) != 0x80;
+                                          }) > rule.maxLength) {
                     status(3070,
                            "The string \"" + value + "\" in the field \"" + f + "\" is too long.");
                 }

@@ -154,6 +154,10 @@ TEST_F(RequestsTest, ValueErrorsAnswerWithTheirStatusCodes) {
         {"<AccountAddRq><AccountAdd><Name>" + std::string(32, 'n') +
              "</Name><AccountType>Bank</AccountType></AccountAdd></AccountAddRq>",
          "3070 Error"},
+        // Lengths count letters: 31 of them fit, however many bytes they take.
+        {"<AccountAddRq><AccountAdd><Name>Kasse Gr\xc3\xbc" + std::string(22, 'n') +
+             "</Name><AccountType>Bank</AccountType></AccountAdd></AccountAddRq>",
+         "0 Info"},
         {"<CheckAddRq><CheckAdd><AccountRef><FullName>Checking</FullName></"
          "AccountRef><ExpenseLineAdd><Amount>1.234</Amount>"
          "</ExpenseLineAdd></CheckAdd></CheckAddRq>",
