@@ -227,7 +227,9 @@ int main(int argc, char** argv) {
         Figures f;
         sent.clear();
         capture = true;
-        for (int r = 0; r < runs; ++r) {
+        // Run -1 warms up (the server's connection handling, the page cache, the allocator)
+        // and captures the messages for the push; it is not counted.
+        for (int r = -1; r < runs; ++r) {
             const int rows = prepareList();
             if (rows < messages) {
                 std::fprintf(stderr, "only %d invoices with an address\n", rows);
@@ -237,13 +239,17 @@ int main(int argc, char** argv) {
             asideSeconds = 0;
             const auto start = Clock::now();
             app.sender().sendSelectedDocuments();
-            f.endToEnd.push_back(secondsSince(start) - asideSeconds);
+            const double seconds = secondsSince(start) - asideSeconds;
             capture = false;
             if (sentInRun != messages) {
                 std::fprintf(stderr, "run %d sent %d of %d messages (%s)\n", r + 1, sentInRun,
                              messages, window.statusText().c_str());
                 return std::nullopt;
             }
+            if (r < 0) {
+                continue;
+            }
+            f.endToEnd.push_back(seconds);
 
             mail::SmtpClient client;
             client.setServer("127.0.0.1", std::to_string(server.port()), "", "");

@@ -280,13 +280,18 @@ void DocumentSender::runRows(const RunPlan& plan) {
     // thread, so that the run waits on the network and not on both. One render at a time,
     // and none is under way when the person gets a chance to act (`yield`) or at an address
     // prompt.
-    // The exchange-file sheet is read once for the run.
+    // The exchange-file sheet and the company record it adds are looked up once for the run.
     struct SheetForRun {
         std::optional<Result<xml::Stylesheet>>& slot;
-        ~SheetForRun() { slot.reset(); }
-    } attachmentSheet{m_attachmentSheet};
+        xml::Node& company;
+        ~SheetForRun() {
+            slot.reset();
+            company = xml::Node();
+        }
+    } attachmentSheet{m_attachmentSheet, m_exchangeCompany};
     if (!preview && m_settings.attachment != 0) {
         m_attachmentSheet.emplace(xml::Stylesheet::load(m_folder.filePath("/attachment.xslt")));
+        m_exchangeCompany = exchangeCompany();
     }
     const bool renderAhead = !preview && m_settings.altEmail != 1;
     std::future<Rendered> ahead;
@@ -466,6 +471,12 @@ std::string DocumentSender::companyHeaderHtml() {
     return html ? std::move(html).value() : std::string();
 }
 
+xml::Node DocumentSender::exchangeCompany() {
+    xml::Node company =
+        m_window.listDocument().selectOne("/QBXML/QBXMLMsgsRs/CompanyQueryRs/CompanyRet");
+    return company ? company : m_company.companyNode();
+}
+
 std::string DocumentSender::buildAttachment(xml::Node document) {
     if (m_settings.attachment == 0) {
         return {};
@@ -476,12 +487,7 @@ std::string DocumentSender::buildAttachment(xml::Node document) {
     for (xml::Node id : copy.selectAll("//ListID")) {
         id.setText("ignore");
     }
-    xml::Node company =
-        m_window.listDocument().selectOne("/QBXML/QBXMLMsgsRs/CompanyQueryRs/CompanyRet");
-    if (!company) {
-        company = m_company.companyNode();
-    }
-    if (company) {
+    if (xml::Node company = m_exchangeCompany ? m_exchangeCompany : exchangeCompany()) {
         xml::Node sent = copy.importNode(company);
         for (const char* child : {"CompanyType", "FileName", "LegalAddress", "LegalCompanyName",
                                   "FirstMonthFiscalYear", "FirstMonthIncomeTaxYear"}) {

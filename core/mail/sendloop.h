@@ -104,8 +104,13 @@ private:
     Mailer m_mailer;
     shell::MailSettings m_settings;
     std::function<void(const RowOutcome&)> m_rowProcessed;
-    // "attachment.xslt" as read at the start of the run that is under way.
+    // "attachment.xslt" as read at the start of the run that is under way, and the sender's
+    // company record that the run's exchange files carry.
     std::optional<Result<xml::Stylesheet>> m_attachmentSheet;
+    xml::Node m_exchangeCompany;
+
+    // The company record an exchange file carries: the list answer's, else the one in use.
+    xml::Node exchangeCompany();
 };
 
 }  // namespace dorvane::mail
