@@ -4,6 +4,8 @@
 #include <cctype>
 #include <vector>
 
+#include "xml/xml.h"
+
 namespace dorvane::imports {
 namespace {
 
@@ -109,25 +111,7 @@ std::string upperAscii(std::string_view s) {
 }
 
 void appendValue(std::string& out, std::string_view value, bool escape) {
-    if (!escape) {
-        out.append(value);
-        return;
-    }
-    for (char c : value) {
-        switch (c) {
-            case '&':
-                out += "&amp;";
-                break;
-            case '<':
-                out += "&lt;";
-                break;
-            case '>':
-                out += "&gt;";
-                break;
-            default:
-                out += c;
-        }
-    }
+    out += escape ? xml::escapeText(value) : std::string(value);
 }
 
 void appendElement(std::string& out, std::string_view name, std::string_view value, bool escape) {

@@ -1002,4 +1002,16 @@ Document Document::clone() const {
     return Document(copy);
 }
 
+std::string escapeText(std::string_view text) {
+    initialize();
+    const std::string in(text);
+    xmlChar* escaped = xmlEncodeSpecialChars(nullptr, reinterpret_cast<const xmlChar*>(in.c_str()));
+    if (!escaped) {
+        return {};
+    }
+    std::string out(reinterpret_cast<const char*>(escaped));
+    xmlFree(escaped);
+    return out;
+}
+
 }  // namespace dorvane::xml

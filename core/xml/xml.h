@@ -167,6 +167,10 @@ private:
     std::unique_ptr<Impl> m_impl;
 };
 
+// `text` with the characters that markup gives meaning to (& < > " and CR) as references, for
+// building XML by hand.
+std::string escapeText(std::string_view text);
+
 // Sets up libxml2/libxslt for the whole process (error handlers, security preferences,
 // EXSLT). Safe to call more than once; every entry point above calls it.
 void initialize();

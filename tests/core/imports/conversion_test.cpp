@@ -31,26 +31,7 @@ bool ascii(const std::string& s) {
 }
 
 std::string escape(const std::string& s) {
-    std::string out;
-    for (char c : s) {
-        switch (c) {
-            case '&':
-                out += "&amp;";
-                break;
-            case '<':
-                out += "&lt;";
-                break;
-            case '>':
-                out += "&gt;";
-                break;
-            case '"':
-                out += "&quot;";
-                break;
-            default:
-                out += c;
-        }
-    }
-    return out;
+    return xml::escapeText(s);
 }
 
 // The lines every source document carries: a rated line with a decimal quantity, a taxable
