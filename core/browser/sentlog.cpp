@@ -10,12 +10,7 @@ constexpr std::string_view kTxnTag = "<TxnID>";
 }
 
 std::string sentDateText(std::chrono::system_clock::time_point when) {
-    std::time_t t = std::chrono::system_clock::to_time_t(when);
-    std::tm local{};
-    localtime_r(&t, &local);
-    char buf[64];
-    std::size_t n = std::strftime(buf, sizeof buf, "%Y-%m-%d %H:%M:%S", &local);
-    return std::string(buf, n);
+    return clock::localDateTimeText(when);
 }
 
 std::string sentRecord(std::string_view txnId, std::string_view type,

@@ -50,4 +50,13 @@ std::chrono::system_clock::time_point now() {
     return std::chrono::system_clock::from_time_t(moved);
 }
 
+std::string localDateTimeText(std::chrono::system_clock::time_point when) {
+    std::time_t t = std::chrono::system_clock::to_time_t(when);
+    std::tm local{};
+    localtime_r(&t, &local);
+    char buf[64];
+    std::size_t n = std::strftime(buf, sizeof buf, "%Y-%m-%d %H:%M:%S", &local);
+    return std::string(buf, n);
+}
+
 }  // namespace dorvane::clock

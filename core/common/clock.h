@@ -13,4 +13,7 @@ std::string todayIso();
 // The current moment; with $DORVANE_TODAY set, the current local time of day on that date.
 std::chrono::system_clock::time_point now();
 
+// A moment as the logs write it: the local date and time, "YYYY-MM-DD HH:MM:SS".
+std::string localDateTimeText(std::chrono::system_clock::time_point when);
+
 }  // namespace dorvane::clock

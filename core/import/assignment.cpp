@@ -24,11 +24,12 @@ std::optional<xml::Document> parseRequest(const std::string& request) {
     return std::move(doc).value();
 }
 
-// The document as text again, with a declaration only when the request came with one.
+// The document as text again, with a declaration only when the request came with one, and in
+// ASCII with character references, as the style sheets write requests for QuickBooks.
 std::string serialise(const xml::Document& doc, const std::string& original) {
     const std::size_t start = original.find_first_not_of(" \t\r\n");
     const bool declaration = start != std::string::npos && original.compare(start, 5, "<?xml") == 0;
-    return doc.toString(declaration);
+    return doc.toString(declaration, "US-ASCII");
 }
 
 void setAll(const xml::Document& doc, std::string_view xpath, const std::string& value) {

@@ -8,6 +8,7 @@
 
 #include "browser/loaders.h"
 #include "company/companyinfo.h"
+#include "import/importwindow.h"
 #include "mail/sendloop.h"
 #include "qbgateway/defaultrecords.h"
 #include "qbgateway/gateway.h"
@@ -48,6 +49,7 @@ public:
     qbgateway::DefaultRecords& defaultRecords() { return m_defaults; }
     browser::DocumentBrowser& browser() { return m_browser; }
     mail::DocumentSender& sender() { return m_sender; }
+    imports::ImportWindow& importWindow() { return m_importWindow; }
 
 private:
     ui::UiPort& m_ui;
@@ -59,6 +61,7 @@ private:
     qbgateway::DefaultRecords m_defaults;
     browser::DocumentBrowser m_browser;
     mail::DocumentSender m_sender;
+    imports::ImportWindow m_importWindow;
 };
 
 }  // namespace dorvane::shell

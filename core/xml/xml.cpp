@@ -264,13 +264,13 @@ bool isAncestorOrSelf(const xmlNode* candidate, const xmlNode* n) {
     return false;
 }
 
-std::string dumpDocument(xmlDocPtr doc, bool declaration) {
+std::string dumpDocument(xmlDocPtr doc, bool declaration, const char* encoding = "UTF-8") {
     std::string out;
     if (!doc) {
         return out;
     }
-    xmlSaveCtxtPtr save =
-        xmlSaveToIO(writeToString, closeNothing, &out, "UTF-8", declaration ? 0 : XML_SAVE_NO_DECL);
+    xmlSaveCtxtPtr save = xmlSaveToIO(writeToString, closeNothing, &out, encoding,
+                                      declaration ? 0 : XML_SAVE_NO_DECL);
     if (save) {
         xmlSaveDoc(save, doc);
         xmlSaveClose(save);
@@ -986,8 +986,8 @@ Node Document::importNode(Node node) {
     return Node(copy);
 }
 
-std::string Document::toString(bool declaration) const {
-    return dumpDocument(asDoc(m_doc), declaration);
+std::string Document::toString(bool declaration, const char* encoding) const {
+    return dumpDocument(asDoc(m_doc), declaration, encoding);
 }
 
 Document Document::clone() const {

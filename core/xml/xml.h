@@ -123,7 +123,9 @@ public:
     Node importNode(Node node);
 
     // Serialises the document. With `declaration` the text starts with the XML declaration.
-    std::string toString(bool declaration = true) const;
+    // Characters the encoding cannot hold ("US-ASCII": every letter beyond ASCII) are written
+    // as character references.
+    std::string toString(bool declaration = true, const char* encoding = "UTF-8") const;
     // A deep copy of the whole document.
     Document clone() const;
 
