@@ -137,6 +137,8 @@ void setDefaults(CompanyFile& file, const std::string& companyName, bool demo) {
         {"Sales", "Income", nullptr},
         {"Cost of Goods Sold", "CostOfGoodsSold", nullptr},
         {"Office Supplies", "Expense", nullptr},
+        // What imported documents are booked onto until the bookkeeper sorts them out.
+        {"Uncategorized Expenses", "Expense", nullptr},
     };
     for (const auto& a : accounts) {
         addList(file, "Account", a.name, {{"AccountType", a.type}});
@@ -405,6 +407,17 @@ void createDemoCompany(const std::filesystem::path& path, const DemoOptions& opt
                  {"ItemGroupLine#2/Quantity", "1"},
                  {"ItemGroupLine#3/ItemRef", idOf(*file, "item", "Installation")},
                  {"ItemGroupLine#3/Quantity", "3"}});
+        // The import settings' defaults name these: received bills and purchase orders land on
+        // them until the lines are sorted out.
+        addList(*file, "ItemNonInventory", "Uncategorized Expenses",
+                {{"SalesOrPurchase/Desc", "Imported, to be sorted out"},
+                 {"SalesOrPurchase/AccountRef",
+                  idOf(*file, "account", "Uncategorized Expenses")}});
+        addList(*file, "ItemGroup", "Uncategorized Expense Group",
+                {{"ItemDesc", "Imported group, to be sorted out"},
+                 {"IsPrintItemsInGroup", "false"},
+                 {"ItemGroupLine#1/ItemRef", idOf(*file, "item", "Uncategorized Expenses")},
+                 {"ItemGroupLine#1/Quantity", "1"}});
 
         // Vendors: a mix with and without e-mail.
         const std::vector<std::string> vendorNames = {
