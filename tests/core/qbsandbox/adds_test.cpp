@@ -54,8 +54,7 @@ TEST_F(AddsTest, ListAddsRoundTrip) {
     };
     const Case cases[] = {
         {"Account",
-         "<Name>Uncategorized "
-         "Expenses</Name><AccountType>Expense</AccountType><Desc>Imported</Desc>"},
+         "<Name>Freight In</Name><AccountType>Expense</AccountType><Desc>Imported</Desc>"},
         {"ItemService",
          "<Name>Uncategorized Item</Name><SalesOrPurchase><Desc>Imported</Desc><Price>0.00</Price>"
          "<AccountRef><FullName>Sales</FullName></AccountRef></SalesOrPurchase>"},
