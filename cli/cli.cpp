@@ -26,6 +26,12 @@ constexpr const char* kUsage =
     "  send TYPE [--timeframe NAME] [--preview]\n"
     "                        list as above, then mail the checked documents (or render them\n"
     "                        into preview.htm); exit status 1 when one did not go out\n"
+    "  import FILE [--vendor NAME] [--account NAME] [--again]\n"
+    "                        book a received exchange file (.dvx): an invoice as a bill, an\n"
+    "                        estimate as a purchase order, a sales receipt as a check or\n"
+    "                        card charge; exit status 1 when it was not booked\n"
+    "  import --receipt FILE|- [--customer NAME] [--again]\n"
+    "                        book an Authorize.Net receipt's text as a sales receipt\n"
     "  company               print the company's name and address\n"
     "  company set FIELD VALUE [FIELD VALUE ...]\n"
     "                        enter or correct the company's record where Dorvane keeps it\n"
@@ -57,7 +63,7 @@ struct Command {
 
 constexpr Command kCommands[] = {
     {"request", requestCommand}, {"list", listCommand},         {"company", companyCommand},
-    {"send", sendCommand},       {"settings", settingsCommand},
+    {"send", sendCommand},       {"settings", settingsCommand}, {"import", importCommand},
 };
 
 // What preparing the program folder did (a changed style sheet kept, records moved), one line

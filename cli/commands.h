@@ -34,6 +34,7 @@ int listCommand(CommandContext& ctx, const Args& args);
 int companyCommand(CommandContext& ctx, const Args& args);
 int sendCommand(CommandContext& ctx, const Args& args);
 int settingsCommand(CommandContext& ctx, const Args& args);
+int importCommand(CommandContext& ctx, const Args& args);
 
 // The document type a command-line word names (any case), e.g. "invoice" → "Invoice".
 std::optional<std::string> documentTypeNamed(std::string_view name);

@@ -563,7 +563,7 @@ bool ImportWindow::passesDuplicateGuard(std::string_view request) {
             return true;
         }
         m_outcome = ImportOutcome::NotSent;
-        setImportStatusText("Not imported: already in QuickBooks");
+        setImportStatusText("already in QuickBooks");
         return false;
     }
     return true;

@@ -83,7 +83,7 @@ bool ImportWindow::receiptPassesDuplicateGuard() {
         return true;
     }
     m_outcome = ImportOutcome::NotSent;
-    setImportStatusText("Not imported: imported before");
+    setImportStatusText("imported before");
     return false;
 }
 

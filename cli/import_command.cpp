@@ -1,0 +1,235 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// `dorvane import FILE [--vendor NAME] [--account NAME] [--again]` and
+// `dorvane import --receipt FILE|- [--customer NAME] [--again]`: the import window's Import,
+// headless.
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <ostream>
+#include <sstream>
+
+#include "cli/cli.h"
+#include "cli/commands.h"
+#include "cli/terminalui.h"
+#include "common/text.h"
+#include "import/importwindow.h"
+#include "shell/application.h"
+
+namespace dorvane::cli {
+namespace {
+
+constexpr const char* kUsage =
+    "Usage: dorvane import FILE [--vendor NAME] [--account NAME] [--again]\n"
+    "       dorvane import --receipt FILE|- [--customer NAME] [--again]\n"
+    "  Opens an exchange file (.dvx) as the import window does, prints whom it matched, and\n"
+    "  books it: an invoice as a bill, an estimate as a purchase order, a sales receipt as a\n"
+    "  check (bank account) or a card charge (credit-card account). --vendor books it onto\n"
+    "  that vendor; without it the matched vendor is used, or a new one is created (a\n"
+    "  question: answer it with --yes). --account names the account that pays a sales\n"
+    "  receipt (the first bank or card account by default).\n"
+    "  --receipt reads an Authorize.Net receipt's text from FILE (- for standard input) and\n"
+    "  books it as a sales receipt; --customer names the customer (created when QuickBooks\n"
+    "  has none of that name; empty for none).\n"
+    "  A document QuickBooks already has (same kind, number and vendor), or a receipt\n"
+    "  imported before, is booked again only with --again.\n"
+    "  Exit status: 0 booked, 1 not booked (refused, cancelled or already there), 2\n"
+    "  QuickBooks could not be reached.\n";
+
+struct ImportArgs {
+    std::string file;
+    bool receipt = false;
+    std::optional<std::string> vendor;
+    std::optional<std::string> account;
+    std::optional<std::string> customer;
+    bool again = false;
+};
+
+// Takes "--name VALUE" and "--name=VALUE".
+bool takeValue(const Args& args, std::size_t& i, std::string_view name,
+               std::optional<std::string>& value) {
+    const std::string& a = args[i];
+    if (a == name && i + 1 < args.size()) {
+        value = args[++i];
+        return true;
+    }
+    if (a.size() > name.size() && a.starts_with(name) && a[name.size()] == '=') {
+        value = a.substr(name.size() + 1);
+        return true;
+    }
+    return false;
+}
+
+std::optional<ImportArgs> parse(const Args& args, std::ostream& err) {
+    ImportArgs parsed;
+    std::optional<std::string> receiptFile;
+    for (std::size_t i = 0; i < args.size(); ++i) {
+        const std::string& a = args[i];
+        if (takeValue(args, i, "--receipt", receiptFile) ||
+            takeValue(args, i, "--vendor", parsed.vendor) ||
+            takeValue(args, i, "--account", parsed.account) ||
+            takeValue(args, i, "--customer", parsed.customer)) {
+            continue;
+        }
+        if (a == "--again") {
+            parsed.again = true;
+        } else if (parsed.file.empty() && !receiptFile && (a == "-" || !a.starts_with("--"))) {
+            parsed.file = a;
+        } else {
+            err << "dorvane: unexpected '" << a << "'\n" << kUsage;
+            return std::nullopt;
+        }
+    }
+    if (receiptFile) {
+        if (!parsed.file.empty() || parsed.vendor || parsed.account) {
+            err << "dorvane: --receipt takes no exchange file, --vendor or --account\n" << kUsage;
+            return std::nullopt;
+        }
+        parsed.file = *receiptFile;
+        parsed.receipt = true;
+    } else if (parsed.customer) {
+        err << "dorvane: --customer goes with --receipt\n" << kUsage;
+        return std::nullopt;
+    }
+    if (parsed.file.empty()) {
+        err << kUsage;
+        return std::nullopt;
+    }
+    return parsed;
+}
+
+std::optional<std::string> readReceipt(const std::string& file, std::ostream& err) {
+    std::ostringstream text;
+    if (file == "-") {
+        text << std::cin.rdbuf();
+        return text.str();
+    }
+    std::ifstream in(file, std::ios::binary);
+    if (!in) {
+        err << "dorvane: cannot read " << file << '\n';
+        return std::nullopt;
+    }
+    text << in.rdbuf();
+    return text.str();
+}
+
+std::optional<std::size_t> indexNamed(const std::vector<std::string>& names,
+                                      std::string_view wanted) {
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        if (text::equalsIgnoreCase(names[i], wanted)) {
+            return i;
+        }
+    }
+    return std::nullopt;
+}
+
+// What the window showed after the file was opened: the kind, the match report, the preview.
+void printMatchReport(imports::ImportWindow& window, std::ostream& out) {
+    out << window.caption() << '\n';
+    const std::string report = text::replaceAll(window.label1(), "\r\n", "\n");
+    if (!text::trim(report).empty()) {
+        out << text::trim(report) << '\n';
+    }
+    if (const auto& list = window.counterparts(); list.selected) {
+        out << list.columnHeader << ": " << list.items[*list.selected] << '\n';
+    } else if (!window.nameText().empty()) {
+        out << "Name: " << window.nameText() << '\n';
+    }
+    if (!window.browserFile().empty()) {
+        out << "Preview: " << window.browserFile() << '\n';
+    }
+}
+
+// The outcome line, and the exit status that goes with it.
+int reportOutcome(imports::ImportWindow& window, std::ostream& out) {
+    using imports::ImportOutcome;
+    const std::string status = window.statusText();
+    switch (window.lastOutcome()) {
+        case ImportOutcome::Added:
+            out << status << '\n';
+            return kExitOk;
+        case ImportOutcome::Refused:
+            out << "Not imported: QuickBooks refused it\n";
+            return kExitFailed;
+        case ImportOutcome::Unreachable:
+            out << "Not imported: QuickBooks could not be reached\n";
+            return kExitGateway;
+        case ImportOutcome::NotSent:
+            out << "Not imported: "
+                << (status.empty() ? "cancelled, or nothing to send (--yes answers the questions, "
+                                     "--vendor names the vendor)"
+                                   : status)
+                << '\n';
+            return kExitFailed;
+        case ImportOutcome::None:
+            break;
+    }
+    out << "Not imported: the file holds no invoice, estimate, sales receipt or Authorize.Net "
+           "receipt\n";
+    return kExitFailed;
+}
+
+}  // namespace
+
+int importCommand(CommandContext& ctx, const Args& args) {
+    const std::optional<ImportArgs> parsed = parse(args, ctx.err);
+    if (!parsed) {
+        return kExitUsage;
+    }
+    std::optional<std::string> receiptText;
+    if (parsed->receipt && !(receiptText = readReceipt(parsed->file, ctx.err))) {
+        return kExitFailed;
+    }
+    ctx.app.window().startUp();
+    if (ctx.app.gateway().currentCompanyFile().empty()) {
+        ctx.out << "Not imported: QuickBooks could not be reached\n";
+        return kExitGateway;
+    }
+    imports::ImportWindow& window = ctx.app.importWindow();
+    window.setDuplicatePolicy(parsed->again ? imports::DuplicatePolicy::Allow
+                                            : imports::DuplicatePolicy::Refuse);
+    window.open();
+    if (receiptText) {
+        window.captureReceiptText(*receiptText);
+    } else {
+        window.openExchangeFile(parsed->file);
+    }
+    if (!window.control(imports::kAddItemBtn).visible ||
+        !window.control(imports::kAddItemBtn).enabled) {
+        ctx.out << "Not imported: the file could not be read\n";
+        return kExitFailed;
+    }
+    printMatchReport(window, ctx.out);
+
+    if (parsed->vendor) {
+        const auto index = indexNamed(window.counterparts().items, *parsed->vendor);
+        if (!index) {
+            ctx.out << "Not imported: QuickBooks has no vendor named '" << *parsed->vendor << "'\n";
+            return kExitFailed;
+        }
+        window.itemClicked(*index);
+    }
+    if (parsed->account) {
+        std::vector<std::string> names;
+        for (const auto& a : window.accounts()) {
+            names.push_back(a.name);
+        }
+        const auto index = indexNamed(names, *parsed->account);
+        if (!index) {
+            ctx.out << "Not imported: no bank or credit-card account named '" << *parsed->account
+                    << "'; QuickBooks has:";
+            for (const auto& n : names) {
+                ctx.out << " '" << n << "'";
+            }
+            ctx.out << '\n';
+            return kExitFailed;
+        }
+        window.selectAccount(*index);
+    }
+    if (parsed->customer) {
+        window.setNameText(*parsed->customer);
+    }
+    window.importSelectedDocument();
+    return reportOutcome(window, ctx.out);
+}
+
+}  // namespace dorvane::cli
