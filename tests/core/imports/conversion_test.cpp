@@ -10,6 +10,7 @@
 
 #include "../qbsandbox/sandboxfixture.h"
 #include "../render/rendersupport.h"
+#include "import/receipt.h"
 
 namespace dorvane::test {
 namespace {
@@ -161,6 +162,20 @@ protected:
         const auto b = folder() / "b.dvq";
         copyDemoCompany(b);
         ASSERT_TRUE(qbsandbox::writeState(folder(), {true, b}));
+    }
+
+    // The demo company as the program's start-up leaves it: with the catch-all account and
+    // item that a receipt's line names.
+    void useDemoAfterStartUp() {
+        useDemo();
+        for (const char* start : {"AccountAddRq.xml", "ItemAddRq.xml"}) {
+            auto answer = exchange(readFile(programSource() / start));
+            ASSERT_TRUE(answer);
+            auto doc = xml::Document::parse(*answer);
+            ASSERT_TRUE(doc);
+            const std::string code = doc->selectOne("//QBXMLMsgsRs/*").attribute("statusCode");
+            EXPECT_TRUE(code == "0" || code == "3100") << *answer;  // added, or already there
+        }
     }
 
     // Sends a converted message with the import's prolog; answers the parsed response.
@@ -359,6 +374,188 @@ TEST_F(ImportSheets, ReceiptPayerBecomesACustomerAndThePreviewShowsTheReceipt) {
                                      std::string("12-Mar-2003"), std::string("7 Dock Road")}) {
         EXPECT_NE(text.find(shown), std::string::npos) << shown;
     }
+}
+
+// The receipt sheets' expectations: a field of the booked sales receipt and its value ("" for
+// a field it must not have).
+struct ReceiptField {
+    const char* path;
+    std::string value;
+};
+
+struct ReceiptBooking {
+    const char* receipt;  // a receipt's text under imports/receipts, or the document receipt.xml
+    const char* sheet;
+    bool createCustomer;  // the payer is added first, as the import does for a new customer
+    std::vector<ReceiptField> fields;
+    std::vector<std::string> memo;  // pieces the memo holds
+};
+
+const std::string kCafe = "Caf\xC3\xA9 Lumi\xC3\xA8re";
+const std::string kBistro = "Zo\xC3\xAB's Caf\xC3\xA9 & <Bistro>";
+const std::string kWhitfield = "Whitfield Ashcombe Interior Architecture Partners";
+
+const ReceiptBooking kReceiptBookings[] = {
+    {"standard-crlf.txt",
+     "SReceiptFromAuthorize.xslt",
+     true,
+     {{"CustomerRef/FullName", kCafe},
+      {"TxnDate", "2003-04-07"},
+      {"RefNumber", "2041"},
+      {"TotalAmount", "185.40"},
+      {"BillAddress/Addr1", kCafe},
+      {"BillAddress/Addr2", "Zo\xC3\xAB Bront\xC3\xAB"},
+      {"BillAddress/Addr3", "12 Rue des \xC3\x94rmes"},
+      {"BillAddress/City",
+       "Montr\xC3\xA9"
+       "al"},
+      {"BillAddress/State", "QC"},
+      {"BillAddress/PostalCode", "H2X 1Y4"},
+      {"BillAddress/Country", "Canada"},
+      {"ShipAddress/Addr1", kCafe},
+      {"SalesReceiptLineRet/Desc", "Framed print, 40x50 cm"},
+      {"SalesReceiptLineRet/Amount", "185.40"}},
+     {"Authorize.Net transaction 2147483790", "auth 0A7B3C", "Visa xxxx4242", "P.O. 55",
+      "tax 24.18", "freight 12.00"}},
+    {"standard-crlf.txt",
+     "SReceiptFromAuthorizewoCust.xslt",
+     false,
+     {{"CustomerRef/FullName", ""},
+      {"TxnDate", "2003-04-07"},
+      {"TotalAmount", "185.40"},
+      {"BillAddress/Addr1", kCafe}},
+     {"2147483790"}},
+    // Names with markup characters, as QuickBooks has them once the user picked the customer.
+    {"",
+     "SReceiptFromAuthorize.xslt",
+     true,
+     {{"CustomerRef/FullName", kBistro},
+      {"TxnDate", "2003-03-12"},
+      {"RefNumber", "1234"},
+      {"TotalAmount", "12.50"},
+      {"BillAddress/Addr1", kBistro},
+      {"BillAddress/Addr2", "Zo\xC3\xAB M\xC3\xBCller-Smith"},
+      {"ShipAddress/Addr1", "Zo\xC3\xAB M\xC3\xBCller-Smith"},
+      {"ShipAddress/Addr2", "7 Dock Road"},
+      {"ShipAddress/City", "Oakland"}},
+     {"40012345"}},
+    // A person without a company, LF lines, a one-digit day, thousands in the amount, empty
+    // shipping fields.
+    {"personal-lf.txt",
+     "SReceiptFromAuthorizewoCust.xslt",
+     false,
+     {{"CustomerRef/FullName", ""},
+      {"TxnDate", "2003-03-01"},
+      {"TotalAmount", "1234.50"},
+      {"BillAddress/Addr1", "Dana O'Neill"},
+      {"BillAddress/Addr2", "88 Laurel Hollow Rd"},
+      {"BillAddress/PostalCode", "28801"},
+      {"ShipAddress/Addr1", ""},
+      {"SalesReceiptLineRet/Desc", "Two-person tent, footprint and stakes"}},
+     {"Authorize.Net transaction 1000245871, auth 09PQ7Z, MasterCard"}},
+    // Longer than QuickBooks' fields: the customer, the invoice number, the street.
+    {"invoice-number-crlf.txt",
+     "SReceiptFromAuthorize.xslt",
+     true,
+     {{"CustomerRef/FullName", kWhitfield.substr(0, 41)},
+      {"TxnDate", "2003-03-14"},
+      {"RefNumber", "INV-2003-00"},
+      {"TotalAmount", "2045.00"},
+      {"BillAddress/Addr2", "Margaret Whitfield-Ashcombe"},
+      {"BillAddress/Addr3", "1200 Northeast Broadway Street, Suite 145"},
+      {"BillAddress/PostalCode", "97232-1450"},
+      {"BillAddress/Country", "United States of America"},
+      {"ShipAddress/Addr1", "Pearl District Loft"},
+      {"ShipAddress/Addr2", "Tom Reyes"},
+      {"ShipAddress/Addr3", "610 NW Davis St"}},
+     {"2147490012", "invoice INV-2003-000123", "freight 45.00"}},
+};
+
+// Authorize.Net receipts, pasted as their merchants receive them, become sales receipts in
+// the demo company: with the payer as customer, or with none.
+TEST_F(ImportSheets, ReceiptsBecomeSalesReceiptsWithAndWithoutTheCustomer) {
+    useDemoAfterStartUp();
+
+    for (const ReceiptBooking& b : kReceiptBookings) {
+        SCOPED_TRACE(std::string(b.receipt) + " " + b.sheet);
+        auto receipt = *b.receipt ? xml::Document::parse(imports::receiptToXml(
+                                        readFile(dataDir() / "imports" / "receipts" / b.receipt)))
+                                  : xml::Document::load(dataDir() / "imports" / "receipt.xml");
+        ASSERT_TRUE(receipt);
+        if (b.createCustomer) {
+            const std::string customer = transform("CustomerFromAuthorize.xslt", receipt->root());
+            xml::Document added = send(customer);
+            ASSERT_EQ(status(added), "0 Info Status OK") << customer << "\n" << m_lastText;
+        }
+        const std::string body = transform(b.sheet, receipt->root());
+        EXPECT_TRUE(ascii(body)) << body;
+        xml::Document answer = send(body);
+        ASSERT_EQ(status(answer), "0 Info Status OK") << body << "\n" << m_lastText;
+        xml::Node booked = answer.selectOne("//SalesReceiptRet");
+        ASSERT_TRUE(booked) << m_lastText;
+        for (const ReceiptField& f : b.fields) {
+            EXPECT_EQ(booked.valueOf(f.path), f.value) << f.path << "\n" << body;
+        }
+        EXPECT_EQ(booked.selectAll("SalesReceiptLineRet").size(), 1u);
+        EXPECT_EQ(booked.valueOf("SalesReceiptLineRet/ItemRef/FullName"), "Uncategorized Item");
+        EXPECT_EQ(booked.valueOf("SalesReceiptLineRet/Amount"), booked.valueOf("TotalAmount"));
+        const std::string memo = booked.valueOf("Memo");
+        for (const std::string& piece : b.memo) {
+            EXPECT_NE(memo.find(piece), std::string::npos) << piece << " in " << memo;
+        }
+    }
+}
+
+// How receipts write dates and amounts: the date is left out when it is none, so QuickBooks
+// takes today; an amount keeps its cents whatever currency signs surround it.
+TEST_F(ImportSheets, ReceiptDatesAndAmountsAsReceiptsWriteThem) {
+    useDemoAfterStartUp();
+    auto receipt = xml::Document::load(dataDir() / "imports" / "receipt.xml");
+    ASSERT_TRUE(receipt);
+    const struct {
+        const char* date;
+        const char* amount;
+        const char* txnDate;
+        const char* total;
+    } cases[] = {
+        {"12-Mar-2003", "$12.50", "2003-03-12", "12.50"},
+        {"1-mar-2003 ", "185.40 (USD)", "2003-03-01", "185.40"},
+        {"29-Feb-2004", "1,234.50 USD", "2004-02-29", "1234.50"},
+        {"31-Dec-03", "USD 2,000", "2003-12-31", "2000.00"},
+        {"3/14/2003 1", "12,50 EUR", "2003-03-14", "12.50"},
+        {"29-Feb-2003", "7", kToday, "7.00"},
+        {"31-Apr-2003", "$0.99", kToday, "0.99"},
+        {"12-Mrz-2003", "1.5", kToday, "1.50"},
+        {"", "$100.00", kToday, "100.00"},
+        {"yesterday", "$5", kToday, "5.00"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(std::string(c.date) + " / " + c.amount);
+        receipt->selectOne("//DateTime").setText(c.date);
+        receipt->selectOne("//Amount").setText(c.amount);
+        const std::string body = transform("SReceiptFromAuthorizewoCust.xslt", receipt->root());
+        xml::Document answer = send(body);
+        ASSERT_EQ(status(answer), "0 Info Status OK") << body << "\n" << m_lastText;
+        EXPECT_EQ(answer.valueOf("//SalesReceiptRet/TxnDate"), c.txnDate);
+        EXPECT_EQ(answer.valueOf("//SalesReceiptRet/TotalAmount"), c.total);
+    }
+}
+
+// The import preferences read four lists from one answer to ItemGetRq.xml.
+TEST_F(ImportSheets, ItemListTemplateFillsTheFourPreferenceLists) {
+    useDemo();
+    auto answer = exchange(readFile(programSource() / "ItemGetRq.xml"));
+    ASSERT_TRUE(answer) << answer.error().description;
+    auto lists = xml::Document::parse(*answer);
+    ASSERT_TRUE(lists);
+    for (int n = 1; n <= 4; ++n) {
+        EXPECT_EQ(status(*lists, n), "0 Info Status OK") << *answer;
+    }
+    for (const char* path : {"//ItemQueryRs/*/FullName", "//ItemGroupQueryRs/*/Name",
+                             "//TermsQueryRs/*/Name", "//AccountRet"}) {
+        EXPECT_FALSE(lists->selectAll(path).empty()) << path;
+    }
+    EXPECT_EQ(lists->valueOf("//TermsQueryRs/*[Name = 'Net 30']/Name"), "Net 30");
 }
 
 }  // namespace
