@@ -85,8 +85,12 @@
     <xsl:param name="invoice"/>
     <xsl:variable name="type" select="normalize-space((.//TransactionType | .//Type)[1])"/>
     <xsl:variable name="text">
-      <xsl:text>Authorize.Net transaction</xsl:text>
-      <xsl:call-template name="memo-part"><xsl:with-param name="label" select="' '"/><xsl:with-param name="value" select="(.//TransactionID)[1]"/></xsl:call-template>
+      <xsl:choose>
+        <xsl:when test="normalize-space((.//TransactionID)[1]) != ''">
+          <xsl:value-of select="concat('Authorize.Net transaction ', normalize-space((.//TransactionID)[1]))"/>
+        </xsl:when>
+        <xsl:otherwise>Authorize.Net receipt</xsl:otherwise>
+      </xsl:choose>
       <xsl:call-template name="memo-part"><xsl:with-param name="label" select="', auth '"/><xsl:with-param name="value" select="(.//AuthorizationCode)[1]"/></xsl:call-template>
       <xsl:call-template name="memo-part"><xsl:with-param name="label" select="', '"/><xsl:with-param name="value" select="(.//PaymentMethod)[1]"/></xsl:call-template>
       <xsl:if test="string-length($invoice) &gt; 11">
@@ -130,13 +134,16 @@
   </xsl:template>
 
   <!-- An amount as qbXML writes one ("1234.50"), from "$1,234.50", "185.40 (USD)" or
-       "1,234.50 USD"; a lone comma before two last digits ("12,50") is the decimal point.
-       Empty when no number is left. -->
+       "1,234.50 USD"; a comma after the last point ("1.234,50") or a lone comma before two
+       last digits ("12,50") is the decimal point. Empty when no number is left. -->
   <xsl:template name="plain-amount">
     <xsl:param name="text"/>
     <xsl:variable name="kept" select="translate($text, translate($text, '0123456789.,-', ''), '')"/>
     <xsl:variable name="number">
       <xsl:choose>
+        <xsl:when test="contains(substring-after($kept, '.'), ',')">
+          <xsl:value-of select="translate(translate($kept, '.', ''), ',', '.')"/>
+        </xsl:when>
         <xsl:when test="not(contains($kept, '.')) and contains($kept, ',')
                         and not(contains(substring-after($kept, ','), ','))
                         and string-length(substring-after($kept, ',')) = 2">
