@@ -1,0 +1,447 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The import window against the embedded QuickBooks: documents mailed with their exchange
+// files by company A and booked by company B, the match report, the creation questions, the
+// duplicate guard, pasted receipts and hostile files.
+#include "import/importwindow.h"
+
+#include <cstdlib>
+#include <gtest/gtest.h>
+
+#include "import/importlog.h"
+#include "qbsandbox/state.h"
+#include "shell/application.h"
+#include "support/mailservers.h"
+#include "support/testsupport.h"
+
+namespace dorvane::imports {
+namespace {
+
+using test::readFile;
+using test::ScopedEnvironment;
+using test::ScriptedUi;
+using test::TempDir;
+using test::writeFile;
+
+constexpr const char* kSender = "Harbor Lane Landscaping";  // the demo company's name
+
+class ImportWindowTest : public ::testing::Test {
+protected:
+    ImportWindowTest() {
+        std::filesystem::create_directories(program);
+        for (const auto& f : std::filesystem::directory_iterator(test::programSource())) {
+            if (f.is_regular_file()) {
+                std::filesystem::copy(f.path(), program / f.path().filename());
+            }
+        }
+        writeFile(program / "EmailsSent.log", "");
+        openCompany("a.dvq");
+        app = std::make_unique<shell::Application>(ui, shell::StartOptions{program.string()});
+        app->window().startUp();
+    }
+
+    // Opens a fresh copy of the demo company.
+    void openCompany(const std::string& name) {
+        test::copyDemoCompany(home / name);
+        ASSERT_TRUE(qbsandbox::writeState(home / "sandbox", {true, home / name}));
+    }
+
+    ImportWindow& window() { return app->importWindow(); }
+
+    // One request's answer from the open company.
+    xml::Document query(const std::string& body) {
+        auto doc = xml::Document::parse(app->gateway().processRequest(
+            "<?xml version=\"1.0\" ?><?qbxml version=\"2.0\"?><QBXML><QBXMLMsgsRq "
+            "onError=\"continueOnError\">" +
+            body + "</QBXMLMsgsRq></QBXML>"));
+        return doc ? std::move(*doc) : xml::Document::withRoot("QBXML");
+    }
+
+    std::size_t count(const std::string& kind) {
+        return query("<" + kind + "QueryRq/>").selectAll("//" + kind + "Ret").size();
+    }
+
+    // Mails the first ready document of `type` with its exchange file and answers the file.
+    std::string mailOne(const std::string& type, test::SmtpTestServer& server) {
+        app->settings()
+            .setEntries({{"SMTP", "Hostname", "127.0.0.1"},
+                         {"SMTP", "Port", server.portText()},
+                         {"Settings", "MailOption", "0"},
+                         {"Settings", "Attachment", "1"}})
+            .ok();
+        app->window().selectTimeframe("ALL");
+        app->window().selectDocumentType(type);
+        ui::ListModel& list = app->window().list();
+        bool first = true;
+        for (int r = 0; r < list.rowCount(); ++r) {
+            if (list.row(r).checked) {
+                list.setChecked(r, first);
+                first = false;
+            }
+        }
+        EXPECT_FALSE(first) << "no " << type << " ready to send";
+        const std::size_t before = server.record().accepted().size();
+        app->sender().sendSelectedDocuments();
+        const auto accepted = server.record().accepted();
+        EXPECT_EQ(accepted.size(), before + 1) << ui.texts().back();
+        if (accepted.size() != before + 1) {
+            return {};
+        }
+        const auto mail = home / "mail.eml";
+        const auto dvx = home / (type + ".dvx");
+        writeFile(mail, accepted.back().data);
+        const int status = test::runCommand(
+            "/usr/bin/python3 -c \"import email,sys\n"
+            "m = email.message_from_binary_file(open(sys.argv[1], 'rb'))\n"
+            "for p in m.walk():\n"
+            "    if (p.get_filename() or '').endswith('.dvx'):\n"
+            "        open(sys.argv[2], 'wb').write(p.get_payload(decode=True))\" '" +
+            mail.string() + "' '" + dvx.string() + "'");
+        EXPECT_EQ(status, 0);
+        return dvx.string();
+    }
+
+    TempDir home;
+    std::filesystem::path program = home / "program";
+    ScopedEnvironment sandbox{"DORVANE_SANDBOX_DIR", (home / "sandbox").string()};
+    ScopedEnvironment today{"DORVANE_TODAY", "2026-11-18"};
+    ScopedEnvironment config{"XDG_CONFIG_HOME", (home / "cfg").string()};
+    ScopedEnvironment noFaults{"DORVANE_SANDBOX_FAULTS", std::nullopt};
+    ScriptedUi ui;
+    std::unique_ptr<shell::Application> app;
+};
+
+double amount(const xml::Node& node, const char* path) {
+    return std::strtod(node.valueOf(path).c_str(), nullptr);
+}
+
+// Company A mails an invoice, an estimate and a sales receipt with their exchange files;
+// company B books them as a bill, a purchase order, a check and a card charge.
+TEST_F(ImportWindowTest, MailedDocumentsBecomeTheCounterDocumentsOfTheReceiver) {
+    test::SmtpTestServer server;
+    const std::string invoiceFile = mailOne("Invoice", server);
+    const std::string estimateFile = mailOne("Estimate", server);
+    const std::string receiptFile = mailOne("SalesReceipt", server);
+    ASSERT_FALSE(receiptFile.empty());
+    openCompany("b.dvq");
+    window().open();
+    ui.messages.clear();
+
+    struct Case {
+        const std::string& file;
+        const char* caption;
+        const char* source;  // the Ret element of the exchange file
+        const char* target;  // what company B books
+        const char* status;
+        const char* page;
+        const char* account;  // the paying account of a sales receipt
+        const char* line;
+        const char* total;
+        const char* sourceTotal;
+    };
+    const Case cases[] = {
+        {invoiceFile, "Dorvane - Import Invoice as Bill", "InvoiceRet", "Bill", "Bill added",
+         "Bill sucessfully added.", "", "ItemLineRet", "AmountDue", "Subtotal"},
+        {estimateFile, "Dorvane - Import Estimate as PurchaseOrder", "EstimateRet", "PurchaseOrder",
+         "Purchaseorder added", "Purchase Order sucessfully added.", "", "PurchaseOrderLineRet",
+         "TotalAmount", "TotalAmount"},
+        {receiptFile, "Dorvane - Import Sales Receipt as Charge", "SalesReceiptRet", "Check",
+         "Sales Receipt added", "Sales Receipt sucessfully added.", "Checking", "ItemLineRet",
+         "Amount", "TotalAmount"},
+        {receiptFile, "Dorvane - Import Sales Receipt as Charge", "SalesReceiptRet",
+         "CreditCardCharge", "Sales Receipt added", "Sales Receipt sucessfully added.", "Visa Card",
+         "ItemLineRet", "Amount", "TotalAmount"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.target);
+        auto source = xml::Document::load(c.file);
+        ASSERT_TRUE(source);
+        const xml::Node sent = source->selectOne(std::string("/") + c.source);
+        ASSERT_TRUE(sent);
+
+        window().openExchangeFile(c.file);
+        EXPECT_EQ(window().caption(), c.caption);
+        EXPECT_TRUE(window().control(kAddItemBtn).visible);
+        EXPECT_TRUE(window().control(kAddItemBtn).enabled);
+        EXPECT_EQ(window().counterparts().columnHeader, "Vendor");
+        EXPECT_NE(window().browserPage().find(sent.valueOf("RefNumber")), std::string::npos);
+        if (*c.account) {
+            ASSERT_TRUE(window().counterparts().selected) << window().label1();
+            std::size_t i = 0;
+            while (i < window().accounts().size() && window().accounts()[i].name != c.account) {
+                ++i;
+            }
+            window().selectAccount(i);
+        }
+        window().importSelectedDocument();
+        ASSERT_EQ(window().statusText(), c.status) << ui.texts().back();
+        EXPECT_EQ(window().lastOutcome(), ImportOutcome::Added);
+        EXPECT_NE(window().browserPage().find(c.page), std::string::npos);
+        EXPECT_EQ(window().caption(), kIdleCaption);
+        EXPECT_FALSE(window().control(kAddItemBtn).enabled);
+
+        const xml::Document answer = query(
+            "<" + std::string(c.target) + "QueryRq><RefNumber>" + sent.valueOf("RefNumber") +
+            "</RefNumber><IncludeLineItems>true</IncludeLineItems></" + c.target + "QueryRq>");
+        const xml::Node booked = answer.selectOne(std::string("//") + c.target + "Ret");
+        ASSERT_TRUE(booked);
+        EXPECT_EQ(booked.valueOf("VendorRef/FullName") + booked.valueOf("PayeeEntityRef/FullName"),
+                  kSender);
+        EXPECT_EQ(booked.valueOf("TxnDate"), sent.valueOf("TxnDate"));
+        const double tax = amount(sent, "SalesTaxTotal");
+        EXPECT_NEAR(amount(booked, c.total),
+                    amount(sent, c.sourceTotal) + (std::string(c.source) == "InvoiceRet" ? tax : 0),
+                    0.005);
+        EXPECT_GE(booked.selectAll(c.line).size() +
+                      booked.selectAll("*[contains(name(), 'Group')]").size(),
+                  sent.selectAll("*[contains(name(), 'Line')]").size());
+        if (*c.account) {
+            EXPECT_EQ(booked.valueOf("AccountRef/FullName"), c.account);
+        }
+    }
+    EXPECT_EQ(ui.texts(), std::vector<std::string>{"Dorvane will now add a new vendor"});
+}
+
+// A document QuickBooks has already is booked again only when the person says so; the
+// command line's policy refuses without asking.
+TEST_F(ImportWindowTest, ABillAlreadyBookedIsCaughtBeforeItIsAddedAgain) {
+    test::SmtpTestServer server;
+    const std::string file = mailOne("Invoice", server);
+    openCompany("b.dvq");
+    window().open();
+    window().openExchangeFile(file);
+    window().importSelectedDocument();
+    ASSERT_EQ(window().lastOutcome(), ImportOutcome::Added) << ui.texts().back();
+    const std::size_t bills = count("Bill");
+
+    struct Case {
+        DuplicatePolicy policy;
+        std::optional<ui::Answer> answer;
+        ImportOutcome outcome;
+        std::size_t added;
+    };
+    for (const Case& c : {Case{DuplicatePolicy::Ask, ui::Answer::No, ImportOutcome::NotSent, 0},
+                          Case{DuplicatePolicy::Refuse, std::nullopt, ImportOutcome::NotSent, 0},
+                          Case{DuplicatePolicy::Ask, ui::Answer::Yes, ImportOutcome::Added, 1},
+                          Case{DuplicatePolicy::Allow, std::nullopt, ImportOutcome::Added, 2}}) {
+        ui.messages.clear();
+        if (c.answer) {
+            ui.answers.push_back(*c.answer);
+        }
+        window().setDuplicatePolicy(c.policy);
+        window().openExchangeFile(file);
+        EXPECT_TRUE(window().counterparts().selected);  // the vendor created the first time
+        window().importSelectedDocument();
+        EXPECT_EQ(window().lastOutcome(), c.outcome);
+        EXPECT_EQ(count("Bill"), bills + c.added);
+        if (c.policy != DuplicatePolicy::Allow) {
+            ASSERT_EQ(ui.messages.size(), 1u);
+            EXPECT_EQ(ui.messages[0].text.rfind(kAlreadyInQuickBooks, 0), 0u);
+            EXPECT_NE(ui.messages[0].text.find("from Harbor Lane Landscaping"), std::string::npos)
+                << ui.messages[0].text;
+        } else {
+            EXPECT_TRUE(ui.messages.empty());
+        }
+    }
+}
+
+// The match report and the selection, for vendors and for a receipt's customer.
+TEST_F(ImportWindowTest, TheCounterpartIsFoundByPrefixInAnyCaseFirstHitFirst) {
+    query(
+        "<VendorAddRq><VendorAdd><Name>Acme</Name></VendorAdd></VendorAddRq>"
+        "<VendorAddRq><VendorAdd><Name>ACME Inc</Name></VendorAdd></VendorAddRq>"
+        "<CustomerAddRq><CustomerAdd><Name>Zephyr Tools Ltd</Name></CustomerAdd></CustomerAddRq>");
+    struct Case {
+        const char* document;
+        bool vendor;
+        std::optional<std::string> selected;
+        const char* label1;
+        const char* nameText;
+    };
+    const Case cases[] = {
+        {"<InvoiceRet><CompanyRet><CompanyName>acme</CompanyName></CompanyRet></InvoiceRet>", true,
+         "Acme",
+         "Vendor found\r\nacme\r\nIf you would like to change the vendor, please select another "
+         "one from the list",
+         ""},
+        {"<InvoiceRet><CompanyRet><CompanyName>Acme Inc.</CompanyName></CompanyRet></InvoiceRet>",
+         true, std::nullopt,
+         "Vendor \r\nAcme Inc.\r\nnot found\r\nPlease select a vendor. Otherwise a new vendor will "
+         "be created from the bill",
+         ""},
+        {"<AuthorizeNet><Billing><Company>zephyr</Company></Billing></AuthorizeNet>", false,
+         "Zephyr Tools Ltd",
+         "Customer found zephyr\r\nIf you would like to change the customer, please select "
+         "another one from the list or enter a new name",
+         "zephyr"},
+        {"<AuthorizeNet><Billing><Company>Nobody</Company></Billing></AuthorizeNet>", false,
+         std::nullopt,
+         "Customer Nobodynot found\r\nPlease select one from the list or change the name.You "
+         "also may leave the name field blank.",
+         "Nobody"},
+        {"<AuthorizeNet><Billing><Company></Company></Billing></AuthorizeNet>", false, std::nullopt,
+         "A company name as customer was not found.\r\nPlease select one from the list or enter "
+         "a new name.You also may leave the name field blank.",
+         ""},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.document);
+        auto doc = xml::Document::parse(c.document);
+        ASSERT_TRUE(doc);
+        window().setNameText({});
+        if (c.vendor) {
+            window().loadVendorList();
+            window().matchVendor(*doc);
+        } else {
+            window().loadCustomerList();
+            window().matchCustomer(*doc);
+        }
+        const CounterpartList& list = window().counterparts();
+        EXPECT_EQ(list.selected ? std::optional(list.items[*list.selected]) : std::nullopt,
+                  c.selected);
+        EXPECT_EQ(list.bold, list.selected);
+        EXPECT_EQ(window().label1(), c.label1);
+        EXPECT_EQ(window().nameText(), c.nameText);
+    }
+    // The receipt's name box finds whole words only: "Zephyr" finds the customer,
+    // "Zeph" does not.
+    EXPECT_TRUE(window().counterparts().findWholeWord("zephyr"));
+    EXPECT_FALSE(window().counterparts().findWholeWord("Zeph"));
+}
+
+// Cancel at either creation question sends nothing.
+TEST_F(ImportWindowTest, CancellingACreationQuestionSendsNothing) {
+    writeFile(home / "invoice.dvx",
+              "<?xml version=\"1.0\" ?><InvoiceRet><TxnDate>2026-11-02</TxnDate><RefNumber>77"
+              "</RefNumber><InvoiceLineRet><Desc>Work</Desc><Amount>10.00</Amount>"
+              "</InvoiceLineRet><CompanyRet><CompanyName>Nowhere Ltd</CompanyName></CompanyRet>"
+              "</InvoiceRet>");
+    window().open();
+    window().openExchangeFile((home / "invoice.dvx").string());
+    const std::size_t vendors = count("Vendor");
+    const std::size_t bills = count("Bill");
+    const std::size_t receipts = count("SalesReceipt");
+    ui.answers = {ui::Answer::Cancel};
+    window().importSelectedDocument();
+    EXPECT_EQ(window().lastOutcome(), ImportOutcome::NotSent);
+
+    ui.clipboard = "Company : Nowhere Ltd\r\nAmount : 5.00\r\n";
+    ui.answers = {ui::Answer::Ok};
+    window().captureAuthorizeNetReceipt();
+    EXPECT_EQ(window().nameText(), "Nowhere Ltd");
+    const std::size_t customers = count("Customer");
+    ui.answers = {ui::Answer::Cancel};
+    window().importSelectedDocument();
+    EXPECT_EQ(window().lastOutcome(), ImportOutcome::NotSent);
+
+    EXPECT_EQ(count("Vendor"), vendors);
+    EXPECT_EQ(count("Bill"), bills);
+    EXPECT_EQ(count("Customer"), customers);
+    EXPECT_EQ(count("SalesReceipt"), receipts);
+}
+
+// A receipt pasted from the clipboard becomes a sales receipt, is recorded in the batch log
+// as a batch record is, and a second paste of it asks first.
+TEST_F(ImportWindowTest, APastedReceiptIsBookedOnceAndLogged) {
+    window().open();
+    ui.clipboard = readFile(test::dataDir() / "imports" / "receipts" / "standard-crlf.txt");
+    ui.answers = {ui::Answer::Ok};
+    window().captureAuthorizeNetReceipt();
+    EXPECT_EQ(window().caption(), "Dorvane - Import Authorize.Net receipt as SalesReceipt");
+    EXPECT_TRUE(window().control(kNameText).visible);
+    EXPECT_EQ(window().counterparts().columnHeader, "Customer");
+    EXPECT_NE(readFile(program / "tmpauthorize.xml").find("<TransactionID>2147483790<"),
+              std::string::npos);
+    const std::size_t receipts = count("SalesReceipt");
+
+    window().importSelectedDocument();  // creates the customer (OK), then the receipt
+    ASSERT_EQ(window().statusText(), "Salesreceipt added")
+        << (ui.texts().empty() ? "" : ui.texts().back());
+    EXPECT_NE(window().browserPage().find("Please review this receipt in Quickbooks"),
+              std::string::npos);
+    EXPECT_EQ(count("SalesReceipt"), receipts + 1);
+    const std::string log = readFile(program / kBatchLogFile);
+    EXPECT_EQ(log.rfind("<AuthNetBatchImport><TxnID>2147483790</TxnID><RecordDate>", 0), 0u);
+    EXPECT_TRUE(log.ends_with("</RecordDate></AuthNetBatchImport>\r\n")) << log;
+
+    // Again: the log knows it; No keeps it out, and the customer is found this time.
+    ui.messages.clear();
+    ui.answers = {ui::Answer::Ok, ui::Answer::No};
+    window().captureAuthorizeNetReceipt();
+    EXPECT_TRUE(window().counterparts().selected);
+    window().importSelectedDocument();
+    EXPECT_EQ(window().lastOutcome(), ImportOutcome::NotSent);
+    EXPECT_EQ(count("SalesReceipt"), receipts + 1);
+    ASSERT_EQ(ui.messages.size(), 2u);
+    EXPECT_EQ(ui.messages[1].text.rfind(kReceiptAlreadyImported, 0), 0u);
+    EXPECT_EQ(readFile(program / kBatchLogFile), log);
+
+    // Customers ignored: booked without one, though the customer is in the list.
+    app->settings().setEntries({{"Import", "IgnoreAuthNetCust", "1"}}).ok();
+    window().reloadImportSettings();
+    ui.answers = {ui::Answer::Ok, ui::Answer::Yes};
+    window().captureAuthorizeNetReceipt();
+    EXPECT_FALSE(window().counterparts().enabled);
+    EXPECT_FALSE(window().control(kNameText).visible);
+    window().importSelectedDocument();
+    ASSERT_EQ(window().lastOutcome(), ImportOutcome::Added);
+    EXPECT_EQ(count("SalesReceipt"), receipts + 2);
+    const xml::Document booked =
+        query("<SalesReceiptQueryRq><RefNumber>2041</RefNumber></SalesReceiptQueryRq>");
+    std::vector<std::string> customers;
+    for (const xml::Node& r : booked.selectAll("//SalesReceiptRet")) {
+        customers.push_back(r.valueOf("CustomerRef/FullName"));
+    }
+    EXPECT_EQ(customers, (std::vector<std::string>{"Caf\xC3\xA9 Lumi\xC3\xA8re", ""}));
+}
+
+// What arrives from outside and cannot be read changes nothing but the document.
+TEST_F(ImportWindowTest, UnreadableAndUnknownFilesChangeNothing) {
+    window().open();
+    writeFile(home / "estimate.dvx",
+              "<?xml version=\"1.0\" ?><EstimateRet><RefNumber>9</RefNumber><CompanyRet>"
+              "<CompanyName>Acme</CompanyName></CompanyRet></EstimateRet>");
+    window().openExchangeFile((home / "estimate.dvx").string());
+    const std::string caption = window().caption();
+    const std::string page = window().browserPage();
+    const std::size_t vendors = window().counterparts().items.size();
+
+    writeFile(home / "laughs.dvx",
+              "<?xml version=\"1.0\"?><!DOCTYPE l [<!ENTITY a \"aaaaaaaaaa\"><!ENTITY b "
+              "\"&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;\"><!ENTITY c \"&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;\">]>"
+              "<InvoiceRet>&c;</InvoiceRet>");
+    writeFile(home / "truncated.dvx", "<?xml version=\"1.0\" ?><InvoiceRet><CompanyRet>");
+    writeFile(home / "binary.dvx", std::string("\x89PNG\r\n\x1a\n\0\0\0\rIHDR", 16));
+    for (const char* name : {"laughs.dvx", "truncated.dvx", "binary.dvx", "missing.dvx"}) {
+        SCOPED_TRACE(name);
+        ui.messages.clear();
+        window().openExchangeFile((home / name).string());
+        ASSERT_EQ(ui.messages.size(), 1u);
+        EXPECT_EQ(ui.messages[0].text.rfind("Cannot process file ", 0), 0u);
+        EXPECT_GT(ui.messages[0].text.size(), 20u);
+        EXPECT_EQ(window().caption(), caption);
+        EXPECT_EQ(window().documentKind(), "EstimateRet");
+        EXPECT_EQ(window().browserPage(), page);
+        EXPECT_EQ(window().counterparts().items.size(), vendors);
+        EXPECT_TRUE(window().exchangeDocument().empty());
+    }
+
+    // A root of another name, and a root recognised in lower case but not converted: the
+    // Import button is there and sends nothing.
+    const std::size_t bills = count("Bill");
+    for (const char* root : {"CreditMemoRet", "invoiceret"}) {
+        SCOPED_TRACE(root);
+        writeFile(home / "other.dvx", std::string("<?xml version=\"1.0\" ?><") + root +
+                                          "><CompanyRet><CompanyName>Acme</CompanyName>"
+                                          "</CompanyRet></" +
+                                          root + ">");
+        window().openExchangeFile((home / "other.dvx").string());
+        EXPECT_TRUE(window().control(kAddItemBtn).visible);
+        window().itemClicked(0);
+        window().importSelectedDocument();
+        EXPECT_NE(window().lastOutcome(), ImportOutcome::Added);
+        EXPECT_EQ(count("Bill"), bills);
+    }
+}
+
+}  // namespace
+}  // namespace dorvane::imports
