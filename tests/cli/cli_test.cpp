@@ -223,6 +223,68 @@ TEST_F(Cli, ANewCompanyFileKnowsOnlyItsName) {
     EXPECT_EQ(out, "Acme Tools\n");
 }
 
+// One line of outcome and an exit status a script can act on: booked, not booked and why,
+// QuickBooks not there; the same document or receipt is booked again only with --again.
+TEST_F(Cli, ImportBooksADocumentOnceAndSaysWhatHappened) {
+    for (const auto& f : std::filesystem::directory_iterator(programSource())) {
+        if (f.is_regular_file() && f.path().extension() == ".xslt") {
+            std::filesystem::copy(f.path(), home / "program" / f.path().filename());
+        }
+    }
+    ASSERT_EQ(dorvane("sandbox new '" + (home / "demo.dvq").string() + "' --demo", "sandbox"), 0)
+        << err;
+    const std::string invoice = (home / "invoice.dvx").string();
+    writeFile(
+        invoice,
+        "<?xml version=\"1.0\" ?><InvoiceRet><TxnDate>2026-11-02</TxnDate><RefNumber>"
+        "A-77</RefNumber><InvoiceLineRet><ItemRef><FullName>Design</FullName></ItemRef>"
+        "<Desc>Plans</Desc><Quantity>2</Quantity><Rate>40.00</Rate><Amount>80.00</Amount>"
+        "</InvoiceLineRet><CompanyRet><CompanyName>M\xC3\xBCller &amp; S\xC3\xB8n &lt;GmbH&gt;"
+        "</CompanyName></CompanyRet></InvoiceRet>");
+    const std::string receipt = (home / "receipt.txt").string();
+    writeFile(receipt, readFile(dataDir() / "imports" / "receipts" / "standard-crlf.txt"));
+    struct Step {
+        std::string args;
+        int status;
+        const char* outcome;  // the last line of the output
+    };
+    const Step steps[] = {
+        {"import", 64, ""},
+        {"import --receipt " + receipt + " --vendor X", 64, ""},
+        {"import " + invoice, 1, "Not imported: cancelled, or nothing to send"},
+        {"--yes import " + invoice, 0, "Bill added"},
+        {"import " + invoice, 1, "Not imported: already in QuickBooks"},
+        {"import " + invoice + " --vendor 'm\xC3\xBCller & s\xC3\xB8n <gmbh>' --again", 0,
+         "Bill added"},
+        {"import " + invoice + " --vendor Nobody", 1, "Not imported: QuickBooks has no vendor"},
+        {"--yes import --receipt - --customer '' < " + receipt, 0, "Salesreceipt added"},
+        {"--yes import --receipt " + receipt, 1, "Not imported: imported before"},
+        {"sandbox close", 0, ""},
+        {"import " + invoice, 2, "Not imported: QuickBooks could not be reached"},
+    };
+    for (const Step& step : steps) {
+        SCOPED_TRACE(step.args);
+        EXPECT_EQ(dorvane(step.args, "sandbox"), step.status) << out << err;
+        const std::string last = out.empty() ? "" : out.substr(out.rfind('\n', out.size() - 2) + 1);
+        EXPECT_EQ(last.rfind(step.outcome, 0), 0u) << out << err;
+    }
+    // The vendor was created with its name intact, and booked twice under it.
+    EXPECT_EQ(dorvane("sandbox open '" + (home / "demo.dvq").string() + "'", "sandbox"), 0);
+    writeFile(home / "req.xml",
+              "<?xml version=\"1.0\" ?><?qbxml version=\"2.0\"?><QBXML><QBXMLMsgsRq "
+              "onError=\"stopOnError\"><BillQueryRq><RefNumber>A-77</RefNumber></BillQueryRq>"
+              "</QBXMLMsgsRq></QBXML>");
+    EXPECT_EQ(dorvane("request " + (home / "req.xml").string(), "sandbox"), 0) << err;
+    auto bills = xml::Document::parse(out);
+    ASSERT_TRUE(bills);
+    EXPECT_EQ(bills
+                  ->selectAll("//BillRet[VendorRef/FullName = $v]",
+                              {{"v", "M\xC3\xBCller & S\xC3\xB8n <GmbH>"}})
+                  .size(),
+              2u)
+        << out;
+}
+
 TEST_F(Cli, SettingsAndSendThroughARealServer) {
     SmtpTestServer server;
     EXPECT_EQ(dorvane("settings set SMTP Hostname 127.0.0.1"), 0) << err;
