@@ -470,6 +470,7 @@ bool ImportWindow::convertAndSend(DocumentKind kind, std::string_view sheetName,
     }
     std::string request = std::move(converted).value();
     applyItemAssignment(request, m_settings);
+    applyItemGroupAssignment(request, m_settings);
     if (kind == DocumentKind::SalesReceipt) {
         applyAccountAssignment(request, account);
     }
