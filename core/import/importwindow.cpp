@@ -241,7 +241,8 @@ void ImportWindow::runMenuEntry(std::string_view name) {
 }
 
 void ImportWindow::showPreferences() {
-    if (m_lists.itemList().empty()) {
+    {
+        // Fetched at every opening, so an item or account just created in QuickBooks is there.
         const ui::BusyScope busy(m_ui);
         m_lists.loadItemList();
     }
