@@ -95,6 +95,30 @@ private:
     bool m_active;
 };
 
+// The file dialog's filter in Qt's form ("Name (*.x);;Name2 (*.y *.z)"). Core may give it in
+// the classic "Name (*.x)|*.x|Name2|*.y;*.z" form: pairs of a name and its patterns, split by
+// "|", patterns split by ";". Qt shows the patterns in brackets after the name, so a name that
+// repeats them in brackets already loses that part.
+QString qtFileFilter(std::string_view filter) {
+    const QString text = toQString(filter);
+    if (!text.contains(QLatin1Char('|'))) {
+        return text;
+    }
+    const QStringList parts = text.split(QLatin1Char('|'));
+    QStringList filters;
+    for (qsizetype i = 0; i + 1 < parts.size(); i += 2) {
+        QString label = parts.at(i).trimmed();
+        const qsizetype bracket = label.lastIndexOf(QLatin1Char('('));
+        if (label.endsWith(QLatin1Char(')')) && bracket > 0) {
+            label = label.left(bracket).trimmed();
+        }
+        QString patterns = parts.at(i + 1);
+        patterns.replace(QLatin1Char(';'), QLatin1Char(' '));
+        filters << label + QStringLiteral(" (") + patterns.simplified() + QLatin1Char(')');
+    }
+    return filters.join(QStringLiteral(";;"));
+}
+
 }  // namespace
 
 QtUiPort::~QtUiPort() {
@@ -145,7 +169,7 @@ std::optional<std::string> QtUiPort::inputBox(std::string_view prompt, std::stri
 
 std::optional<std::string> QtUiPort::openFileDialog(std::string_view title,
                                                     std::string_view filter) {
-    QFileDialog dialog(m_parent, toQString(title), m_lastDirectory, toQString(filter));
+    QFileDialog dialog(m_parent, toQString(title), m_lastDirectory, qtFileFilter(filter));
     dialog.setObjectName(QStringLiteral("openFileDialog"));
     dialog.setAcceptMode(QFileDialog::AcceptOpen);
     dialog.setFileMode(QFileDialog::ExistingFile);

@@ -40,6 +40,7 @@ public:
                           ui::Buttons buttons) override;
     std::optional<std::string> inputBox(std::string_view prompt, std::string_view title,
                                         std::string_view preset) override;
+    // `filter` in Qt's form ("Name (*.x);;Name2 (*.y)") or as "Name (*.x)|*.x|Name2|*.y;*.z".
     std::optional<std::string> openFileDialog(std::string_view title,
                                               std::string_view filter) override;
     void openWithDesktop(std::string_view path) override;
