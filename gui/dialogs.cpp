@@ -9,8 +9,10 @@
 
 #include "company/companyeditor.h"
 #include "gui/companydialog.h"
+#include "gui/importprefsdialog.h"
 #include "gui/preferencesdialog.h"
 #include "gui/qtuiport.h"
+#include "import/assignment.h"
 #include "mail/preferences.h"
 
 namespace dorvane::gui {
@@ -69,6 +71,15 @@ void registerDialogs(QtUiPort& ui, shell::SettingsStore& settings) {
             return false;
         }
         CompanyDialog dialog(*editor, parent);
+        const BoxesOn boxes(ui, &dialog);
+        return dialog.exec() == QDialog::Accepted;
+    });
+    ui.registerDialog("Dialog3", [&ui](QWidget* parent, ui::DialogModel& model) {
+        auto* preferences = dynamic_cast<imports::ImportPreferencesModel*>(&model);
+        if (preferences == nullptr) {
+            return false;
+        }
+        ImportPrefsDialog dialog(*preferences, parent);
         const BoxesOn boxes(ui, &dialog);
         return dialog.exec() == QDialog::Accepted;
     });

@@ -15,8 +15,9 @@ class QtUiPort;
 // accept() and reject(), at a fixed size.
 void layOutWithOkCancel(QDialog* dialog, QLayout* body);
 
-// Registers `Dialog` (mail preferences; OK writes them to `settings`) and `Dialog2` (company
-// information editor) with `ui`. Both must outlive every dialog shown through `ui`.
+// Registers `Dialog` (mail preferences; OK writes them to `settings`), `Dialog2` (company
+// information editor) and `Dialog3` (import preferences; core saves them on OK) with `ui`.
+// Both must outlive every dialog shown through `ui`.
 void registerDialogs(QtUiPort& ui, shell::SettingsStore& settings);
 
 }  // namespace dorvane::gui
