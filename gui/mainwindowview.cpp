@@ -23,6 +23,7 @@
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
+#include "gui/importwindowview.h"
 #include "gui/qtstrings.h"
 #include "mail/preferences.h"
 #include "qbgateway/programfolder.h"
@@ -88,6 +89,11 @@ MainWindowView::MainWindowView(shell::Application& app, QWidget* parent)
     m_app.window().setObserver(this);
     m_app.window().list().setObserver(this);
     renderAll();
+
+    connect(this, &MainWindowView::importRequested, this,
+            [this] { runCommand([this] { openImportWindow(); }); });
+    connect(this, &MainWindowView::importPreferencesRequested, this,
+            [this] { runCommand([this] { m_app.importWindow().showPreferences(); }); });
 }
 
 MainWindowView::~MainWindowView() {
@@ -448,6 +454,19 @@ void MainWindowView::showPreferences() {
     m_app.settings().reload();
     mail::MailPreferencesModel model(m_app.settings());
     m_app.ui().runDialog(model);
+}
+
+// Import settings are read afresh each time; the window keeps its document, lists and pane.
+void MainWindowView::openImportWindow() {
+    m_app.importWindow().open();
+    if (m_importView == nullptr) {
+        m_importView = new ImportWindowView(
+            m_app.importWindow(), this,
+            [this](const std::function<void()>& command) { runCommand(command); });
+    }
+    m_importView->show();
+    m_importView->raise();
+    m_importView->activateWindow();
 }
 
 void MainWindowView::showAbout() {

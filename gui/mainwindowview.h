@@ -6,9 +6,11 @@
 // texts, the progress bar and the document list all come from core through its observers.
 // Type selection, Refresh, Send Email, the preferences dialog and the company menus call core.
 // While one of these runs (core lets the event loop run during long jobs, so the window stays
-// painted), further commands are ignored rather than started inside it. Commands whose work
-// lives in later subsystems (Import, Update, Import Preferences and the web-update menu) are
-// signals; nothing happens until someone connects to them.
+// painted), further commands are ignored rather than started inside it; the import window
+// shares that guard. Import opens the import window (one, kept until the window closes, raised
+// when open already) and Import Preferences shows the import preferences; both are also
+// signals. Update and the web-update menu are signals only: nothing happens until someone
+// connects to them.
 #pragma once
 
 #include <functional>
@@ -31,6 +33,8 @@ class QTreeWidget;
 class QTreeWidgetItem;
 
 namespace dorvane::gui {
+
+class ImportWindowView;
 
 class MainWindowView final : public QMainWindow,
                              private shell::MainWindowObserver,
@@ -84,6 +88,7 @@ private:
     // Runs a command in core unless one is already running.
     void runCommand(const std::function<void()>& command);
     void showPreferences();
+    void openImportWindow();
 
     shell::Application& m_app;
     QList<QIcon> m_imageList;
@@ -93,8 +98,9 @@ private:
     QLabel* m_statusPanel = nullptr;
     QCheckBox* m_previewCheck = nullptr;
     QProgressBar* m_progressBar = nullptr;
-    bool m_rendering = false;       // set while core's state is copied into the widgets
-    bool m_commandRunning = false;  // set while a command runs in core
+    ImportWindowView* m_importView = nullptr;  // Form1, made on first use
+    bool m_rendering = false;                  // set while core's state is copied into the widgets
+    bool m_commandRunning = false;             // set while a command runs in core
     int m_resets = 0;
     bool m_fitPending = false;
 };
