@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Draws the README's pictures from the real program: the main window on the sandbox's demo
-// company, and an invoice as its customer receives it. Run through scripts/screenshots.sh.
+// company, an invoice as its customer receives it, and the import window with an invoice that
+// a vendor sent. Run through scripts/screenshots.sh.
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <iostream>
 
 #include <QApplication>
+#include <QPushButton>
 #include <QTextBrowser>
 #include <QTimer>
 
@@ -13,6 +16,7 @@
 #include "gui/qtuiport.h"
 #include "shell/application.h"
 #include "shell/programhome.h"
+#include "xml/xml.h"
 
 namespace {
 
@@ -53,6 +57,32 @@ bool save(QWidget& widget, const fs::path& file) {
         return false;
     }
     std::cout << file.string() << '\n';
+    return true;
+}
+
+// The exchange file of the demo company's first invoice, as if the vendor `sender` had mailed
+// it: the document and the sending company's record through the attachment sheet.
+bool writeExchangeFile(shell::Application& app, const std::string& sender, const fs::path& file) {
+    const std::string answer = app.gateway().processRequest(
+        "<?xml version=\"1.0\" ?>\r\n<?qbxml version=\"2.0\"?>\r\n<QBXML><QBXMLMsgsRq "
+        "onError=\"stopOnError\"><InvoiceQueryRq><MaxReturned>1</MaxReturned><IncludeLineItems>"
+        "true</IncludeLineItems></InvoiceQueryRq><CompanyQueryRq/></QBXMLMsgsRq></QBXML>");
+    auto doc = xml::Document::parse(answer);
+    if (!doc || !doc->selectOne("//InvoiceRet") || !doc->selectOne("//CompanyRet")) {
+        std::cerr << "screenshots: the demo company answered no invoice\n";
+        return false;
+    }
+    xml::Document exchange;
+    exchange.setRoot(doc->selectOne("//InvoiceRet"));
+    xml::Node company = exchange.root().appendChild(doc->selectOne("//CompanyRet"));
+    company.firstChildElement("CompanyName").setText(sender);
+    auto sheet = xml::Stylesheet::load(app.folder().filePath("attachment.xslt"));
+    auto text = sheet ? sheet->transformNode(exchange.root()) : Result<std::string>(sheet.error());
+    if (!text) {
+        std::cerr << "screenshots: attachment.xslt: " << text.error().description << '\n';
+        return false;
+    }
+    std::ofstream(file, std::ios::binary) << *text;
     return true;
 }
 
@@ -104,6 +134,20 @@ int main(int argc, char** argv) {
         page.resize(760, 900);
         if (!save(page, out / "mailed-invoice.png")) {
             status = 1;
+        }
+
+        // An invoice from a vendor, opened in the import window and matched to the vendor.
+        window.findChild<QPushButton*>(QStringLiteral("ImportBtn"))->click();
+        auto* importWindow = window.findChild<QWidget*>(QStringLiteral("Form1"));
+        const fs::path exchange = scratch / "bay-area-nursery.dvx";
+        if (importWindow == nullptr || !writeExchangeFile(app, "Bay Area Nursery", exchange)) {
+            status = 1;
+        } else {
+            app.importWindow().openExchangeFile(exchange.string());
+            importWindow->resize(1000, 640);
+            if (!save(*importWindow, out / "import-window.png")) {
+                status = 1;
+            }
         }
     }
     fs::remove_all(scratch);
