@@ -215,18 +215,20 @@
               <xsl:if test="$has-first or normalize-space($first-name) != ''">
                 <td width="50%" valign="top" style="padding:0 16px 0 0;">
                   <div style="{$label-style}padding-bottom:4px;"><xsl:value-of select="$first-label"/></div>
-                  <xsl:choose>
-                    <xsl:when test="$has-first">
-                      <xsl:call-template name="address"><xsl:with-param name="address" select="$first"/></xsl:call-template>
-                    </xsl:when>
-                    <xsl:otherwise><xsl:value-of select="$first-name"/><br/></xsl:otherwise>
-                  </xsl:choose>
+                  <div>
+                    <xsl:choose>
+                      <xsl:when test="$has-first">
+                        <xsl:call-template name="address"><xsl:with-param name="address" select="$first"/></xsl:call-template>
+                      </xsl:when>
+                      <xsl:otherwise><xsl:value-of select="$first-name"/><br/></xsl:otherwise>
+                    </xsl:choose>
+                  </div>
                 </td>
               </xsl:if>
               <xsl:if test="$has-second">
                 <td width="50%" valign="top" style="padding:0 0 0 16px;">
                   <div style="{$label-style}padding-bottom:4px;"><xsl:value-of select="$second-label"/></div>
-                  <xsl:call-template name="address"><xsl:with-param name="address" select="$second"/></xsl:call-template>
+                  <div><xsl:call-template name="address"><xsl:with-param name="address" select="$second"/></xsl:call-template></div>
                 </td>
               </xsl:if>
             </tr>
