@@ -49,6 +49,10 @@ inline constexpr SettingDefault kSettingDefaults[] = {
     {"Import", "Term", "Net 30"},
     {"Import", "Account", "[Expense] Uncategorized Expenses"},
     {"Import", "IgnoreAuthNetCust", "0"},
+    {"Import", "QuotedFields", "0"},
+    {"Handheld", "DeviceFolder", ""},
+    {"Web", "UpdateURL", ""},
+    {"Web", "Token", ""},
 };
 // The default of a value the program reads (section and key in any case); null for a value
 // it does not know.
