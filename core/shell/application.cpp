@@ -32,7 +32,8 @@ Application::Application(ui::UiPort& ui, const StartOptions& options,
       m_defaults(m_folder, m_gateway, ui),
       m_browser(m_window, m_gateway, m_folder, m_company, ui),
       m_sender(m_window, m_folder, m_settings, m_company, ui),
-      m_importWindow(ui, m_folder, m_gateway, m_settings, m_defaults) {
+      m_importWindow(ui, m_folder, m_gateway, m_settings, m_defaults),
+      m_webUpdater(m_window, m_folder, m_gateway, m_settings, ui) {
     MainWindowServices services;
     services.loadCompanyInfo = [this] { m_company.retrieveCompanyInfo(); };
     services.ensureDefaultRecords = [this] { m_defaults.ensureDefaultRecords(); };

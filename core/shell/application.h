@@ -15,6 +15,7 @@
 #include "qbgateway/programfolder.h"
 #include "shell/mainwindow.h"
 #include "shell/settings.h"
+#include "webupdate/webupdate.h"
 
 namespace dorvane::ui {
 class UiPort;
@@ -50,6 +51,7 @@ public:
     browser::DocumentBrowser& browser() { return m_browser; }
     mail::DocumentSender& sender() { return m_sender; }
     imports::ImportWindow& importWindow() { return m_importWindow; }
+    webupdate::WebUpdater& webUpdater() { return m_webUpdater; }
 
 private:
     ui::UiPort& m_ui;
@@ -62,6 +64,7 @@ private:
     browser::DocumentBrowser m_browser;
     mail::DocumentSender m_sender;
     imports::ImportWindow m_importWindow;
+    webupdate::WebUpdater m_webUpdater;
 };
 
 }  // namespace dorvane::shell

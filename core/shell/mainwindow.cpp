@@ -29,12 +29,16 @@ void MainWindow::startUp() {
     }
 }
 
-void MainWindow::selectDocumentType(const std::string& type) {
-    m_documentType = type;
-    m_caption = "Dorvane " + type;
+void MainWindow::setCaption(std::string caption) {
+    m_caption = std::move(caption);
     if (m_observer) {
         m_observer->captionChanged();
     }
+}
+
+void MainWindow::selectDocumentType(const std::string& type) {
+    m_documentType = type;
+    setCaption("Dorvane " + type);
     {
         ui::BusyScope busy(m_ui);
         runLoader(type);

@@ -105,9 +105,10 @@ public:
 
     // After a list load: the send controls show, the web-update button hides; the web item
     // update does the opposite.
-    void showSendControls(bool show);
+    void showSendControls(bool show) override;
 
     const std::string& caption() const { return m_caption; }
+    void setCaption(std::string caption) override;
     const std::string& documentType() const override { return m_documentType; }
     const std::string& statusText() const { return m_statusText; }
     void setStatusText(std::string text) override;

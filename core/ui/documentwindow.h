@@ -24,6 +24,10 @@ public:
     // The progress of a long run in percent; -1 hides it.
     virtual void setProgress(int percent) = 0;
     virtual void setControlEnabled(const std::string& name, bool enabled) = 0;
+    virtual void setCaption(std::string /*caption*/) {}
+    // Document lists show the send controls; the web item update shows its update button
+    // instead.
+    virtual void showSendControls(bool /*show*/) {}
 
     // The document type whose list is shown, and whether a send run previews instead of
     // mailing.

@@ -1,0 +1,150 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "webupdate/webupdate.h"
+
+#include "common/text.h"
+#include "qbgateway/gateway.h"
+#include "qbgateway/programfolder.h"
+#include "qbgateway/response.h"
+#include "qbgateway/templates.h"
+#include "shell/settings.h"
+#include "ui/documentwindow.h"
+#include "ui/uiport.h"
+#include "webupdate/httppost.h"
+#include "xml/xml.h"
+
+namespace dorvane::webupdate {
+namespace {
+
+constexpr int kIconReady = 3;
+
+}  // namespace
+
+const ItemKind* itemKindNamed(std::string_view name) {
+    for (const ItemKind& k : kItemKinds) {
+        if (text::equalsIgnoreCase(name, k.kind) || text::equalsIgnoreCase(name, k.menuEntry)) {
+            return &k;
+        }
+    }
+    return nullptr;
+}
+
+WebUpdater::WebUpdater(ui::DocumentWindow& window, const qbgateway::ProgramFolder& folder,
+                       qbgateway::Gateway& gateway, shell::SettingsStore& settings, ui::UiPort& ui)
+    : m_window(window), m_folder(folder), m_gateway(gateway), m_settings(settings), m_ui(ui) {}
+
+bool WebUpdater::listItems(const ItemKind& kind) {
+    m_kind = &kind;
+    m_window.setCaption(std::string("Dorvane ") + kind.label);
+    m_window.showSendControls(false);
+    m_window.setStatusText("parsing information ...");
+    const ui::BusyScope busy(m_ui);
+    const std::string request =
+        text::replaceAll(m_folder.readProgramFile(kItemsTemplate), qbgateway::kFromDatePlaceholder,
+                         qbgateway::kFixedFromDate);
+    const std::string response = m_gateway.processRequest(request);
+    auto doc = xml::Document::parse(response);
+    const char* failed = !doc                                                         ? "(1)"
+                         : !qbgateway::checkResponseStatus(response, nullptr).empty() ? "(2)"
+                                                                                      : nullptr;
+    if (failed) {
+        m_ui.messageBox(std::string(kNoAccess) + failed);
+        m_window.setStatusText(kNoAccess);
+        return false;
+    }
+    ui::ListModel& list = m_window.list();
+    list.clear();
+    const double share = 1.0 / 5;
+    list.setColumns({{"ID", 0, share},
+                     {"Modified", 0, share},
+                     {"Name", 0, share},
+                     {"Price", 0, share},
+                     {"Description", 0, share}});
+    std::vector<ui::ListRow> rows;
+    for (const xml::Node& item : doc->selectAll(kind.path)) {
+        ui::ListRow row;
+        row.checked = true;
+        row.icon = kIconReady;
+        row.key = item.valueOf("ListID");
+        row.cells = {row.key, item.valueOf("TimeModified"), item.valueOf("FullName"),
+                     item.valueOf(kind.pricePath), item.valueOf(kind.descPath)};
+        rows.push_back(std::move(row));
+    }
+    list.setRows(std::move(rows));
+    m_window.listDocument() = std::move(doc).value();
+    m_window.setStatusText({});
+    return true;
+}
+
+UpdateReport WebUpdater::updateItems() {
+    UpdateReport report;
+    auto sheet = xml::Stylesheet::load(m_folder.filePath(std::string("/") + kUpdateSheet));
+    if (!sheet) {
+        report.sheetMissing = true;
+        m_window.setStatusText("Conversion failed");
+        return report;
+    }
+    m_settings.reload();
+    const std::string url(text::trim(m_settings.value("Web", "UpdateURL").value_or("")));
+    report.noSite = url.empty();
+    std::unique_ptr<HttpPoster> poster;
+    if (!report.noSite) {
+        poster = std::make_unique<HttpPoster>(PostOptions{
+            url, std::string(text::trim(m_settings.value("Web", "Token").value_or("")))});
+    }
+    const ui::BusyScope busy(m_ui);
+    ui::ListModel& list = m_window.list();
+    const xml::Document& kept = m_window.listDocument();
+    int total = 0;
+    for (const ui::ListRow& row : list.rows()) {
+        total += row.checked ? 1 : 0;
+    }
+    for (int r = 0; r < list.rowCount(); ++r) {
+        if (!list.row(r).checked) {
+            continue;
+        }
+        ++report.ticked;
+        const std::string name = list.row(r).cells.size() > 2 ? list.row(r).cells[2] : "";
+        std::string why;
+        const xml::Node item =
+            kept.selectOne("/QBXML/QBXMLMsgsRs/*/*[ListID = $id]", {{"id", list.row(r).key}});
+        if (!item) {
+            why = name + " is no longer in QuickBooks' answer; list the items again";
+        } else if (auto json = sheet->transformNode(item); !json) {
+            why = name + " could not be converted: " + json.error().description;
+        } else if (poster) {
+            m_window.setStatusText("Sending " + name + " ...");
+            m_ui.yield();
+            auto status = poster->post(*json);
+            if (!status) {
+                why = status.error().description;
+            } else if (*status < 200 || *status > 299) {
+                why = "the web site answered " + std::to_string(*status) + " for " + name;
+            }
+        }
+        if (why.empty()) {
+            ++report.accepted;
+            list.setChecked(r, false);
+        } else {
+            ++report.failed;
+            report.lastFailure = why;
+            m_window.setStatusText(why);
+        }
+        if (m_itemDone) {
+            m_itemDone(r, why.empty(), why);
+        }
+        m_window.setProgress(100 * report.ticked / total);
+        m_ui.yield();
+    }
+    m_window.setProgress(-1);
+    std::string status = "Update done";
+    if (report.noSite) {
+        status += "; no web site is set (Web UpdateURL), so nothing was sent";
+    } else if (report.failed > 0) {
+        status += "; " + std::to_string(report.failed) + " of " + std::to_string(report.ticked) +
+                  " not taken by the site, still ticked: " + report.lastFailure;
+    }
+    m_window.setStatusText(status);
+    return report;
+}
+
+}  // namespace dorvane::webupdate
