@@ -6,7 +6,7 @@ Serves the records of a zone file (standard master-file text, e.g.
 "example.test. 60 IN MX 10 mx1.example.test.") over UDP and TCP on one port of 127.0.0.1.
 A name that has records but none of the asked type answers NOERROR without records (NODATA);
 a name without any record answers NXDOMAIN. Every question is appended to the record file as
-one JSON object per line: {"name": "example.test.", "type": "MX"}.
+one XML element per line: <query name="example.test." type="MX"/>.
 
 Once listening it prints "READY <port>" on stdout. It stops on SIGTERM or SIGINT, and when
 the process that started it goes away.
@@ -15,12 +15,12 @@ Usage: dns_server.py --zone FILE --record FILE [--port 0]
 """
 
 import argparse
-import json
 import os
 import random
 import signal
 import sys
 import threading
+import xml.etree.ElementTree as ET
 
 from dnslib import QTYPE, RCODE, RR
 from dnslib.server import BaseResolver, DNSLogger, DNSServer
@@ -38,7 +38,9 @@ class ZoneResolver(BaseResolver):
         qname = request.q.qname
         qtype = request.q.qtype
         if self.fd is not None:
-            line = json.dumps({"name": str(qname), "type": QTYPE.get(qtype, str(qtype))}) + "\n"
+            line = ET.tostring(ET.Element("query", name=str(qname),
+                                          type=QTYPE.get(qtype, str(qtype))),
+                               encoding="unicode") + "\n"
             with self.lock:
                 os.write(self.fd, line.encode())
         named = [rr for rr in self.records if rr.rname == qname]

@@ -4,7 +4,6 @@
 #include <arpa/inet.h>
 #include <chrono>
 #include <cstdlib>
-#include <cstring>
 #include <fcntl.h>
 #include <map>
 #include <netinet/in.h>
@@ -17,283 +16,27 @@
 #include <unistd.h>
 
 #include "common/text.h"
+#include "xml/xml.h"
 
 namespace dorvane::test {
 namespace {
 
-// ---- A small JSON reader for the servers' records ----
-
-struct Json {
-    enum class Kind { Null, Bool, Number, String, Array, Object };
-    Kind kind = Kind::Null;
-    bool boolean = false;
-    double number = 0;
-    std::string string;
-    std::vector<Json> array;
-    std::vector<std::pair<std::string, Json>> object;
-
-    const Json& operator[](std::string_view key) const {
-        static const Json null;
-        for (const auto& [k, v] : object) {
-            if (k == key) {
-                return v;
-            }
-        }
-        return null;
-    }
-    std::string text() const { return kind == Kind::String ? string : std::string(); }
-    int integer() const { return kind == Kind::Number ? static_cast<int>(number) : 0; }
-    bool truth() const { return kind == Kind::Bool && boolean; }
-};
-
-class JsonReader {
-public:
-    explicit JsonReader(std::string_view in) : m_in(in) {}
-
-    Json read() {
-        Json value = parseValue();
-        skipSpace();
-        if (m_pos != m_in.size()) {
-            fail("trailing characters");
-        }
-        return value;
-    }
-
-private:
-    [[noreturn]] void fail(const std::string& why) const {
-        throw std::runtime_error("record line is not JSON (" + why + "): " + std::string(m_in));
-    }
-    void skipSpace() {
-        while (m_pos < m_in.size() && std::strchr(" \t\r\n", m_in[m_pos])) {
-            ++m_pos;
-        }
-    }
-    char peek() {
-        skipSpace();
-        return m_pos < m_in.size() ? m_in[m_pos] : '\0';
-    }
-    void expect(char c) {
-        if (peek() != c) {
-            fail(std::string("expected ") + c);
-        }
-        ++m_pos;
-    }
-    bool consume(std::string_view word) {
-        if (m_in.substr(m_pos, word.size()) == word) {
-            m_pos += word.size();
-            return true;
-        }
-        return false;
-    }
-
-    Json parseValue() {
-        Json v;
-        const char c = peek();
-        if (c == '{') {
-            v.kind = Json::Kind::Object;
-            ++m_pos;
-            if (peek() == '}') {
-                ++m_pos;
-                return v;
-            }
-            while (true) {
-                std::string key = parseString();
-                expect(':');
-                v.object.emplace_back(std::move(key), parseValue());
-                if (peek() == ',') {
-                    ++m_pos;
-                    continue;
-                }
-                expect('}');
-                return v;
-            }
-        }
-        if (c == '[') {
-            v.kind = Json::Kind::Array;
-            ++m_pos;
-            if (peek() == ']') {
-                ++m_pos;
-                return v;
-            }
-            while (true) {
-                v.array.push_back(parseValue());
-                if (peek() == ',') {
-                    ++m_pos;
-                    continue;
-                }
-                expect(']');
-                return v;
-            }
-        }
-        if (c == '"') {
-            v.kind = Json::Kind::String;
-            v.string = parseString();
-            return v;
-        }
-        if (consume("true")) {
-            v.kind = Json::Kind::Bool;
-            v.boolean = true;
-            return v;
-        }
-        if (consume("false")) {
-            v.kind = Json::Kind::Bool;
-            return v;
-        }
-        if (consume("null")) {
-            return v;
-        }
-        std::size_t used = 0;
-        const std::string rest(m_in.substr(m_pos));
-        try {
-            v.number = std::stod(rest, &used);
-        } catch (const std::exception&) {
-            fail("bad value");
-        }
-        v.kind = Json::Kind::Number;
-        m_pos += used;
-        return v;
-    }
-
-    unsigned hex4() {
-        if (m_pos + 4 > m_in.size()) {
-            fail("short \\u escape");
-        }
-        unsigned value =
-            static_cast<unsigned>(std::stoul(std::string(m_in.substr(m_pos, 4)), nullptr, 16));
-        m_pos += 4;
-        return value;
-    }
-
-    static void appendUtf8(std::string& out, unsigned cp) {
-        if (cp < 0x80) {
-            out += static_cast<char>(cp);
-        } else if (cp < 0x800) {
-            out += static_cast<char>(0xC0 | (cp >> 6));
-            out += static_cast<char>(0x80 | (cp & 0x3F));
-        } else if (cp < 0x10000) {
-            out += static_cast<char>(0xE0 | (cp >> 12));
-            out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
-            out += static_cast<char>(0x80 | (cp & 0x3F));
-        } else {
-            out += static_cast<char>(0xF0 | (cp >> 18));
-            out += static_cast<char>(0x80 | ((cp >> 12) & 0x3F));
-            out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
-            out += static_cast<char>(0x80 | (cp & 0x3F));
-        }
-    }
-
-    std::string parseString() {
-        expect('"');
-        std::string out;
-        while (m_pos < m_in.size() && m_in[m_pos] != '"') {
-            char c = m_in[m_pos++];
-            if (c != '\\') {
-                out += c;
-                continue;
-            }
-            if (m_pos >= m_in.size()) {
-                fail("escape at end");
-            }
-            c = m_in[m_pos++];
-            switch (c) {
-                case 'n':
-                    out += '\n';
-                    break;
-                case 'r':
-                    out += '\r';
-                    break;
-                case 't':
-                    out += '\t';
-                    break;
-                case 'b':
-                    out += '\b';
-                    break;
-                case 'f':
-                    out += '\f';
-                    break;
-                case 'u': {
-                    unsigned cp = hex4();
-                    if (cp >= 0xD800 && cp < 0xDC00 && consume("\\u")) {
-                        const unsigned low = hex4();
-                        cp = 0x10000 + ((cp - 0xD800) << 10) + (low - 0xDC00);
-                    }
-                    appendUtf8(out, cp);
-                    break;
-                }
-                default:
-                    out += c;
-            }
-        }
-        expect('"');
-        return out;
-    }
-
-    std::string_view m_in;
-    std::size_t m_pos = 0;
-};
-
-// The complete lines of a JSON-lines file (a line still being written is left out).
-std::vector<Json> readRecord(const std::filesystem::path& file) {
-    std::vector<Json> out;
+// The complete lines of a record file (a line still being written is left out), one element
+// each, below one root.
+xml::Document readRecord(const std::filesystem::path& file) {
     const std::string content = readFile(file);
-    std::size_t start = 0;
-    while (true) {
-        const std::size_t end = content.find('\n', start);
-        if (end == std::string::npos) {
-            break;
-        }
-        const std::string_view line(content.data() + start, end - start);
-        if (!text::trim(line).empty()) {
-            out.push_back(JsonReader(line).read());
-        }
-        start = end + 1;
+    auto doc =
+        xml::Document::parse("<record>" + content.substr(0, content.rfind('\n') + 1) + "</record>");
+    if (!doc.ok()) {
+        throw std::runtime_error(file.string() + " is not a record: " + doc.error().description);
     }
-    return out;
+    return std::move(doc).value();
 }
 
-std::string base64Decode(std::string_view in) {
-    auto value = [](char c) -> int {
-        if (c >= 'A' && c <= 'Z') {
-            return c - 'A';
-        }
-        if (c >= 'a' && c <= 'z') {
-            return c - 'a' + 26;
-        }
-        if (c >= '0' && c <= '9') {
-            return c - '0' + 52;
-        }
-        if (c == '+') {
-            return 62;
-        }
-        if (c == '/') {
-            return 63;
-        }
-        return -1;
-    };
-    std::string out;
-    unsigned buffer = 0;
-    int bits = 0;
-    for (char c : in) {
-        const int v = value(c);
-        if (v < 0) {
-            continue;
-        }
-        buffer = (buffer << 6) | static_cast<unsigned>(v);
-        bits += 6;
-        if (bits >= 8) {
-            bits -= 8;
-            out += static_cast<char>((buffer >> bits) & 0xFF);
-        }
-    }
-    return out;
-}
-
-HeaderList headerList(const Json& json) {
+HeaderList headerList(const xml::Node& element) {
     HeaderList out;
-    for (const Json& pair : json.array) {
-        if (pair.array.size() == 2) {
-            out.emplace_back(pair.array[0].text(), pair.array[1].text());
-        }
+    for (const xml::Node& h : element.selectAll("header")) {
+        out.emplace_back(h.attribute("name"), h.attribute("value"));
     }
     return out;
 }
@@ -307,24 +50,20 @@ std::optional<std::string> findHeader(const HeaderList& headers, std::string_vie
     return std::nullopt;
 }
 
-MimeRecord mimeRecord(const Json& json) {
-    MimeRecord mime;
-    mime.headers = headerList(json["headers"]);
-    mime.contentType = json["content_type"].text();
-    mime.boundary = json["boundary"].text();
-    mime.subject = json["subject"].text();
-    for (const Json& d : json["defects"].array) {
-        mime.defects.push_back(d.text());
+MimeRecord mimeRecord(const xml::Node& mime, const std::filesystem::path& folder) {
+    MimeRecord out;
+    out.headers = headerList(mime);
+    out.contentType = mime.attribute("content_type");
+    out.boundary = mime.attribute("boundary");
+    out.subject = mime.attribute("subject");
+    for (const xml::Node& d : mime.selectAll("defect")) {
+        out.defects.push_back(d.text());
     }
-    for (const Json& p : json["parts"].array) {
-        MimePartRecord part;
-        part.headers = headerList(p["headers"]);
-        part.contentType = p["content_type"].text();
-        part.filename = p["filename"].text();
-        part.body = base64Decode(p["body_b64"].text());
-        mime.parts.push_back(std::move(part));
+    for (const xml::Node& p : mime.selectAll("part")) {
+        out.parts.push_back({headerList(p), p.attribute("content_type"), p.attribute("filename"),
+                             readFile(folder / p.attribute("body"))});
     }
-    return mime;
+    return out;
 }
 
 std::filesystem::path supportScript(const std::string& name) {
@@ -446,7 +185,7 @@ void ServerProcess::stop() {
 }
 
 SmtpTestServer::SmtpTestServer(SmtpServerOptions options) {
-    std::vector<std::string> args = {"--record", (m_dir / "smtp.jsonl").string()};
+    std::vector<std::string> args = {"--record", (m_dir / "smtp.record").string()};
     for (const auto& r : options.refuseRecipients) {
         args.insert(args.end(), {"--refuse-rcpt", r});
     }
@@ -489,36 +228,39 @@ SmtpRecord SmtpTestServer::record() const {
         }
         return record.sessions[it->second];
     };
-    for (const Json& e : readRecord(m_dir / "smtp.jsonl")) {
-        const std::string event = e["event"].text();
-        const int id = e["session"].integer();
+    const xml::Document events = readRecord(m_dir / "smtp.record");
+    for (const xml::Node& e : events.root().childElements()) {
+        const std::string event = e.name();
+        const int id = std::atoi(e.attribute("session").c_str());
         if (event == "connect") {
             ++record.connections;
             session(id);
         } else if (event == "ehlo") {
-            session(id).ehlo = e["name"].text();
+            session(id).ehlo = e.attribute("name");
         } else if (event == "starttls") {
             session(id).startTls = true;
         } else if (event == "auth") {
             session(id).auths.push_back(
-                {e["mechanism"].text(), e["user"].text(), e["success"].truth()});
+                {e.attribute("mechanism"), e.attribute("user"), e.attribute("success") == "True"});
         } else if (event == "quit") {
             session(id).quit = true;
         } else if (event == "rcpt") {
-            if (!e["accepted"].truth()) {
-                record.refusedRecipients.push_back(e["address"].text());
+            if (e.attribute("accepted") != "True") {
+                record.refusedRecipients.push_back(e.attribute("address"));
             }
         } else if (event == "message" || event == "dropped") {
             SmtpMessageRecord m;
             m.session = id;
-            m.mailFrom = e["mail_from"].text();
-            for (const Json& r : e["rcpt_tos"].array) {
+            m.mailFrom = e.attribute("mail_from");
+            for (const xml::Node& r : e.selectAll("rcpt_to")) {
                 m.rcptTos.push_back(r.text());
             }
-            m.status = e["status"].text();
+            m.status = e.attribute("status");
             m.dropped = event == "dropped";
-            m.data = base64Decode(e["data_b64"].text());
-            m.mime = mimeRecord(e["mime"]);
+            if (e.hasAttribute("data")) {
+                m.data = readFile(m_dir / e.attribute("data"));
+                m.mime = mimeRecord(e.selectOne("mime"), m_dir.path());
+            }
             record.messages.push_back(std::move(m));
         }
     }
@@ -530,14 +272,15 @@ DnsTestServer::DnsTestServer(const std::string& zone) {
     m_process = std::make_unique<ServerProcess>(
         "dns_server.py",
         std::vector<std::string>{"--zone", (m_dir / "zone.txt").string(), "--record",
-                                 (m_dir / "dns.jsonl").string()},
+                                 (m_dir / "dns.record").string()},
         m_dir / "dns.log");
 }
 
 std::vector<DnsQueryRecord> DnsTestServer::queries() const {
     std::vector<DnsQueryRecord> out;
-    for (const Json& q : readRecord(m_dir / "dns.jsonl")) {
-        out.push_back({q["name"].text(), q["type"].text()});
+    const xml::Document questions = readRecord(m_dir / "dns.record");
+    for (const xml::Node& q : questions.root().childElements()) {
+        out.push_back({q.attribute("name"), q.attribute("type")});
     }
     return out;
 }

@@ -2,22 +2,23 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """A recording SMTP server for Dorvane's mail tests and benchmarks.
 
-Runs aiosmtpd on a loopback address and appends one JSON object per line to the record
+Runs aiosmtpd on a loopback address and appends one XML element per line to the record
 file for everything a test may want to check:
 
-  {"event": "connect", "session": N, "peer": "127.0.0.1:PORT"}
-  {"event": "ehlo", "session": N, "name": "..."}
-  {"event": "starttls", "session": N}
-  {"event": "auth", "session": N, "mechanism": "PLAIN", "user": "...", "success": true}
-  {"event": "rcpt", "session": N, "address": "...", "accepted": false}
-  {"event": "message", "session": N, "mail_from": "...", "rcpt_tos": [...], "status": "250 ...",
-   "size": BYTES, "data_b64": "...", "mime": {...}}
-  {"event": "dropped", "session": N, "mail_from": "...", "rcpt_tos": [...], "size": BYTES}
-  {"event": "quit", "session": N}
+  <connect session="N" peer="127.0.0.1:PORT"/>
+  <ehlo session="N" name="..."/>
+  <starttls session="N"/>
+  <auth session="N" mechanism="PLAIN" user="..." success="True"/>
+  <rcpt session="N" address="..." accepted="False"/>
+  <message session="N" mail_from="..." status="250 ..." size="BYTES" data="FILE">
+    <rcpt_to>...</rcpt_to>... <mime .../></message>
+  <dropped session="N" mail_from="..." size="BYTES"><rcpt_to>...</rcpt_to>...</dropped>
+  <quit session="N"/>
 
-"session" counts TCP connections from 1. "mime" is the message as Python's email package
-reads it back: top-level headers in order, the boundary, and each part's headers in order with
-its decoded body in base64.
+"session" counts TCP connections from 1. A message's bytes are kept in a file of their own
+beside the record ("data" names it). "mime" is the message as Python's email package reads it
+back: top-level headers in order, the boundary, and each part's headers in order with its
+decoded body kept in a file of its own ("body").
 
 Once listening it prints "READY <port>" on stdout. It stops on SIGTERM or SIGINT, and when
 the process that started it goes away.
@@ -30,17 +31,16 @@ Usage: smtp_server.py --record FILE [--port 0] [--refuse-rcpt ADDR]... [--refuse
 
 import argparse
 import asyncio
-import base64
 import email
 import email.header
 import email.policy
 import itertools
-import json
 import os
 import signal
 import ssl
 import sys
 import warnings
+import xml.etree.ElementTree as ET
 
 from aiosmtpd.smtp import SMTP, AuthResult
 
@@ -48,36 +48,53 @@ from aiosmtpd.smtp import SMTP, AuthResult
 class Recorder:
     def __init__(self, path):
         self.fd = os.open(path, os.O_WRONLY | os.O_CREAT | os.O_APPEND, 0o644) if path else None
+        self.folder = os.path.dirname(os.path.abspath(path)) if path else None
+        self.files = itertools.count(1)
 
-    def write(self, **event):
+    def write(self, kind, children=(), **attributes):
         if self.fd is not None:
+            event = element(kind, **attributes)
+            event.extend(children)
             # One write per line, so a reader never sees half an event followed by another.
-            os.write(self.fd, (json.dumps(event) + "\n").encode())
+            line = ET.tostring(event, encoding="unicode") + "\n"
+            os.write(self.fd, line.encode(errors="backslashreplace"))
+
+    def keep(self, data):
+        """Writes bytes to a file of their own beside the record; answers its name."""
+        name = "%d.bin" % next(self.files)
+        with open(os.path.join(self.folder, name), "wb") as f:
+            f.write(data)
+        return name
 
 
-def mime_summary(data):
+def element(tag, text=None, **attributes):
+    e = ET.Element(tag, {k: str(v) for k, v in attributes.items() if v is not None})
+    e.text = text
+    return e
+
+
+def recipients(addresses):
+    return [element("rcpt_to", a) for a in addresses]
+
+
+def mime_summary(data, keep):
     msg = email.message_from_bytes(data, policy=email.policy.compat32)
 
-    def headers(part):
-        return [[name, value] for name, value in part.items()]
+    def with_headers(e, part):
+        e.extend(element("header", name=name, value=value) for name, value in part.items())
+        return e
 
-    def leaf(part):
-        body = part.get_payload(decode=True)
-        return {"headers": headers(part),
-                "content_type": part.get_content_type(),
-                "filename": part.get_filename(),
-                "body_b64": base64.b64encode(body or b"").decode()}
-
-    summary = {"headers": headers(msg),
-               "content_type": msg.get_content_type(),
-               "boundary": msg.get_boundary(),
-               "defects": [type(d).__name__ for d in msg.defects],
-               "parts": []}
     subject = msg.get("Subject")
     if subject is not None:
-        summary["subject"] = str(email.header.make_header(email.header.decode_header(subject)))
+        subject = str(email.header.make_header(email.header.decode_header(subject)))
+    summary = with_headers(element("mime", content_type=msg.get_content_type(),
+                                   boundary=msg.get_boundary(), subject=subject), msg)
+    summary.extend(element("defect", type(d).__name__) for d in msg.defects)
     if msg.is_multipart():
-        summary["parts"] = [leaf(p) for p in msg.get_payload()]
+        for p in msg.get_payload():
+            summary.append(with_headers(element(
+                "part", content_type=p.get_content_type(), filename=p.get_filename(),
+                body=keep(p.get_payload(decode=True) or b"")), p))
     return summary
 
 
@@ -89,15 +106,15 @@ class Handler:
         self.refuse_data_left = args.refuse_data
 
     async def handle_EHLO(self, server, session, envelope, hostname, responses):
-        self.rec.write(event="ehlo", session=server.conn_id, name=hostname)
+        self.rec.write("ehlo", session=server.conn_id, name=hostname)
         session.host_name = hostname
         return responses
 
     async def handle_RCPT(self, server, session, envelope, address, rcpt_options):
         if address.lower() in self.refuse_rcpt:
-            self.rec.write(event="rcpt", session=server.conn_id, address=address, accepted=False)
+            self.rec.write("rcpt", session=server.conn_id, address=address, accepted=False)
             return "550 5.1.1 <%s>: Recipient address rejected" % address
-        self.rec.write(event="rcpt", session=server.conn_id, address=address, accepted=True)
+        self.rec.write("rcpt", session=server.conn_id, address=address, accepted=True)
         envelope.rcpt_tos.append(address)
         envelope.rcpt_options.extend(rcpt_options)
         return "250 OK"
@@ -109,17 +126,17 @@ class Handler:
         else:
             status = "250 2.0.0 OK: queued"
         data = envelope.original_content or b""
-        event = {"event": "message", "session": server.conn_id,
-                 "mail_from": envelope.mail_from, "rcpt_tos": list(envelope.rcpt_tos),
-                 "status": status, "size": len(data)}
+        content = {}
+        children = recipients(envelope.rcpt_tos)
         if not self.args.quiet:
-            event["data_b64"] = base64.b64encode(data).decode()
-            event["mime"] = mime_summary(data)
-        self.rec.write(**event)
+            content["data"] = self.rec.keep(data)
+            children.append(mime_summary(data, self.rec.keep))
+        self.rec.write("message", children, session=server.conn_id, mail_from=envelope.mail_from,
+                       status=status, size=len(data), **content)
         return status
 
     async def handle_QUIT(self, server, session, envelope):
-        self.rec.write(event="quit", session=server.conn_id)
+        self.rec.write("quit", session=server.conn_id)
         return "221 Bye"
 
 
@@ -134,11 +151,11 @@ class RecordingSMTP(SMTP):
         super().connection_made(transport)
         if first:
             peer = transport.get_extra_info("peername")
-            self.recording_handler.rec.write(event="connect", session=self.conn_id,
+            self.recording_handler.rec.write("connect", session=self.conn_id,
                                              peer="%s:%s" % (peer[0], peer[1]))
 
     async def smtp_STARTTLS(self, arg):
-        self.recording_handler.rec.write(event="starttls", session=self.conn_id)
+        self.recording_handler.rec.write("starttls", session=self.conn_id)
         return await super().smtp_STARTTLS(arg)
 
     async def smtp_DATA(self, arg):
@@ -154,9 +171,8 @@ class RecordingSMTP(SMTP):
             if line == b".\r\n":
                 break
             received += line
-        handler.rec.write(event="dropped", session=self.conn_id,
-                          mail_from=self.envelope.mail_from,
-                          rcpt_tos=list(self.envelope.rcpt_tos), size=len(received))
+        handler.rec.write("dropped", recipients(self.envelope.rcpt_tos), session=self.conn_id,
+                          mail_from=self.envelope.mail_from, size=len(received))
         self.transport.abort()
 
 
@@ -165,7 +181,7 @@ def make_authenticator(args, recorder):
         user = auth_data.login.decode(errors="replace")
         ok = (args.auth_user is not None and auth_data.login == args.auth_user.encode()
               and auth_data.password == (args.auth_password or "").encode())
-        recorder.write(event="auth", session=server.conn_id, mechanism=mechanism, user=user,
+        recorder.write("auth", session=server.conn_id, mechanism=mechanism, user=user,
                        success=ok)
         return AuthResult(success=ok, handled=False)
     return authenticate
@@ -213,7 +229,7 @@ def main():
     parser = argparse.ArgumentParser(description="Recording SMTP server for tests")
     parser.add_argument("--host", default="127.0.0.1")
     parser.add_argument("--port", type=int, default=0)
-    parser.add_argument("--record", default=None, help="JSON-lines record file")
+    parser.add_argument("--record", default=None, help="record file, one XML element per line")
     parser.add_argument("--refuse-rcpt", action="append", default=[],
                         help="answer RCPT TO for this address with 550")
     parser.add_argument("--refuse-data", type=int, default=0,
