@@ -13,51 +13,43 @@ namespace {
 
 using Paths = std::vector<std::string>;
 
-struct Scan {
-    std::string html;
-    Paths paths;
-    Paths ids;
-};
-
-Scan scan(const std::string& html) {
-    Scan s;
-    s.html = scanImageReferences(html, s.paths, s.ids);
-    return s;
-}
-
-TEST(ScanImageReferences, ALocalImageUsedTwiceBecomesOnePart) {
-    Scan s = scan(R"(<img src="C:/logo.gif"><p>Thanks</p><img src="C:/logo.gif" alt="x">)");
-    EXPECT_EQ(s.html, R"(<img src="cid:1234"><p>Thanks</p><img src="cid:1234" alt="x">)");
-    EXPECT_EQ(s.paths, Paths{"C:\\logo.gif"});
-    EXPECT_EQ(s.ids, Paths{"1234"});
-}
-
-TEST(ScanImageReferences, RelativePathsWebAddressesAndBitmapsStayAsTheyAre) {
-    const std::string html = R"(<img src="images/logo.gif"><img src="http://example.com/logo.jpg">)"
-                             R"(<img src="HTTP://EXAMPLE.COM/B.GIF"><img src="C:/pics/photo.bmp">)";
-    Scan s = scan(html);
-    EXPECT_EQ(s.html, html);
-    EXPECT_TRUE(s.paths.empty());
-    EXPECT_TRUE(s.ids.empty());
-}
-
-TEST(ScanImageReferences, ContentIdsCountEveryOccurrenceAcrossTheKeywords) {
-    // The relative image takes 1234 without being embedded; "src=" comes before
-    // "background=", whatever the order in the text.
-    Scan s = scan(R"(<body background="C:/bg.JPEG"><img src="images/a.gif">)"
-                  R"(<img src="C:/Pics/b.jpg" width="10"><img src="C:/c.png"></body>)");
-    EXPECT_EQ(s.html, R"(<body background="cid:1237"><img src="images/a.gif">)"
-                      R"(<img src="cid:1235" width="10"><img src="cid:1236"></body>)");
-    EXPECT_EQ(s.paths, (Paths{"C:\\Pics\\b.jpg", "C:\\c.png", "C:\\bg.JPEG"}));
-    EXPECT_EQ(s.ids, (Paths{"1235", "1236", "1237"}));
-}
-
-TEST(ScanImageReferences, PassedOverOccurrencesStillTakeTheirNumber) {
-    // A value that already holds "cid:" is passed over, and so is a tag left open at the end.
-    Scan s = scan(R"(<img src="cid:logo"><img src="file:///srv/b.gif"><img src="C:/a.gif")");
-    EXPECT_EQ(s.html, R"(<img src="cid:logo"><img src="cid:1235"><img src="C:/a.gif")");
-    EXPECT_EQ(s.paths, Paths{"file:\\\\\\srv\\b.gif"});
-    EXPECT_EQ(s.ids, Paths{"1235"});
+TEST(ScanImageReferences, LocalImagesBecomeNumberedPartsAndTheRestStays) {
+    struct Case {
+        const char* name;
+        std::string html, rewritten;
+        Paths paths, ids;
+    };
+    const std::string web = R"(<img src="images/logo.gif"><img src="http://example.com/logo.jpg">)"
+                            R"(<img src="HTTP://EXAMPLE.COM/B.GIF"><img src="C:/pics/photo.bmp">)";
+    const Case cases[] = {
+        {"a local image used twice becomes one part",
+         R"(<img src="C:/logo.gif"><p>Thanks</p><img src="C:/logo.gif" alt="x">)",
+         R"(<img src="cid:1234"><p>Thanks</p><img src="cid:1234" alt="x">)",
+         {"C:\\logo.gif"},
+         {"1234"}},
+        {"relative paths, web addresses and bitmaps stay as they are", web, web, {}, {}},
+        // The relative image takes 1234 without being embedded; "src=" comes before
+        // "background=", whatever the order in the text.
+        {"content ids count every occurrence across the keywords",
+         R"(<body background="C:/bg.JPEG"><img src="images/a.gif">)"
+         R"(<img src="C:/Pics/b.jpg" width="10"><img src="C:/c.png"></body>)",
+         R"(<body background="cid:1237"><img src="images/a.gif">)"
+         R"(<img src="cid:1235" width="10"><img src="cid:1236"></body>)",
+         {"C:\\Pics\\b.jpg", "C:\\c.png", "C:\\bg.JPEG"},
+         {"1235", "1236", "1237"}},
+        // A value that already holds "cid:" is passed over, and so is a tag left open at the end.
+        {"passed-over occurrences still take their number",
+         R"(<img src="cid:logo"><img src="file:///srv/b.gif"><img src="C:/a.gif")",
+         R"(<img src="cid:logo"><img src="cid:1235"><img src="C:/a.gif")",
+         {"file:\\\\\\srv\\b.gif"},
+         {"1235"}},
+    };
+    for (const Case& c : cases) {
+        Paths paths, ids;
+        EXPECT_EQ(scanImageReferences(c.html, paths, ids), c.rewritten) << c.name;
+        EXPECT_EQ(paths, c.paths) << c.name;
+        EXPECT_EQ(ids, c.ids) << c.name;
+    }
 }
 
 TEST(ImageFiles, ListedPathsAreReadFromThisSystemsPaths) {
@@ -141,14 +133,21 @@ TEST(ConnectionPlan, LoginDataTravelsEncryptedUnlessTheServerIsThisMachine) {
     EXPECT_TRUE(planConnection("127.0.0.1", "25", "me", false).refusal.empty());
 }
 
+// Loopback is decided on the name alone; a login to any other machine needs encryption.
 TEST(ConnectionPlan, LoopbackIsDecidedOnTheNameAlone) {
     for (const char* host : {"localhost", "LOCALHOST", "mail.localhost", "127.0.0.1", "127.8.9.10",
-                             "::1", "[::1]", "::ffff:127.0.0.1"}) {
+                             "127.1.2.3", "::1", "[::1]", "::ffff:127.0.0.1"}) {
         EXPECT_TRUE(isLoopbackHost(host)) << host;
+        EXPECT_EQ(planConnection(host, "587", "me", true).tls, TlsMode::Opportunistic) << host;
     }
-    for (const char* host : {"", "localhost.example.com", "mylocalhost", "10.0.0.1",
-                             "smtp.example.com", "::2", "128.0.0.1"}) {
+    EXPECT_FALSE(isLoopbackHost(""));
+    for (const char* host :
+         {"localhost.example.com", "mylocalhost", "10.0.0.1", "smtp.example.com", "::2",
+          "128.0.0.1", "192.0.2.25", "2001:db8::25", "[2001:db8::25]", "::ffff:10.0.0.1"}) {
         EXPECT_FALSE(isLoopbackHost(host)) << host;
+        EXPECT_EQ(planConnection(host, "587", "me", true).tls, TlsMode::Required) << host;
+        EXPECT_FALSE(planConnection(host, "25", "me", false).refusal.empty()) << host;
+        EXPECT_EQ(planConnection(host, "25", "", true).tls, TlsMode::Opportunistic) << host;
     }
 }
 
