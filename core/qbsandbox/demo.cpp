@@ -407,6 +407,17 @@ void createDemoCompany(const std::filesystem::path& path, const DemoOptions& opt
                  {"ItemGroupLine#2/Quantity", "1"},
                  {"ItemGroupLine#3/ItemRef", idOf(*file, "item", "Installation")},
                  {"ItemGroupLine#3/Quantity", "3"}});
+        // Sold, never bought: non-inventory items with one price and description.
+        addList(*file, "ItemNonInventory", "Garden Gloves",
+                {{"SalesTaxCodeRef", tax},
+                 {"SalesOrPurchase/Desc", "Leather garden gloves, one pair"},
+                 {"SalesOrPurchase/Price", "14.95"},
+                 {"SalesOrPurchase/AccountRef", materials}});
+        addList(*file, "ItemNonInventory", "Planter Box",
+                {{"SalesTaxCodeRef", tax},
+                 {"SalesOrPurchase/Desc", "Cedar planter box, 24 inch"},
+                 {"SalesOrPurchase/Price", "89.00"},
+                 {"SalesOrPurchase/AccountRef", materials}});
         // The import settings' defaults name these: received bills and purchase orders land on
         // them until the lines are sorted out.
         addList(*file, "ItemNonInventory", "Uncategorized Expenses",

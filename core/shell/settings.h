@@ -53,6 +53,7 @@ inline constexpr SettingDefault kSettingDefaults[] = {
     {"Handheld", "DeviceFolder", ""},
     {"Web", "UpdateURL", ""},
     {"Web", "Token", ""},
+    {"Web", "Timeout", "30"},
 };
 // The default of a value the program reads (section and key in any case); null for a value
 // it does not know.

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "webupdate/webupdate.h"
 
+#include <algorithm>
+
 #include "common/text.h"
 #include "qbgateway/gateway.h"
 #include "qbgateway/programfolder.h"
@@ -88,8 +90,12 @@ UpdateReport WebUpdater::updateItems() {
     report.noSite = url.empty();
     std::unique_ptr<HttpPoster> poster;
     if (!report.noSite) {
-        poster = std::make_unique<HttpPoster>(PostOptions{
-            url, std::string(text::trim(m_settings.value("Web", "Token").value_or("")))});
+        PostOptions options;
+        options.url = url;
+        options.bearerToken =
+            std::string(text::trim(m_settings.value("Web", "Token").value_or("")));
+        options.timeoutSeconds = std::max<long>(1, m_settings.getInt("Web", "Timeout", 30));
+        poster = std::make_unique<HttpPoster>(std::move(options));
     }
     const ui::BusyScope busy(m_ui);
     ui::ListModel& list = m_window.list();
