@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The three states of the sandbox QuickBooks, sessions, tickets and injected faults, seen
-// through the request processor and through the real gateway.
+// Sessions, tickets and injected faults of the sandbox QuickBooks, seen through the request
+// processor. (Its three states as the program sees them: the demo company tests.)
 #include <chrono>
 
 #include "qbgateway/gateway.h"
-#include "qbgateway/programfolder.h"
 #include "qbsandbox/companyfile.h"
 #include "sandboxfixture.h"
 
@@ -24,29 +23,6 @@ TEST_F(SessionTest, FirstUseCreatesAndOpensTheDemoCompany) {
     ASSERT_TRUE(state);
     EXPECT_TRUE(state->running);
     EXPECT_EQ(state->company, qbsandbox::demoCompanyPath(folder()));
-}
-
-TEST_F(SessionTest, GatewayReportsEachQuickBooksState) {
-    useEmptyCompany();
-    ScriptedUi ui;
-    qbgateway::ProgramFolder programFolder(folder(), ui);
-    qbgateway::Gateway gateway(programFolder, ui, qbsandbox::processorFactory());
-    std::string request = message(kCompanyQuery);
-
-    std::string answer = gateway.processCompanyRequest(request);
-    EXPECT_EQ(answer.rfind("<?xml version=\"1.0\" ?>\n<QBXML>\n<QBXMLMsgsRs>\n", 0), 0u) << answer;
-    EXPECT_EQ(gateway.currentCompanyFile(), company().string());
-    EXPECT_TRUE(ui.messages.empty());
-
-    ASSERT_TRUE(qbsandbox::writeState(folder(), {true, {}}));  // running, no company open
-    EXPECT_EQ(gateway.processRequest(request), "");
-    ASSERT_EQ(ui.texts().size(), 1u);
-    EXPECT_EQ(ui.texts()[0], qbgateway::kNoCompanyMessage);
-
-    ASSERT_TRUE(qbsandbox::writeState(folder(), {false, {}}));  // not running
-    EXPECT_EQ(gateway.processRequest(request), "");
-    ASSERT_EQ(ui.texts().size(), 2u);
-    EXPECT_EQ(ui.texts()[1], "QuickBooks Access Error\r\nCould not start QuickBooks.(-2147220472)");
 }
 
 TEST_F(SessionTest, SessionsNameTheOpenFileAndCheckTickets) {
