@@ -16,6 +16,18 @@ namespace {
 using test::ScriptedUi;
 using test::TempDir;
 
+class ProgramFolderTest : public ::testing::Test {
+protected:
+    int entries() const {
+        const auto all = std::filesystem::directory_iterator(dir.path());
+        return static_cast<int>(std::distance(begin(all), end(all)));
+    }
+
+    TempDir dir;
+    ScriptedUi ui;
+    ProgramFolder folder{dir.path(), ui};
+};
+
 TEST(ProgramFolder, NamesJoinWithOneSlashWhateverTheirLeadingSeparator) {
     ScriptedUi ui;
     ProgramFolder folder("/opt/dorvane/", ui);
@@ -26,10 +38,7 @@ TEST(ProgramFolder, NamesJoinWithOneSlashWhateverTheirLeadingSeparator) {
     EXPECT_EQ(folder.filePath("icons\\1.png"), "/opt/dorvane/icons/1.png");
 }
 
-TEST(ProgramFolder, ReadJoinsLinesWithNothingBetween) {
-    TempDir dir;
-    ScriptedUi ui;
-    ProgramFolder folder(dir.path(), ui);
+TEST_F(ProgramFolderTest, ReadJoinsLinesWithNothingBetween) {
     test::writeFile(dir / "t.xml", "a\r\nb\nc\r\n");
     EXPECT_EQ(folder.readProgramFile("t.xml"), "abc");
     test::writeFile(dir / "two.xml", "<A>\n  <B>x</B>\n</A>");
@@ -37,10 +46,7 @@ TEST(ProgramFolder, ReadJoinsLinesWithNothingBetween) {
     EXPECT_TRUE(ui.messages.empty());
 }
 
-TEST(ProgramFolder, AMissingFileIsReportedWithItsPathAndErrorNumber) {
-    TempDir dir;
-    ScriptedUi ui;
-    ProgramFolder folder(dir.path(), ui);
+TEST_F(ProgramFolderTest, AMissingFileIsReportedWithItsPathAndErrorNumber) {
     EXPECT_EQ(folder.readProgramFile("Missing.xml"), "");
     ASSERT_EQ(ui.messages.size(), 1u);
     EXPECT_EQ(ui.messages[0].text,
@@ -48,19 +54,11 @@ TEST(ProgramFolder, AMissingFileIsReportedWithItsPathAndErrorNumber) {
     EXPECT_EQ(ui.messages[0].buttons, ui::Buttons::Ok);
 }
 
-TEST(ProgramFolder, WriteReplacesWholeFileEndingInCrLf) {
-    TempDir dir;
-    ScriptedUi ui;
-    ProgramFolder folder(dir.path(), ui);
+TEST_F(ProgramFolderTest, WriteReplacesWholeFileEndingInCrLf) {
     folder.writeProgramFile("a much longer first text", "log.txt");
     folder.writeProgramFile("short", "log.txt");
     EXPECT_EQ(test::readFile(dir / "log.txt"), "short\r\n");
-    // No temporary files are left behind.
-    int entries = 0;
-    for ([[maybe_unused]] auto& e : std::filesystem::directory_iterator(dir.path())) {
-        ++entries;
-    }
-    EXPECT_EQ(entries, 1);
+    EXPECT_EQ(entries(), 1) << "no temporary file is left behind";
 }
 
 // A replaced file keeps its permissions unless the caller names others; a new one gets what
@@ -94,10 +92,7 @@ TEST(ProgramFolder, AReplacedFileKeepsOrTakesItsMode) {
     ::umask(oldMask);
 }
 
-TEST(ProgramFolder, AFailedWriteThrowsAndLeavesTheOldFileWhole) {
-    TempDir dir;
-    ScriptedUi ui;
-    ProgramFolder folder(dir.path(), ui);
+TEST_F(ProgramFolderTest, AFailedWriteThrowsAndLeavesTheOldFileWhole) {
     folder.writeProgramFile("kept", "sent.log");
     // The disk "fills up" half-way through the new text: files may grow to 64 bytes only.
     struct rlimit old {};
@@ -110,17 +105,10 @@ TEST(ProgramFolder, AFailedWriteThrowsAndLeavesTheOldFileWhole) {
     ::setrlimit(RLIMIT_FSIZE, &old);
     std::signal(SIGXFSZ, previousHandler);
     EXPECT_EQ(test::readFile(dir / "sent.log"), "kept\r\n");
-    int entries = 0;
-    for ([[maybe_unused]] auto& e : std::filesystem::directory_iterator(dir.path())) {
-        ++entries;
-    }
-    EXPECT_EQ(entries, 1) << "no temporary file is left behind";
+    EXPECT_EQ(entries(), 1) << "no temporary file is left behind";
 }
 
-TEST(ProgramFolder, AFailedWriteIntoAFolderInTheWayThrows) {
-    TempDir dir;
-    ScriptedUi ui;
-    ProgramFolder folder(dir.path(), ui);
+TEST_F(ProgramFolderTest, AFailedWriteIntoAFolderInTheWayThrows) {
     std::filesystem::create_directory(dir / "busy.log");
     try {
         folder.writeProgramFile("x", "busy.log");
