@@ -28,6 +28,7 @@
 #include "mail/preferences.h"
 #include "qbgateway/programfolder.h"
 #include "ui/uiport.h"
+#include "webupdate/webupdate.h"
 
 namespace dorvane::gui {
 
@@ -94,6 +95,15 @@ MainWindowView::MainWindowView(shell::Application& app, QWidget* parent)
             [this] { runCommand([this] { openImportWindow(); }); });
     connect(this, &MainWindowView::importPreferencesRequested, this,
             [this] { runCommand([this] { m_app.importWindow().showPreferences(); }); });
+    connect(this, &MainWindowView::webItemsRequested, this, [this](const QString& entry) {
+        runCommand([this, entry] {
+            if (const webupdate::ItemKind* kind = webupdate::itemKindNamed(toStdString(entry))) {
+                m_app.webUpdater().listItems(*kind);
+            }
+        });
+    });
+    connect(this, &MainWindowView::updateWebRequested, this,
+            [this] { runCommand([this] { m_app.webUpdater().updateItems(); }); });
 }
 
 MainWindowView::~MainWindowView() {

@@ -313,8 +313,8 @@ void Form3Test::windowFollowsCore() {
     QVERIFY(!bar->isVisible());
 }
 
-// Import and the Web-Update entries are signals for later subsystems; Send Email reaches core's
-// sender (which starts by clearing the status); the Preferences entries reach core.
+// Import and the Web-Update entries and buttons reach their subsystems; Send Email reaches
+// core's sender (which starts by clearing the status); the Preferences entries reach core.
 void Form3Test::commandsReachTheirHooks() {
     QSignalSpy import(m_view.get(), &gui::MainWindowView::importRequested);
     QSignalSpy webItems(m_view.get(), &gui::MainWindowView::webItemsRequested);
@@ -329,6 +329,13 @@ void Form3Test::commandsReachTheirHooks() {
              QStringLiteral("inventoryitems_update noninventoryitems_update serviceitems_update"));
     QCOMPARE(import.count(), 1);
     QVERIFY(m_loads.isEmpty());
+    // Without QuickBooks the web update switches modes and says it could not list anything.
+    QCOMPARE(m_view->windowTitle(), QStringLiteral("Dorvane WEB-Update-Services"));
+    QVERIFY(control<QPushButton>("UpdateWebBtn")->isVisible());
+    QCOMPARE(m_ui->texts().back(), std::string("Could not access the company file(1)"));
+    click("UpdateWebBtn");  // this program folder has no style sheets
+    QCOMPARE(window().statusText(), std::string("Conversion failed"));
+    m_ui->messages.clear();
 
     trigger("selectTimesheetA");  // nothing of this type is mailed
     window().setStatusText("an old note");
