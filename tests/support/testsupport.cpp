@@ -111,6 +111,28 @@ std::filesystem::path programSource() {
     return DORVANE_PROGRAM_SOURCE_DIR;
 }
 
+std::string qbAnswer(const std::string& responses) {
+    return "<?xml version=\"1.0\" ?>\n<QBXML>\n<QBXMLMsgsRs>\n" + responses +
+           "</QBXMLMsgsRs>\n</QBXML>\n";
+}
+
+std::string qbRs(const std::string& name, const std::string& content) {
+    return "<" + name +
+           " requestID=\"1\" statusCode=\"0\" statusSeverity=\"Info\" statusMessage=\"Status "
+           "OK\">" +
+           content + "</" + name + ">";
+}
+
+void copyProgramFiles(const std::filesystem::path& to) {
+    std::filesystem::create_directories(to);
+    for (const auto& f : std::filesystem::directory_iterator(programSource())) {
+        if (f.is_regular_file()) {
+            std::filesystem::copy(f.path(), to / f.path().filename());
+        }
+    }
+    writeFile(to / "EmailsSent.log", "");
+}
+
 int runCommand(const std::string& command, std::string* out, std::string* err) {
     TempDir dir;
     std::string full = "( " + command + " ) >" + (dir / "out").string() + " 2>" +

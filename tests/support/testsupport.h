@@ -77,6 +77,13 @@ void writeFile(const std::filesystem::path& path, const std::string& text);
 std::filesystem::path dataDir();        // tests/data
 std::filesystem::path programSource();  // program/ in the source tree
 
+// A QuickBooks answer: the message around its response elements.
+std::string qbAnswer(const std::string& responses);
+// A response element `name` ("InvoiceQueryRs") with status 0 around `content`.
+std::string qbRs(const std::string& name, const std::string& content);
+// Fills `to` (created if need be) with the shipped program files and an empty sent log.
+void copyProgramFiles(const std::filesystem::path& to);
+
 // Runs a command through the shell; answers its exit status and fills the captured output.
 int runCommand(const std::string& command, std::string* out = nullptr, std::string* err = nullptr);
 
