@@ -15,23 +15,13 @@
 namespace dorvane::mail {
 namespace {
 
+using test::qbAnswer;
+using test::qbRs;
 using test::ScopedEnvironment;
 using test::ScriptedUi;
 using test::SmtpServerOptions;
 using test::SmtpTestServer;
 using test::TempDir;
-
-std::string rs(const std::string& name, const std::string& content) {
-    return "<" + name +
-           " requestID=\"1\" statusCode=\"0\" statusSeverity=\"Info\" "
-           "statusMessage=\"Status OK\">" +
-           content + "</" + name + ">";
-}
-
-std::string response(const std::string& body) {
-    return "<?xml version=\"1.0\" ?>\n<QBXML>\n<QBXMLMsgsRs>\n" + body +
-           "</QBXMLMsgsRs>\n</QBXML>\n";
-}
 
 const std::string kCompanyRet =
     "<CompanyRet><CompanyName>Harbor Lane Joinery</CompanyName><LegalCompanyName>Harbor Lane "
@@ -70,14 +60,8 @@ protected:
           app(ui, shell::StartOptions{(home / "program").string()},
               qbgateway::responseFolderFactory(home / "qb")) {
         std::filesystem::create_directories(home / "qb");
-        std::filesystem::create_directories(home / "program");
-        for (const auto& f : std::filesystem::directory_iterator(test::programSource())) {
-            if (f.is_regular_file()) {
-                std::filesystem::copy(f.path(), home / "program" / f.path().filename());
-            }
-        }
-        answer("CompanyQueryRs.xml", response(rs("CompanyQueryRs", kCompanyRet)));
-        test::writeFile(home / "program" / "EmailsSent.log", "");
+        test::copyProgramFiles(home / "program");
+        answer("CompanyQueryRs.xml", qbAnswer(qbRs("CompanyQueryRs", kCompanyRet)));
         useServer();
         app.sender().onRowProcessed([this](const RowOutcome& o) {
             outcomes.push_back(o);
@@ -98,15 +82,15 @@ protected:
     }
     void invoices() {
         answer("InvoiceQueryRs.xml",
-               response(rs("InvoiceQueryRs",
-                           invoice("11-1", "1041", "C1", "Able Co", "100.00", "5.00") +
-                               invoice("11-2", "1042", "C2", "Baker &amp; Sons", "20.00") +
-                               invoice("11-3", "1043", "C3", "No Mail Ltd", "7.00")) +
-                        rs("CustomerQueryRs",
-                           customer("C1", "Able Co", "able@example.test") +
-                               customer("C2", "Baker &amp; Sons", "baker@example.test") +
-                               customer("C3", "No Mail Ltd", "")) +
-                        rs("CompanyQueryRs", kCompanyRet)));
+               qbAnswer(qbRs("InvoiceQueryRs",
+                             invoice("11-1", "1041", "C1", "Able Co", "100.00", "5.00") +
+                                 invoice("11-2", "1042", "C2", "Baker &amp; Sons", "20.00") +
+                                 invoice("11-3", "1043", "C3", "No Mail Ltd", "7.00")) +
+                        qbRs("CustomerQueryRs",
+                             customer("C1", "Able Co", "able@example.test") +
+                                 customer("C2", "Baker &amp; Sons", "baker@example.test") +
+                                 customer("C3", "No Mail Ltd", "")) +
+                        qbRs("CompanyQueryRs", kCompanyRet)));
     }
     void pick(const std::string& type) {
         app.window().startUp();
@@ -338,13 +322,13 @@ TEST_F(SendLoopTest, ASentLogThatCannotBeWrittenStopsTheRun) {
         std::filesystem::create_directory(logPath);
     };
     answer("InvoiceQueryRs.xml",
-           response(rs("InvoiceQueryRs", invoice("11-1", "1041", "C1", "Able Co", "1.00") +
-                                             invoice("11-2", "1042", "C2", "Baker", "2.00") +
-                                             invoice("11-3", "1043", "C3", "Carr", "3.00")) +
-                    rs("CustomerQueryRs", customer("C1", "Able Co", "able@example.test") +
-                                              customer("C2", "Baker", "baker@example.test") +
-                                              customer("C3", "Carr", "carr@example.test")) +
-                    rs("CompanyQueryRs", kCompanyRet)));
+           qbAnswer(qbRs("InvoiceQueryRs", invoice("11-1", "1041", "C1", "Able Co", "1.00") +
+                                               invoice("11-2", "1042", "C2", "Baker", "2.00") +
+                                               invoice("11-3", "1043", "C3", "Carr", "3.00")) +
+                    qbRs("CustomerQueryRs", customer("C1", "Able Co", "able@example.test") +
+                                                customer("C2", "Baker", "baker@example.test") +
+                                                customer("C3", "Carr", "carr@example.test")) +
+                    qbRs("CompanyQueryRs", kCompanyRet)));
     pick("Invoice");
     const auto& list = app.window().list();
 
@@ -452,12 +436,12 @@ TEST_F(SendLoopTest, StatementsCarryTheForwardBalanceOnce) {
         "<ReceivePaymentRet><TxnID>P-1</TxnID><TxnDate>2026-11-16</TxnDate>"
         "<CustomerRef><ListID>C1</ListID><FullName>Able Co</FullName></CustomerRef>"
         "<TotalAmount>30.00</TotalAmount></ReceivePaymentRet>";
-    answer(
-        "CustomerQueryRs.xml",
-        response(rs("CustomerQueryRs", customer("C1", "Able Co", "able@example.test", "500.00") +
+    answer("CustomerQueryRs.xml",
+           qbAnswer(
+               qbRs("CustomerQueryRs", customer("C1", "Able Co", "able@example.test", "500.00") +
                                            customer("C2", "Baker", "b@example.test", "75.00")) +
-                 rs("InvoiceQueryRs", invoice("11-1", "1041", "C1", "Able Co", "100.00", "5.00")) +
-                 rs("ReceivePaymentQueryRs", payment) + rs("CompanyQueryRs", kCompanyRet)));
+               qbRs("InvoiceQueryRs", invoice("11-1", "1041", "C1", "Able Co", "100.00", "5.00")) +
+               qbRs("ReceivePaymentQueryRs", payment) + qbRs("CompanyQueryRs", kCompanyRet)));
     pick("Statement");
     app.window().list().setChecked(1, false);
     app.window().setPreviewChecked(true);
@@ -489,12 +473,12 @@ TEST_F(SendLoopTest, TimesheetsGatherTheCustomersEntries) {
                "</FullName></CustomerRef><Duration>PT1H30M"
                "</Duration></TimeTrackingRet>";
     };
-    answer(
-        "TimeTrackingQueryRs.xml",
-        response(rs("TimeTrackingQueryRs", entry("C1", "6") + entry("C2", "7") + entry("C1", "8")) +
-                 rs("CustomerQueryRs",
+    answer("TimeTrackingQueryRs.xml",
+           qbAnswer(
+               qbRs("TimeTrackingQueryRs", entry("C1", "6") + entry("C2", "7") + entry("C1", "8")) +
+               qbRs("CustomerQueryRs",
                     customer("C1", "Able Co", "able@example.test") + customer("C2", "Baker", "")) +
-                 rs("CompanyQueryRs", kCompanyRet)));
+               qbRs("CompanyQueryRs", kCompanyRet)));
     pick("Timesheet");
     app.sender().sendSelectedDocuments();
     xml::Node able = app.window().listDocument().selectOne(
@@ -509,13 +493,14 @@ TEST_F(SendLoopTest, TimesheetsGatherTheCustomersEntries) {
 }
 
 TEST_F(SendLoopTest, TimesheetsByEntityAndAMissingStyleSheetSendNothing) {
-    answer("TimeTrackingQueryRs.xml",
-           response(rs("TimeTrackingQueryRs",
-                       "<TimeTrackingRet><TxnDate>2026-11-16</TxnDate><EntityRef><ListID>C1"
-                       "</ListID><FullName>Able Co</FullName></EntityRef><Duration>PT1H</Duration>"
-                       "</TimeTrackingRet>")));
+    answer(
+        "TimeTrackingQueryRs.xml",
+        qbAnswer(qbRs("TimeTrackingQueryRs",
+                      "<TimeTrackingRet><TxnDate>2026-11-16</TxnDate><EntityRef><ListID>C1"
+                      "</ListID><FullName>Able Co</FullName></EntityRef><Duration>PT1H</Duration>"
+                      "</TimeTrackingRet>")));
     answer("CustomerQueryRs.xml",
-           response(rs("CustomerQueryRs", customer("C1", "Able Co", "a@example.test"))));
+           qbAnswer(qbRs("CustomerQueryRs", customer("C1", "Able Co", "a@example.test"))));
     pick("TimesheetA");
     ASSERT_EQ(app.window().list().rowCount(), 1);
     ASSERT_TRUE(app.window().list().row(0).checked);
