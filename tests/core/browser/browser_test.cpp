@@ -19,6 +19,8 @@
 namespace dorvane::browser {
 namespace {
 
+using test::qbAnswer;
+using test::qbRs;
 using test::ScriptedUi;
 using test::TempDir;
 
@@ -92,13 +94,6 @@ struct Recorder {
     }
 };
 
-const char* kCompany =
-    "<?xml version=\"1.0\" ?><QBXML><QBXMLMsgsRs>"
-    "<CompanyQueryRs statusCode=\"0\" statusSeverity=\"Info\" statusMessage=\"Status OK\">"
-    "<CompanyRet><CompanyName>Harbor Lane Joinery</CompanyName><Address><Addr1>12 Quay St"
-    "</Addr1><City>Portland</City><State>ME</State><PostalCode>04101</PostalCode></Address>"
-    "<Email>office@example.com</Email></CompanyRet></CompanyQueryRs></QBXMLMsgsRs></QBXML>";
-
 std::string customer(const std::string& id, const std::string& name, const std::string& email,
                      const std::string& active = "true", const std::string& balance = "10.00") {
     return "<CustomerRet><ListID>" + id + "</ListID><Name>" + name + "</Name><FullName>" + name +
@@ -115,18 +110,6 @@ std::string invoice(const std::string& txn, const std::string& custId, const std
            "</Subtotal></InvoiceRet>";
 }
 
-std::string response(const std::string& body) {
-    return "<?xml version=\"1.0\" ?>\n<QBXML>\n<QBXMLMsgsRs>\n" + body +
-           "</QBXMLMsgsRs>\n</QBXML>\n";
-}
-
-std::string rs(const std::string& name, const std::string& content) {
-    return "<" + name +
-           " requestID=\"1\" statusCode=\"0\" statusSeverity=\"Info\" "
-           "statusMessage=\"Status OK\">" +
-           content + "</" + name + ">";
-}
-
 class BrowserTest : public ::testing::Test {
 protected:
     BrowserTest()
@@ -139,7 +122,13 @@ protected:
                 std::filesystem::copy(f.path(), home / f.path().filename().string());
             }
         }
-        answer("CompanyQueryRs.xml", kCompany);
+        answer(
+            "CompanyQueryRs.xml",
+            qbAnswer(qbRs(
+                "CompanyQueryRs",
+                "<CompanyRet><CompanyName>Harbor Lane Joinery</CompanyName><Address><Addr1>12 Quay "
+                "St</Addr1><City>Portland</City><State>ME</State><PostalCode>04101</PostalCode></"
+                "Address><Email>office@example.com</Email></CompanyRet>")));
         company.retrieveCompanyInfo();
     }
 
@@ -179,12 +168,12 @@ protected:
 
 TEST_F(BrowserTest, InvoiceRowsTheirStatusAndTheSentLog) {
     answer("InvoiceQueryRs.xml",
-           response(rs("InvoiceQueryRs", invoice("11-1", "C1", "Able Co", "100.00") +
-                                             invoice("11-2", "C2", "Baker", "20.00") +
-                                             invoice("11-3", "C1", "Able Co", "5.00") +
-                                             invoice("11-4", "C2", "Baker", "7.00")) +
-                    rs("CustomerQueryRs", customer("C1", "Able Co", "able@example.com") +
-                                              customer("C2", "Baker", ""))));
+           qbAnswer(qbRs("InvoiceQueryRs", invoice("11-1", "C1", "Able Co", "100.00") +
+                                               invoice("11-2", "C2", "Baker", "20.00") +
+                                               invoice("11-3", "C1", "Able Co", "5.00") +
+                                               invoice("11-4", "C2", "Baker", "7.00")) +
+                    qbRs("CustomerQueryRs", customer("C1", "Able Co", "able@example.com") +
+                                                customer("C2", "Baker", ""))));
     // 11-3 went out before; "11-4" is the beginning of a logged "11-45", which counts as sent.
     test::writeFile(home / "EmailsSent.log",
                     "<Invoice><TxnID>11-3</TxnID><SentDate>x</SentDate></Invoice>\r\n"
@@ -226,15 +215,15 @@ TEST_F(BrowserTest, EachTransactionListShowsItsAmountAndParty) {
         const std::string party = c.party;
         answer(
             std::string(c.element) + "QueryRs.xml",
-            response(rs(std::string(c.element) + "QueryRs",
-                        "<" + std::string(c.element) + "Ret><TxnID>X-1</TxnID><TxnDate>" +
-                            "2026-11-17</TxnDate><" + party + "Ref><ListID>P1</ListID>" +
-                            "<FullName>Able Co</FullName></" + party + "Ref><Subtotal>1.10" +
-                            "</Subtotal><TotalAmount>2.20</TotalAmount></" + c.element + "Ret>") +
-                     rs(party + "QueryRs", "<" + party +
-                                               "Ret><ListID>P1</ListID><Email>a@example.com"
-                                               "</Email></" +
-                                               party + "Ret>")));
+            qbAnswer(qbRs(std::string(c.element) + "QueryRs",
+                          "<" + std::string(c.element) + "Ret><TxnID>X-1</TxnID><TxnDate>" +
+                              "2026-11-17</TxnDate><" + party + "Ref><ListID>P1</ListID>" +
+                              "<FullName>Able Co</FullName></" + party + "Ref><Subtotal>1.10" +
+                              "</Subtotal><TotalAmount>2.20</TotalAmount></" + c.element + "Ret>") +
+                     qbRs(party + "QueryRs", "<" + party +
+                                                 "Ret><ListID>P1</ListID><Email>a@example.com"
+                                                 "</Email></" +
+                                                 party + "Ret>")));
         load(c.type);
         EXPECT_EQ(window.list().columns().at(1).caption, c.idCaption);
         EXPECT_EQ(row(0), "[x]3|2026-11-17|X-1|Able Co|" + std::string(c.amount) +
@@ -245,9 +234,9 @@ TEST_F(BrowserTest, EachTransactionListShowsItsAmountAndParty) {
 
 TEST_F(BrowserTest, ACustomerMissingFromTheListIsAskedOfQuickBooks) {
     answer("InvoiceQueryRs.xml",
-           response(rs("InvoiceQueryRs", invoice("11-1", "C9", "Cole", "1.00"))));
+           qbAnswer(qbRs("InvoiceQueryRs", invoice("11-1", "C9", "Cole", "1.00"))));
     answer("CustomerQueryRs.xml",
-           response(rs("CustomerQueryRs", customer("C9", "Cole", "cole@example.org"))));
+           qbAnswer(qbRs("CustomerQueryRs", customer("C9", "Cole", "cole@example.org"))));
     load("Invoice");
     ASSERT_EQ(recorder.requests.size(), 2u);
     EXPECT_NE(recorder.requests[1].find("<ListID>C9</ListID>"), std::string::npos);
@@ -258,9 +247,9 @@ TEST_F(BrowserTest, ACustomerMissingFromTheListIsAskedOfQuickBooks) {
     // QuickBooks opens another company file while the list loads: the rows so far are of the
     // file before, and none stays checked.
     answer("InvoiceQueryRs.xml",
-           response(rs("InvoiceQueryRs", invoice("11-1", "C1", "Able Co", "1.00") +
-                                             invoice("11-2", "C9", "Cole", "2.00")) +
-                    rs("CustomerQueryRs", customer("C1", "Able Co", "able@example.com"))));
+           qbAnswer(qbRs("InvoiceQueryRs", invoice("11-1", "C1", "Able Co", "1.00") +
+                                               invoice("11-2", "C9", "Cole", "2.00")) +
+                    qbRs("CustomerQueryRs", customer("C1", "Able Co", "able@example.com"))));
     test::writeFile(home / "EmailsSent.log", "");
     recorder.afterRequest = [&] { test::writeFile(answers() / "companyfile.txt", "/q/other.qbw"); };
     load("Invoice");
@@ -275,8 +264,8 @@ TEST_F(BrowserTest, ACustomerMissingFromTheListIsAskedOfQuickBooks) {
 
 TEST_F(BrowserTest, AFailedAnswerKeepsTheRowsAndSaysSo) {
     answer("InvoiceQueryRs.xml",
-           response(rs("InvoiceQueryRs", invoice("11-1", "C1", "Able Co", "1.00")) +
-                    rs("CustomerQueryRs", customer("C1", "Able Co", "a@example.com"))));
+           qbAnswer(qbRs("InvoiceQueryRs", invoice("11-1", "C1", "Able Co", "1.00")) +
+                    qbRs("CustomerQueryRs", customer("C1", "Able Co", "a@example.com"))));
     load("Invoice");
     ASSERT_EQ(window.list().rowCount(), 1);
     test::writeFile(answers() / "failures.txt", "BeginSession 0x80040416 no file\n");
@@ -299,9 +288,9 @@ TEST_F(BrowserTest, AFailedAnswerKeepsTheRowsAndSaysSo) {
 }
 
 TEST_F(BrowserTest, StatementsSkipInactiveCustomersAndShowBalanced) {
-    answer(
-        "CustomerQueryRs.xml",
-        response(rs("CustomerQueryRs", customer("C1", "Able Co", "able@example.com") +
+    answer("CustomerQueryRs.xml",
+           qbAnswer(
+               qbRs("CustomerQueryRs", customer("C1", "Able Co", "able@example.com") +
                                            customer("C2", "Gone Ltd", "gone@example.com", "false") +
                                            customer("C3", "Zero Inc", "", "true", "0.00") +
                                            customer("C4", "No Mail", "", "true", "3.50"))));
@@ -326,15 +315,15 @@ TEST_F(BrowserTest, PurchaseOrdersWithReceivedLinesAreLeftOut) {
                "</ReceivedQuantity></PurchaseOrderLineRet>";
     };
     answer("PurchaseOrderQueryRs.xml",
-           response(rs("PurchaseOrderQueryRs",
-                       po("P1", line("0") + line("0"), "rush") +  // open: listed
-                           po("P2", line("0") + line("2")) +      // partly received: out
-                           po("P3", "") +                         // no quantities: as P2 → out
-                           po("P4", line("0")) +                  // open again
-                           po("P5", "")) +                        // as P4 → listed
-                    rs("VendorQueryRs",
-                       "<VendorRet><ListID>V1</ListID><Name>Timber Supply"
-                       "</Name><Email>orders@example.net</Email></VendorRet>")));
+           qbAnswer(qbRs("PurchaseOrderQueryRs",
+                         po("P1", line("0") + line("0"), "rush") +  // open: listed
+                             po("P2", line("0") + line("2")) +      // partly received: out
+                             po("P3", "") +                         // no quantities: as P2 → out
+                             po("P4", line("0")) +                  // open again
+                             po("P5", "")) +                        // as P4 → listed
+                    qbRs("VendorQueryRs",
+                         "<VendorRet><ListID>V1</ListID><Name>Timber Supply"
+                         "</Name><Email>orders@example.net</Email></VendorRet>")));
     load("PurchaseOrder");
     ASSERT_EQ(window.list().rowCount(), 3);
     EXPECT_EQ(row(0),
@@ -358,14 +347,14 @@ TEST_F(BrowserTest, TimesheetsAddUpPerCustomer) {
         "E-Eli</ListID><FullName>Eli</FullName></EntityRef><Duration>PT0H10M</Duration>"
         "</TimeTrackingRet>";
     answer("TimeTrackingQueryRs.xml",
-           response(rs("TimeTrackingQueryRs", entry("2026-11-16", "C1", "Dana", "PT1H30M") +
-                                                  entry("2026-11-17", "C2", "Dana", "PT2H") +
-                                                  noCustomer +
-                                                  entry("2026-11-18", "C1", "Eli", "PT0H45M")) +
-                    rs("CustomerQueryRs", customer("C1", "Able Co", "able@example.com") +
-                                              customer("C2", "Baker", ""))));
+           qbAnswer(qbRs("TimeTrackingQueryRs", entry("2026-11-16", "C1", "Dana", "PT1H30M") +
+                                                    entry("2026-11-17", "C2", "Dana", "PT2H") +
+                                                    noCustomer +
+                                                    entry("2026-11-18", "C1", "Eli", "PT0H45M")) +
+                    qbRs("CustomerQueryRs", customer("C1", "Able Co", "able@example.com") +
+                                                customer("C2", "Baker", ""))));
     answer("CustomerQueryRs.xml",
-           response(rs("CustomerQueryRs", customer("C1", "Able Co", "able@example.com"))));
+           qbAnswer(qbRs("CustomerQueryRs", customer("C1", "Able Co", "able@example.com"))));
     load("Timesheet");
     ASSERT_EQ(window.list().rowCount(), 3);
     EXPECT_EQ(window.list().columns()[2].caption, "Duration[MM]");
@@ -376,10 +365,10 @@ TEST_F(BrowserTest, TimesheetsAddUpPerCustomer) {
 
     // By entity, every entry asks QuickBooks for the person's address.
     answer("CustomerQueryRs.xml",
-           response(rs("CustomerQueryRs", "") +
-                    rs("EmployeeQueryRs",
-                       "<EmployeeRet><ListID>E-Dana</ListID><Name>Dana</Name>"
-                       "<Email>dana@example.com</Email></EmployeeRet>")));
+           qbAnswer(qbRs("CustomerQueryRs", "") +
+                    qbRs("EmployeeQueryRs",
+                         "<EmployeeRet><ListID>E-Dana</ListID><Name>Dana</Name>"
+                         "<Email>dana@example.com</Email></EmployeeRet>")));
     load("TimesheetA");
     EXPECT_EQ(recorder.requests.size(), 5u);
     EXPECT_EQ(recorder.askedCompanyFile, std::vector<bool>(5, true));
@@ -416,9 +405,9 @@ TEST_F(BrowserTest, ATimesheetLoadThatStopsLeavesNoRowChecked) {
     test::writeFile(home / "EmailsSent.log", "");
     for (const Case& c : cases) {
         answer("TimeTrackingQueryRs.xml",
-               response(rs("TimeTrackingQueryRs", c.entries) +
-                        rs("CustomerQueryRs", customer("C1", "C1", "a@example.com") +
-                                                  customer("C2", "C2", "b@example.com"))));
+               qbAnswer(qbRs("TimeTrackingQueryRs", c.entries) +
+                        qbRs("CustomerQueryRs", customer("C1", "C1", "a@example.com") +
+                                                    customer("C2", "C2", "b@example.com"))));
         load("Timesheet");
         ASSERT_EQ(ui.messages.size(), 1u);
         EXPECT_NE(ui.messages[0].text.find(c.says), std::string::npos) << ui.messages[0].text;
@@ -433,7 +422,8 @@ TEST_F(BrowserTest, ATimesheetLoadThatStopsLeavesNoRowChecked) {
 // QuickBooks that does not describe the company: the record comes from companyinfo.xml,
 // entered once per company file in the editor.
 TEST_F(BrowserTest, CompanyRecordsFromTheFileOnePerCompanyFile) {
-    answer("CompanyQueryRs.xml", response(rs("CompanyQueryRs", "") + rs("PreferencesQueryRs", "")));
+    answer("CompanyQueryRs.xml",
+           qbAnswer(qbRs("CompanyQueryRs", "") + qbRs("PreferencesQueryRs", "")));
     test::writeFile(answers() / "companyfile.txt", "/q/first.qbw");
     int opened = 0;
     ui.dialogHandler = [&](ui::DialogModel& model) {
@@ -486,7 +476,7 @@ TEST_F(BrowserTest, CompanyRecordsFromTheFileOnePerCompanyFile) {
 }
 
 TEST_F(BrowserTest, EditingTheRecordThroughTheMenuChangesTheFile) {
-    answer("CompanyQueryRs.xml", response(rs("CompanyQueryRs", "")));
+    answer("CompanyQueryRs.xml", qbAnswer(qbRs("CompanyQueryRs", "")));
     test::writeFile(answers() / "companyfile.txt", "/q/first.qbw");
     ui.dialogHandler = [&](ui::DialogModel& model) {
         auto& editor = dynamic_cast<company::CompanyEditorModel&>(model);
