@@ -12,6 +12,8 @@
 namespace dorvane::render::test {
 namespace {
 
+using dorvane::test::qbAnswer;
+using dorvane::test::qbRs;
 using dorvane::test::readFile;
 using dorvane::test::ScopedEnvironment;
 using dorvane::test::ScriptedUi;
@@ -24,11 +26,6 @@ const std::string kLogo(
     "GIF89a\x01\x00\x01\x00\x80\x00\x00\x00\x00\x00\xff\xff\xff!\xf9\x04\x01"
     "\x00\x00\x00\x00,\x00\x00\x00\x00\x01\x00\x01\x00\x00\x02\x02\x44\x01\x00;",
     43);
-
-std::string rs(const std::string& name, const std::string& content) {
-    return "<" + name + " requestID=\"1\" statusCode=\"0\" statusSeverity=\"Info\" " +
-           "statusMessage=\"Status OK\">" + content + "</" + name + ">";
-}
 
 std::string invoice(const std::string& txn, const std::string& ref) {
     return "<InvoiceRet><TxnID>" + txn + "</TxnID><CustomerRef><ListID>C1</ListID><FullName>" +
@@ -46,28 +43,21 @@ protected:
           app(ui, shell::StartOptions{program.string()},
               qbgateway::responseFolderFactory(home / "qb")) {
         std::filesystem::create_directories(home / "qb");
-        std::filesystem::create_directories(program);
-        for (const auto& f : std::filesystem::directory_iterator(programSource())) {
-            if (f.is_regular_file()) {
-                std::filesystem::copy(f.path(), program / f.path().filename());
-            }
-        }
+        dorvane::test::copyProgramFiles(program);
         writeFile(program / "logo.gif", kLogo);
-        writeFile(program / "EmailsSent.log", "");
         const std::string company =
-            rs("CompanyQueryRs",
-               "<CompanyRet><CompanyName>Caf\xC3\xA9 N\xC3\xB8rd</CompanyName>"
-               "<Email>office@example.com</Email></CompanyRet>");
-        writeFile(home / "qb" / "CompanyQueryRs.xml",
-                  "<QBXML><QBXMLMsgsRs>" + company + "</QBXMLMsgsRs></QBXML>");
-        writeFile(home / "qb" / "InvoiceQueryRs.xml",
-                  "<QBXML><QBXMLMsgsRs>" +
-                      rs("InvoiceQueryRs", invoice("11-1", "1041") + invoice("11-2", "1042")) +
-                      rs("CustomerQueryRs",
-                         "<CustomerRet><ListID>C1</ListID><Name>M\xC3\xBCller &amp; S\xC3\xB8n"
-                         "</Name><FullName>M\xC3\xBCller &amp; S\xC3\xB8n</FullName><Email>"
-                         "mueller@example.test</Email></CustomerRet>") +
-                      company + "</QBXMLMsgsRs></QBXML>");
+            qbRs("CompanyQueryRs",
+                 "<CompanyRet><CompanyName>Caf\xC3\xA9 N\xC3\xB8rd</CompanyName>"
+                 "<Email>office@example.com</Email></CompanyRet>");
+        writeFile(home / "qb" / "CompanyQueryRs.xml", qbAnswer(company));
+        writeFile(
+            home / "qb" / "InvoiceQueryRs.xml",
+            qbAnswer(qbRs("InvoiceQueryRs", invoice("11-1", "1041") + invoice("11-2", "1042")) +
+                     qbRs("CustomerQueryRs",
+                          "<CustomerRet><ListID>C1</ListID><Name>M\xC3\xBCller &amp; S\xC3\xB8n"
+                          "</Name><FullName>M\xC3\xBCller &amp; S\xC3\xB8n</FullName><Email>"
+                          "mueller@example.test</Email></CustomerRet>") +
+                     company));
         app.settings()
             .setEntries({{"SMTP", "Hostname", "127.0.0.1"},
                          {"SMTP", "Port", server.portText()},
