@@ -22,13 +22,7 @@ using test::TempDir;
 class DemoCompanyTest : public ::testing::Test {
 protected:
     DemoCompanyTest() {
-        std::filesystem::create_directories(home / "program");
-        for (const auto& f : std::filesystem::directory_iterator(test::programSource())) {
-            if (f.is_regular_file()) {
-                std::filesystem::copy(f.path(), home / "program" / f.path().filename());
-            }
-        }
-        test::writeFile(home / "program" / "EmailsSent.log", "");
+        test::copyProgramFiles(home / "program");
         test::copyDemoCompany(home / "demo.dvq");
         EXPECT_TRUE(qbsandbox::writeState(home / "sandbox", {true, home / "demo.dvq"}));
         app = std::make_unique<shell::Application>(
