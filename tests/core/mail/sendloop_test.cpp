@@ -425,7 +425,16 @@ TEST_F(SendLoopTest, PreviewRendersEveryCheckedRowAndSendsNothing) {
     for (std::size_t p = page.find(block); p != std::string::npos; p = page.find(block, p + 1)) {
         ++blocks;
     }
-    EXPECT_EQ(blocks, 3u);
+    EXPECT_EQ(blocks, 3u) << "one block per document, each ending its printed page";
+    // On screen a rule and room between the blocks; on paper no rule.
+    const std::string style = page.substr(0, page.find("<body>"));
+    const std::size_t print = style.find("@media print");
+    ASSERT_NE(print, std::string::npos) << style;
+    const std::string screen = style.substr(0, print);
+    for (const char* rule : {"body>div{", "border-bottom:3px", "margin:0 0 36px 0"}) {
+        EXPECT_NE(screen.find(rule), std::string::npos) << rule << " in " << style;
+    }
+    EXPECT_NE(style.find("border-bottom:none", print), std::string::npos) << style;
     EXPECT_EQ(ui.opened.back(), (home / "program" / "preview.htm").string());
     EXPECT_TRUE(app.window().list().row(0).checked);
     EXPECT_EQ(test::readFile(home / "program" / "EmailsSent.log"), "");
