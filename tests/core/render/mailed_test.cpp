@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // A mailed invoice as its recipient reads it: "Send Email" to a real SMTP server, the message
-// that arrived read back by Python's email package; and the preview page in a browser.
+// that arrived read back by Python's email package.
 #include <gtest/gtest.h>
 
 #include "qbgateway/responsefolder.h"
@@ -92,26 +92,6 @@ TEST_F(MailedInvoice, ReadsAsTheDocumentWithItsLogoAndItsLetters) {
             "' --absent '" + program.string() + "' --subject 'Invoice: #1041  Date: 2026-11-17  '",
         &out);
     EXPECT_EQ(status, 0) << out;
-}
-
-TEST_F(MailedInvoice, PreviewSetsEachDocumentApartOnScreenAndOnPaper) {
-    app.window().setPreviewChecked(true);
-    app.sender().sendSelectedDocuments();
-    const std::string page = readFile(program / "preview.htm");
-    // One block per document, each ending its printed page.
-    EXPECT_EQ(count(page, "<DIV style='page-break-after:always'>"), 2u);
-    // On screen a rule and room between the blocks; on paper no rule.
-    const std::size_t head = page.find("<head>");
-    const std::size_t body = page.find("<body>");
-    ASSERT_LT(head, body) << page;
-    const std::string style = page.substr(head, body - head);
-    const std::size_t print = style.find("@media print");
-    ASSERT_NE(print, std::string::npos) << style;
-    const std::string screen = style.substr(0, print);
-    EXPECT_NE(screen.find("body>div{"), std::string::npos) << style;
-    EXPECT_NE(screen.find("border-bottom:3px"), std::string::npos) << style;
-    EXPECT_NE(screen.find("margin:0 0 36px 0"), std::string::npos) << style;
-    EXPECT_NE(style.find("border-bottom:none", print), std::string::npos) << style;
 }
 
 }  // namespace
