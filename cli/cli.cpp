@@ -32,6 +32,9 @@ constexpr const char* kUsage =
     "                        card charge; exit status 1 when it was not booked\n"
     "  import --receipt FILE|- [--customer NAME] [--again]\n"
     "                        book an Authorize.Net receipt's text as a sales receipt\n"
+    "  webupdate KIND [--only LISTID ...]\n"
+    "                        list the Service, Inventory or NonInventory items and publish\n"
+    "                        them to the web site set in the settings (Web UpdateURL)\n"
     "  company               print the company's name and address\n"
     "  company set FIELD VALUE [FIELD VALUE ...]\n"
     "                        enter or correct the company's record where Dorvane keeps it\n"
@@ -63,7 +66,7 @@ struct Command {
 
 constexpr Command kCommands[] = {
     {"request", requestCommand}, {"list", listCommand},         {"company", companyCommand},
-    {"send", sendCommand},       {"settings", settingsCommand}, {"import", importCommand},
+    {"send", sendCommand},       {"settings", settingsCommand}, {"import", importCommand}, {"webupdate", webupdateCommand},
 };
 
 // What preparing the program folder did (a changed style sheet kept, records moved), one line

@@ -4,6 +4,7 @@
 
 #include "support/mailservers.h"
 #include "support/testsupport.h"
+#include "support/webserver.h"
 #include "xml/xml.h"
 
 namespace dorvane::test {
@@ -283,6 +284,31 @@ TEST_F(Cli, ImportBooksADocumentOnceAndSaysWhatHappened) {
                   .size(),
               2u)
         << out;
+}
+
+// The web update from a script: the chosen items reach the site, one line each; a refusal
+// makes the exit status 1.
+TEST_F(Cli, WebUpdatePublishesTheChosenItems) {
+    std::filesystem::copy(programSource() / "UpdateItemToWeb.xslt", home / "program");
+    ASSERT_EQ(dorvane("sandbox new '" + (home / "demo.dvq").string() + "' --demo", "sandbox"), 0)
+        << err;
+    EXPECT_EQ(dorvane("webupdate gadgets", "sandbox"), 64);
+    HttpServerOptions refuseSecond;
+    refuseSecond.fail = {2};
+    HttpTestServer site(refuseSecond);
+    ASSERT_EQ(dorvane("settings set Web UpdateURL " + site.url()), 0);
+    ASSERT_EQ(dorvane("webupdate inventory", "sandbox"), 1) << err;
+    EXPECT_NE(out.find("ID\tModified\tName\tPrice\tDescription\n[x]\t"), std::string::npos) << out;
+    EXPECT_NE(out.find("\npublished\t"), std::string::npos) << out;
+    EXPECT_NE(out.find("\nnot taken\t"), std::string::npos) << out;
+    EXPECT_NE(out.find("the web site answered 500"), std::string::npos) << out;
+    const std::size_t sent = site.requests().size();
+    const std::string body = site.requests()[0].body;
+    const std::size_t from = body.find("\"listId\":\"") + 10;
+    const std::string id = body.substr(from, body.find('"', from) - from);
+    EXPECT_EQ(dorvane("webupdate Inventory --only " + id, "sandbox"), 0) << err << out;
+    ASSERT_EQ(site.requests().size(), sent + 1);
+    EXPECT_NE(site.requests().back().body.find(id), std::string::npos);
 }
 
 TEST_F(Cli, SettingsAndSendThroughARealServer) {
