@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Parsing: failure reasons, whitespace, and what a document may never make us read.
 #include <cerrno>
-#include <chrono>
 #include <gtest/gtest.h>
 
 #include "nettrap.h"
@@ -65,9 +64,7 @@ TEST(XmlParseDoctype, QbXmlDoctypeParsesWithoutTouchingTheNetwork) {
         "<?xml version=\"1.0\"?>\n<!DOCTYPE QBXML PUBLIC "
         "'-//INTUIT//DTD QBXML QBD 1.1//EN' '" +
         trap.url("qbxml.dtd") + "'>\n<QBXML><QBXMLMsgsRq/></QBXML>";
-    const auto start = std::chrono::steady_clock::now();
     auto doc = Document::parse(text);
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
     ASSERT_TRUE(doc.ok()) << doc.error().description;
     EXPECT_EQ(doc->root().name(), "QBXML");
     EXPECT_FALSE(trap.contacted());
@@ -127,13 +124,11 @@ std::string billionLaughs() {
 }
 
 TEST(XmlParseDoctype, BillionLaughsDoesNotBlowUp) {
-    const auto start = std::chrono::steady_clock::now();
     auto doc = Document::parse(billionLaughs());
     if (doc.ok()) {
         EXPECT_LT(doc->root().text().size(), 1000000u);
         EXPECT_LT(doc->valueOf("string(/lolz)").size(), 1000000u);
     }
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
 }
 
 TEST(XmlParseDoctype, InternalSubsetIsRefusedOnlyWhenAsked) {
