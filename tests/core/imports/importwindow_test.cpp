@@ -27,13 +27,7 @@ constexpr const char* kSender = "Harbor Lane Landscaping";  // the demo company'
 class ImportWindowTest : public ::testing::Test {
 protected:
     ImportWindowTest() {
-        std::filesystem::create_directories(program);
-        for (const auto& f : std::filesystem::directory_iterator(test::programSource())) {
-            if (f.is_regular_file()) {
-                std::filesystem::copy(f.path(), program / f.path().filename());
-            }
-        }
-        writeFile(program / "EmailsSent.log", "");
+        test::copyProgramFiles(program);
         openCompany("a.dvq");
         app = std::make_unique<shell::Application>(ui, shell::StartOptions{program.string()});
         app->window().startUp();

@@ -24,12 +24,7 @@ using test::TempDir;
 class WebUpdateTest : public ::testing::Test {
 protected:
     WebUpdateTest() {
-        std::filesystem::create_directories(program);
-        for (const auto& f : std::filesystem::directory_iterator(test::programSource())) {
-            if (f.is_regular_file()) {
-                std::filesystem::copy(f.path(), program / f.path().filename());
-            }
-        }
+        test::copyProgramFiles(program);
         test::copyDemoCompany(home / "demo.dvq");
         EXPECT_TRUE(qbsandbox::writeState(home / "sandbox", {true, home / "demo.dvq"}));
         app = std::make_unique<shell::Application>(ui, shell::StartOptions{program.string()});
