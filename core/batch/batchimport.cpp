@@ -1,0 +1,511 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "batch/batchimport.h"
+
+#include <algorithm>
+#include <cctype>
+
+#include "common/clock.h"
+#include "import/assignment.h"
+#include "import/exchangefile.h"
+#include "import/importwindow.h"
+#include "import/receipt.h"
+#include "qbgateway/gateway.h"
+#include "qbgateway/programfolder.h"
+#include "qbgateway/response.h"
+#include "shell/settings.h"
+#include "ui/uiport.h"
+
+namespace dorvane::batch {
+namespace {
+
+// How a receipt names its transaction in the memo (the receipt sheets write it first).
+constexpr std::string_view kMemoMarker = "Authorize.Net transaction ";
+
+std::string field(const xml::Node& record, std::string_view name) {
+    return record.firstChildElement(name).text();
+}
+
+// The receipt's date as the request gives it; today (QuickBooks' default) when it gives none.
+std::string requestDate(std::string_view request) {
+    constexpr std::string_view open = "<TxnDate>";
+    const auto from = request.find(open);
+    const auto to = from == std::string_view::npos ? from : request.find("</TxnDate>", from);
+    if (to == std::string_view::npos) {
+        return clock::todayIso();
+    }
+    return std::string(request.substr(from + open.size(), to - from - open.size()));
+}
+
+bool memoNames(std::string_view memo, std::string_view txnId) {
+    const std::string marker = std::string(kMemoMarker) + std::string(txnId);
+    for (auto at = memo.find(marker); at != std::string_view::npos;
+         at = memo.find(marker, at + 1)) {
+        const auto after = at + marker.size();
+        if (after == memo.size() || !std::isalnum(static_cast<unsigned char>(memo[after]))) {
+            return true;
+        }
+    }
+    return false;
+}
+
+std::string dt(const std::string& text) {
+    return "<dt>" + text + "</dt>";
+}
+
+}  // namespace
+
+struct BatchImport::Sheets {
+    xml::Stylesheet receipt;
+    std::optional<xml::Stylesheet> customer;
+    bool createCustomers = false;
+};
+
+// What one run (a batch, or a whole bulk import) keeps while it goes.
+struct BatchImport::Run {
+    std::optional<Sheets> sheets;  // loaded by the first chunk that finds them
+};
+
+BatchImport::BatchImport(imports::ImportWindow& window, shell::SettingsStore& settings)
+    : m_window(window), m_store(settings), m_log(window.folder()), m_journal(window.folder()) {}
+
+// ---- the menu entries ------------------------------------------------------------------
+
+void BatchImport::impAuthNetBatch() {
+    const auto file = m_window.ui().openFileDialog(kSelectBatchFileTitle, kBatchFileFilter);
+    if (file && !file->empty()) {
+        processAuthNetBatch(*file);
+    }
+}
+
+void BatchImport::impAuthNetBulk() {
+    if (m_window.ui().messageBox(kBulkWarning, ui::kProgramTitle, ui::Icon::None,
+                                 ui::Buttons::OkCancel) != ui::Answer::Ok) {
+        return;
+    }
+    const auto file = m_window.ui().openFileDialog(kSelectBatchFileTitle, kBatchFileFilter);
+    if (file && !file->empty()) {
+        processAuthNetBulk(*file);
+    }
+}
+
+// ---- runs --------------------------------------------------------------------------------
+
+bool BatchImport::quotedFields() const {
+    if (m_quotedOverride) {
+        return *m_quotedOverride;
+    }
+    return m_store.get(imports::kImportSection, kQuotedFieldsKey, "0") != "0";
+}
+
+CsvOptions BatchImport::csvOptions(std::vector<std::size_t>* cut) const {
+    CsvOptions options;
+    options.quoting = quotedFields() ? FieldQuoting::Rfc4180 : FieldQuoting::Exported;
+    options.cutRecords = cut;
+    return options;
+}
+
+// Starts a run: the waiting page, the settings, the log, and the receipt an earlier run may
+// have left unfinished. False when the run cannot start.
+bool BatchImport::beginRun(const std::string& fileName) {
+    (void)fileName;
+    if (m_running) {
+        return false;
+    }
+    m_running = true;
+    m_cancelRequested = false;
+    m_keepJournal = false;
+    m_summary = {};
+    m_window.navigate(kStartPage);
+    m_window.ui().yield();
+    m_window.reloadImportSettings();
+    m_log.refresh();
+    if (!recoverInterruptedReceipt()) {
+        m_summary.unreachable = true;
+        m_summary.stopped = true;
+        m_window.setImportStatusText(imports::kErrorStatus);
+        m_running = false;
+        progress(-1);
+        return false;
+    }
+    progress(0);
+    return true;
+}
+
+void BatchImport::endRun() {
+    // Every receipt sent has its outcome, unless the run stopped without knowing one.
+    if (!m_keepJournal) {
+        m_journal.clear();
+    }
+    try {
+        m_log.create();
+    } catch (const qbgateway::FileWriteError&) {
+        // Said when a record could not be logged; nothing was added otherwise.
+    }
+    m_running = false;
+    progress(-1);
+}
+
+// A receipt noted in the journal but not in the log went out when a run was killed: asked of
+// QuickBooks, and logged when it is there. False when QuickBooks cannot tell.
+bool BatchImport::recoverInterruptedReceipt() {
+    const auto entry = m_journal.pending();
+    if (!entry) {
+        return true;
+    }
+    if (m_log.holdsExactly(entry->txnId)) {
+        m_journal.clear();
+        return true;
+    }
+    const auto found = receiptInQuickBooks(*entry);
+    if (!found) {
+        return false;
+    }
+    if (*found) {
+        try {
+            m_log.append(entry->txnId);
+        } catch (const qbgateway::FileWriteError& e) {
+            m_window.ui().messageBox(std::string("Could not write ") + imports::kBatchLogFile +
+                                     ": " + e.description());
+            return false;
+        }
+        m_window.setImportStatusText("Transaction " + entry->txnId +
+                                     " of the interrupted import is in QuickBooks: logged");
+    }
+    m_journal.clear();
+    return true;
+}
+
+std::optional<bool> BatchImport::receiptInQuickBooks(const BatchJournal::Entry& entry) {
+    const std::string query =
+        "<QBXML><QBXMLMsgsRq onError=\"stopOnError\"><SalesReceiptQueryRq "
+        "requestID=\"1\"><TxnDateRangeFilter><FromTxnDate>" +
+        xml::escapeText(entry.date) + "</FromTxnDate><ToTxnDate>" + xml::escapeText(entry.date) +
+        "</ToTxnDate></TxnDateRangeFilter></SalesReceiptQueryRq></QBXMLMsgsRq></QBXML>";
+    const std::string response =
+        m_window.gateway().processRequest(imports::withRequestProlog(query));
+    if (response.empty() || !qbgateway::checkResponseStatus(response, nullptr).empty()) {
+        return std::nullopt;
+    }
+    auto doc = xml::Document::parse(response);
+    if (!doc) {
+        return std::nullopt;
+    }
+    for (const xml::Node& memo : doc->selectAll("//SalesReceiptRet/Memo")) {
+        if (memoNames(memo.text(), entry.txnId)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool BatchImport::loadSheets(Sheets& sheets) {
+    sheets.createCustomers = !m_window.importSettings().ignoreAuthNetCustomer;
+    const auto& folder = m_window.folder();
+    auto receipt = xml::Stylesheet::load(
+        folder.filePath(sheets.createCustomers ? kReceiptSheet : kReceiptWithoutCustomerSheet));
+    if (!receipt) {
+        m_window.setImportStatusText(kConversionFailed);
+        return false;
+    }
+    sheets.receipt = std::move(receipt).value();
+    if (auto customer = xml::Stylesheet::load(folder.filePath(kCustomerSheet))) {
+        sheets.customer = std::move(customer).value();
+    }
+    return true;
+}
+
+void BatchImport::report(RecordOutcome outcome) {
+    switch (outcome.kind) {
+        case RecordOutcome::Kind::Added:
+            ++m_summary.added;
+            break;
+        case RecordOutcome::Kind::NotApproved:
+            ++m_summary.notApproved;
+            break;
+        case RecordOutcome::Kind::AlreadyImported:
+            ++m_summary.alreadyImported;
+            break;
+        case RecordOutcome::Kind::Refused:
+        case RecordOutcome::Kind::NotImported:
+            ++m_summary.refused;
+            break;
+    }
+    if (m_recordHandler) {
+        m_recordHandler(outcome);
+    }
+}
+
+void BatchImport::progress(int percent) {
+    if (m_progressHandler) {
+        m_progressHandler(percent);
+    }
+}
+
+void BatchImport::processAuthNetBatch(const std::string& fileName) {
+    if (!beginRun(fileName)) {
+        return;
+    }
+    std::string delimiter = ",";
+    std::vector<std::size_t> cut;
+    const xml::Document document =
+        csvFileToXml(fileName, kRecordTag, kRootTag, delimiter, csvOptions(&cut));
+    Sheets sheets;
+    if (!loadSheets(sheets)) {
+        endRun();
+        return;
+    }
+    std::vector<std::string> results;
+    processRecords(document, cut, Mode::Batch, sheets, results);
+    m_window.ui().yield();
+    std::string page = kResultsHead;
+    for (const std::string& line : results) {
+        page += line;
+    }
+    page += kReviewTail;
+    m_window.setBrowserBody(std::move(page));
+    if (m_summary.cancelled) {
+        m_window.setImportStatusText("Import cancelled");
+    }
+    endRun();
+}
+
+void BatchImport::processAuthNetBulk(const std::string& fileName) {
+    if (!beginRun(fileName)) {
+        return;
+    }
+    const CsvOptions options = csvOptions(nullptr);
+    CsvLineReader reader(fileName, options.quoting);
+    std::string delimiter = ",";
+    Fields names;
+    if (auto header = reader.next()) {
+        names = headerFieldNames(*header, delimiter, options.quoting);
+    }
+    std::vector<std::string> exceptions;
+    std::vector<std::string> lines;
+    auto chunk = [&] {
+        processAuthNetBatchFromString(lines, names, delimiter, exceptions);
+        lines.clear();
+        if (reader.size() > 0) {
+            progress(static_cast<int>(reader.position() * 100 / reader.size()));
+        }
+        return !m_summary.stopped;
+    };
+    bool going = true;
+    while (going) {
+        auto line = reader.next();
+        if (!line) {
+            break;
+        }
+        lines.push_back(std::move(*line));
+        if (lines.size() >= kChunkLines) {
+            going = chunk();
+        }
+    }
+    if (going) {
+        chunk();
+    }
+    std::string page = kExceptionsHead;
+    for (const std::string& text : exceptions) {
+        page += dt(text);
+    }
+    page += kReviewTail;
+    m_window.setBrowserBody(std::move(page));
+    m_window.setImportStatusText(m_summary.cancelled ? "Import cancelled" : "Done");
+    endRun();
+}
+
+void BatchImport::processAuthNetBatchFromString(const std::vector<std::string>& lines,
+                                                const Fields& fieldNames,
+                                                std::string_view delimiter,
+                                                std::vector<std::string>& exceptions) {
+    if (m_chunkHandler) {
+        m_chunkHandler(lines.size());
+    }
+    const bool standalone = !m_running;
+    if (standalone) {
+        m_running = true;
+        m_cancelRequested = false;
+        m_keepJournal = false;
+        m_summary = {};
+        m_window.reloadImportSettings();
+        m_log.refresh();
+        if (!recoverInterruptedReceipt()) {
+            m_summary.unreachable = m_summary.stopped = true;
+            m_running = false;
+            return;
+        }
+    }
+    std::vector<std::size_t> cut;
+    const xml::Document document =
+        csvLinesToXml(fieldNames, lines, kRecordTag, kRootTag, delimiter, csvOptions(&cut));
+    Sheets sheets;
+    if (loadSheets(sheets)) {
+        m_log.refresh();
+        processRecords(document, cut, Mode::Bulk, sheets, exceptions);
+    }
+    m_window.ui().yield();
+    if (standalone) {
+        endRun();
+    }
+}
+
+// ---- the records ------------------------------------------------------------------------
+
+bool BatchImport::processRecords(const xml::Document& document, const std::vector<std::size_t>& cut,
+                                 Mode mode, Sheets& sheets, std::vector<std::string>& lines) {
+    ui::UiPort& ui = m_window.ui();
+    qbgateway::Gateway& gateway = m_window.gateway();
+    const bool batch = mode == Mode::Batch;
+    const std::vector<xml::Node> records = document.root().selectAll(kRecordTag);
+    auto stop = [&](const std::string& why) {
+        m_summary.stopped = true;
+        if (!why.empty()) {
+            ui.messageBox("The batch import stopped: " + why, ui::kProgramTitle,
+                          ui::Icon::Exclamation);
+        }
+        return false;
+    };
+    auto send = [&](const std::string& body) {
+        return gateway.processRequest(imports::withRequestProlog(body));
+    };
+    auto cutAt = cut.begin();
+    for (std::size_t i = 0; i < records.size(); ++i) {
+        if (m_cancelRequested) {
+            m_summary.cancelled = true;
+            return stop({});
+        }
+        const xml::Node& record = records[i];
+        RecordOutcome outcome;
+        outcome.transactionId = field(record, "TransactionID");
+        outcome.company = field(record, "Company");
+        outcome.amount = field(record, "TotalAmount");
+        const std::string& txnId = outcome.transactionId;
+        std::string& company = outcome.company;
+        const std::string& amount = outcome.amount;
+        auto line = [&](const std::string& text) { lines.push_back(batch ? dt(text) : text); };
+
+        while (cutAt != cut.end() && *cutAt < i) {
+            ++cutAt;
+        }
+        if (cutAt != cut.end() && *cutAt == i) {
+            outcome.kind = RecordOutcome::Kind::NotImported;
+            outcome.reason = kCutQuoteReason;
+            line("Transaction " + txnId + " not imported: " + kCutQuoteReason + ".");
+            report(std::move(outcome));
+            continue;
+        }
+        if (field(record, "AuthorizationCode").empty()) {
+            outcome.kind = RecordOutcome::Kind::NotApproved;
+            line("Transaction for " + company + " " + amount + " not approved.");
+            report(std::move(outcome));
+            continue;
+        }
+        if (m_log.holds(txnId)) {
+            outcome.kind = RecordOutcome::Kind::AlreadyImported;
+            line("Transaction for " + company + " " + amount + " ignored. Already imported.");
+            report(std::move(outcome));
+            continue;
+        }
+
+        if (sheets.createCustomers) {
+            if (company.empty()) {
+                company =
+                    field(record, "CustomerFirstName") + " " + field(record, "CustomerLastName");
+                record.firstChildElement("Company").setText(company);
+            }
+            if (!sheets.customer) {
+                return stop(std::string(kCustomerSheet) + " could not be loaded.");
+            }
+            auto request = sheets.customer->transformNode(record);
+            if (!request) {
+                return stop(request.error().description);
+            }
+            const std::string response = send(*request);
+            if (response.empty()) {
+                m_summary.unreachable = true;
+                return stop({});
+            }
+            if (batch) {
+                const bool ok = qbgateway::isResponseOK(response, ui);
+                line(company + (ok ? " added." : " failed. Customer already defined."));
+            } else if (const std::string s = qbgateway::checkResponseStatus(response, nullptr);
+                       !s.empty()) {
+                lines.push_back(s + ". Customer already defined");
+                m_window.setImportStatusText(s + ". Customer already defined");
+            } else {
+                m_window.setImportStatusText(company + " added.");
+            }
+        }
+
+        auto converted = sheets.receipt.transformNode(record);
+        if (!converted) {
+            return stop(converted.error().description);
+        }
+        std::string request = std::move(converted).value();
+        imports::applyItemAssignment(request, m_window.importSettings());
+        const BatchJournal::Entry entry{requestDate(request), txnId};
+        try {
+            m_journal.note(entry.date, entry.txnId);
+        } catch (const qbgateway::FileWriteError& e) {
+            return stop(std::string("Could not write ") + kJournalFile + ": " + e.description());
+        }
+        const std::string response = send(request);
+        bool ok = false;
+        std::string status;
+        if (response.empty()) {
+            // No answer: the receipt may or may not have reached QuickBooks. Asked now, so the
+            // log stays true; when that fails too, the journal keeps the question.
+            const auto found = receiptInQuickBooks(entry);
+            if (!found) {
+                m_summary.unreachable = true;
+                m_keepJournal = true;
+                return stop({});
+            }
+            ok = *found;
+            status = ok ? "" : "QuickBooks did not answer";
+        } else if (batch) {
+            ok = qbgateway::isResponseOK(response, ui);
+            status = ok ? "" : qbgateway::checkResponseStatus(response, nullptr);
+        } else {
+            status = qbgateway::checkResponseStatus(response, nullptr);
+            ok = status.empty();
+        }
+        if (!ok) {
+            outcome.kind = RecordOutcome::Kind::Refused;
+            outcome.reason = status;
+            if (batch) {
+                m_window.setImportStatusText(imports::kErrorStatus);
+                line("Could not add sales receipt for " + company + " " + amount + " added.");
+            } else {
+                lines.push_back(status);
+                m_window.setImportStatusText(std::string(imports::kErrorStatus) + " " + status);
+            }
+            report(std::move(outcome));
+        } else {
+            try {
+                m_log.append(txnId);
+            } catch (const qbgateway::FileWriteError& e) {
+                // The journal still names this receipt: the next run logs it.
+                m_keepJournal = true;
+                report(std::move(outcome));
+                return stop("the sales receipt for " + company + " " + amount +
+                            " is in QuickBooks, but " + imports::kBatchLogFile +
+                            " could not be written (" + e.description() + ").");
+            }
+            if (batch) {
+                m_window.setImportStatusText(imports::kReceiptAddedStatus);
+                line("Sales receipt for " + company + " " + amount + " added.");
+            } else {
+                m_window.setImportStatusText("Salesreceipt added (" + txnId + ")");
+            }
+            report(std::move(outcome));
+        }
+        if (batch && !records.empty()) {
+            progress(static_cast<int>((i + 1) * 100 / records.size()));
+        }
+        ui.yield();
+    }
+    return true;
+}
+
+}  // namespace dorvane::batch

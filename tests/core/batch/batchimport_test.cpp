@@ -1,0 +1,313 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The Authorize.Net batch and bulk imports against the embedded QuickBooks: what is booked,
+// every report line, the log, duplicates, customers on and off, refusals, chunks, quoted
+// fields and a run that died between QuickBooks' answer and the log.
+#include "batch/batchimport.h"
+
+#include <gtest/gtest.h>
+#include <regex>
+
+#include "import/importlog.h"
+#include "qbsandbox/state.h"
+#include "shell/application.h"
+#include "support/mailservers.h"
+#include "support/testsupport.h"
+
+namespace dorvane::batch {
+namespace {
+
+using test::readFile;
+using test::writeFile;
+
+const std::string kExpanded = (test::dataDir() / "batch" / "expanded-latin1.csv").string();
+const std::string kStandard = (test::dataDir() / "batch" / "standard-utf8.txt").string();
+const std::string kCutLine =
+    std::string("<dt>Transaction 60123456784 not imported: ") + kCutQuoteReason + ".</dt>";
+
+class BatchImportTest : public ::testing::Test {
+protected:
+    BatchImportTest() {
+        std::filesystem::create_directories(program);
+        for (const auto& f : std::filesystem::directory_iterator(test::programSource())) {
+            if (f.is_regular_file()) {
+                std::filesystem::copy(f.path(), program / f.path().filename());
+            }
+        }
+        test::copyDemoCompany(home / "a.dvq");
+        EXPECT_TRUE(qbsandbox::writeState(home / "sandbox", {true, home / "a.dvq"}));
+        app = std::make_unique<shell::Application>(ui, shell::StartOptions{program.string()});
+        batch().onRecord([this](const RecordOutcome& o) { outcomes.push_back(o); });
+    }
+
+    BatchImport& batch() { return app->batchImport(); }
+    imports::ImportWindow& window() { return app->importWindow(); }
+    std::string body() { return window().browserBody().value_or("(no body)"); }
+    std::string log() { return readFile(program / imports::kBatchLogFile); }
+    void set(const char* key, const char* value) {
+        ASSERT_TRUE(app->settings().set("Import", key, value));
+    }
+
+    xml::Document query(const std::string& body) {
+        auto doc = xml::Document::parse(app->gateway().processRequest(
+            "<?xml version=\"1.0\" ?><?qbxml version=\"2.0\"?><QBXML><QBXMLMsgsRq "
+            "onError=\"continueOnError\">" +
+            body + "</QBXMLMsgsRq></QBXML>"));
+        return doc ? std::move(*doc) : xml::Document::withRoot("QBXML");
+    }
+    // The receipts whose memo names the transaction.
+    std::vector<xml::Node> receipts(const std::string& txnId, xml::Document& doc) {
+        doc = query(
+            "<SalesReceiptQueryRq><IncludeLineItems>true</IncludeLineItems>"
+            "</SalesReceiptQueryRq>");
+        return doc.selectAll("//SalesReceiptRet[starts-with(Memo, $m)]",
+                             {{"m", "Authorize.Net transaction " + txnId + ","}});
+    }
+    std::size_t receiptCount(const std::string& txnId) {
+        xml::Document doc;
+        return receipts(txnId, doc).size();
+    }
+
+    test::TempDir home;
+    std::filesystem::path program = home / "program";
+    test::ScopedEnvironment sandbox{"DORVANE_SANDBOX_DIR", (home / "sandbox").string()};
+    test::ScopedEnvironment today{"DORVANE_TODAY", "2026-11-18"};
+    test::ScopedEnvironment config{"XDG_CONFIG_HOME", (home / "cfg").string()};
+    test::ScopedEnvironment noFaults{"DORVANE_SANDBOX_FAULTS", std::nullopt};
+    test::ScriptedUi ui;
+    std::unique_ptr<shell::Application> app;
+    std::vector<RecordOutcome> outcomes;
+};
+
+// The window's batch import of the comma-separated, Latin-1 "Expanded Fields" download,
+// customers created: once, again, and once more with quoted fields.
+TEST_F(BatchImportTest, BatchImportBooksOnceAndReportsEveryRecord) {
+    ui.files.push_back(kExpanded);
+    window().runMenuEntry(imports::kImpAuthNetBatch);
+    EXPECT_EQ(window().browserFile(), window().folder().filePath("startBatch.htm"));
+    EXPECT_EQ(body(), std::string(kResultsHead) +
+                          "<dt>M\xC3\xBCller Gartenbau GmbH added.</dt>"
+                          "<dt>Sales receipt for M\xC3\xBCller Gartenbau GmbH 185.40 added.</dt>"
+                          "<dt>Transaction for Brightside Cafe 42.00 not approved.</dt>"
+                          "<dt>Jos\xC3\xA9 Ortega added.</dt>"
+                          "<dt>Sales receipt for Jos\xC3\xA9 Ortega 96.00 added.</dt>" +
+                          kCutLine +
+                          "<dt>Transaction for M\xC3\xBCller Gartenbau GmbH 185.40 ignored. "
+                          "Already imported.</dt>" +
+                          kReviewTail);
+    EXPECT_EQ(window().statusText(), "Salesreceipt added");
+    EXPECT_TRUE(ui.messages.empty()) << ui.messages[0].text;
+    const std::regex record(
+        "<AuthNetBatchImport><TxnID>([0-9]+)</TxnID><RecordDate>[^<]+"
+        "</RecordDate></AuthNetBatchImport>\r\n");
+    std::string ids;
+    const std::string logged = log();
+    for (std::sregex_iterator it(logged.begin(), logged.end(), record), end; it != end; ++it) {
+        ids += (*it)[1].str() + " ";
+    }
+    EXPECT_EQ(ids, "60123456781 60123456783 ");
+    EXPECT_EQ(std::regex_replace(logged, record, ""), "");
+    EXPECT_FALSE(std::filesystem::exists(program / kJournalFile));
+
+    // What QuickBooks got: the receipt with its date, reference, customer, addresses, memo and
+    // amount; the customer with name, company, address, phone and e-mail.
+    xml::Document doc;
+    const auto booked = receipts("60123456781", doc);
+    ASSERT_EQ(booked.size(), 1u);
+    const xml::Node& r = booked[0];
+    EXPECT_EQ(r.valueOf("TxnDate"), "2026-11-17");
+    EXPECT_EQ(r.valueOf("RefNumber"), "INV-1001");
+    EXPECT_EQ(r.valueOf("CustomerRef/FullName"), "M\xC3\xBCller Gartenbau GmbH");
+    EXPECT_EQ(r.valueOf("BillAddress/Addr2"), "J\xC3\xBCrgen M\xC3\xBCller");
+    EXPECT_EQ(r.valueOf("BillAddress/Addr3"),
+              "12 Lindenstra\xC3\x9F"
+              "e");
+    EXPECT_EQ(r.valueOf("ShipAddress/Addr3"), "88 Elm Court");
+    EXPECT_EQ(r.valueOf("Memo"),
+              "Authorize.Net transaction 60123456781, auth A1B2C3, P.O. PO-77; amount includes tax "
+              "14.40");
+    EXPECT_EQ(r.valueOf("SalesReceiptLineRet/Desc"), "Spring clean-up of the front beds");
+    EXPECT_EQ(r.valueOf("SalesReceiptLineRet/Amount"), "185.40");
+    auto customers =
+        query("<CustomerQueryRq><FullName>Jos\xC3\xA9 Ortega</FullName></CustomerQueryRq>");
+    EXPECT_EQ(customers.valueOf("//CustomerRet/Email"), "jose.ortega@example.com");
+    EXPECT_EQ(customers.valueOf("//CustomerRet/Phone"), "541-555-0123");
+    EXPECT_EQ(customers.valueOf("//CustomerRet/BillAddress/City"), "Eugene");
+    EXPECT_EQ(receiptCount("60123456783"), 1u);
+
+    // The same file again adds nothing.
+    outcomes.clear();
+    batch().processAuthNetBatch(kExpanded);
+    EXPECT_EQ(body(), std::string(kResultsHead) +
+                          "<dt>Transaction for M\xC3\xBCller Gartenbau GmbH 185.40 ignored. "
+                          "Already imported.</dt>"
+                          "<dt>Transaction for Brightside Cafe 42.00 not approved.</dt>"
+                          "<dt>Transaction for  96.00 ignored. Already imported.</dt>" +
+                          kCutLine +
+                          "<dt>Transaction for M\xC3\xBCller Gartenbau GmbH 185.40 ignored. "
+                          "Already imported.</dt>" +
+                          kReviewTail);
+    EXPECT_EQ(logged, log());
+    EXPECT_EQ(receiptCount("60123456781"), 1u);
+    ASSERT_EQ(outcomes.size(), 5u);
+    EXPECT_EQ(outcomes[3].kind, RecordOutcome::Kind::NotImported);
+    EXPECT_EQ(outcomes[3].transactionId, "60123456784");
+
+    // With quoted fields the cut record imports whole, its amount a valid one.
+    set("QuotedFields", "1");
+    batch().processAuthNetBatch(kExpanded);
+    EXPECT_NE(body().find("<dt>Sales receipt for O'Brien Mechanical, Inc. 1,234.50 added.</dt>"),
+              std::string::npos)
+        << body();
+    EXPECT_EQ(batch().lastRun().added, 1u);
+    EXPECT_EQ(receiptCount("60123456784"), 1u);
+    receipts("60123456784", doc);
+    EXPECT_EQ(doc.valueOf("//SalesReceiptRet[starts-with(Memo, 'Authorize.Net transaction "
+                          "60123456784,')]/SalesReceiptLineRet/Amount"),
+              "1234.50");
+}
+
+// The bulk import of the tab-delimited, UTF-8 "Standard" download without customers: only
+// exceptions on the page, no customer requests.
+TEST_F(BatchImportTest, BulkImportWithoutCustomersReportsOnlyExceptions) {
+    set("IgnoreAuthNetCust", "1");
+    const auto customersBefore = query("<CustomerQueryRq/>").selectAll("//CustomerRet").size();
+    ui.answers.push_back(ui::Answer::Ok);
+    ui.files.push_back(kStandard);
+    window().runMenuEntry(imports::kImpAuthNetBulk);
+    ASSERT_FALSE(ui.messages.empty());
+    EXPECT_EQ(ui.messages[0].text, kBulkWarning);
+    EXPECT_EQ(body(), std::string(kExceptionsHead) +
+                          "<dt>Transaction for Chen Dental 310.00 not approved.</dt>" +
+                          kReviewTail);
+    EXPECT_EQ(window().statusText(), "Done");
+    EXPECT_EQ(query("<CustomerQueryRq/>").selectAll("//CustomerRet").size(), customersBefore);
+    xml::Document doc;
+    const auto booked = receipts("70234567891", doc);
+    ASSERT_EQ(booked.size(), 1u);
+    EXPECT_FALSE(booked[0].selectOne("CustomerRef"));
+    EXPECT_EQ(booked[0].valueOf("TxnDate"), "2026-11-16");
+    EXPECT_EQ(booked[0].valueOf("BillAddress/Addr1"), "Fjord & Pine Landscapes");
+    EXPECT_EQ(booked[0].valueOf("BillAddress/Addr2"),
+              "S\xC3\xB8ren \xC3\x98"
+              "deg\xC3\xA5rd");
+    EXPECT_EQ(booked[0].valueOf("SalesReceiptLineRet/Amount"), "1250.00");
+    EXPECT_EQ(receiptCount("70234567893"), 1u);
+
+    // Cancelled at the warning: nothing happens.
+    ui.answers.push_back(ui::Answer::Cancel);
+    window().runMenuEntry(imports::kImpAuthNetBulk);
+    EXPECT_TRUE(ui.files.empty());
+}
+
+// A refused receipt is not logged, so a later run tries it again; in the bulk import the
+// exception is QuickBooks' own message.
+TEST_F(BatchImportTest, RefusedReceiptsAreNotLoggedAndTriedAgain) {
+    set("IgnoreAuthNetCust", "1");
+    set("Item", "No Such Item");
+    const std::string file = (home / "one.csv").string();
+    writeFile(file,
+              "Transaction ID,Authorization Code,Total Amount,Company\r\n"
+              "555,OK1,12.00,Acme\r\n");
+    batch().processAuthNetBatch(file);
+    EXPECT_EQ(body(), std::string(kResultsHead) +
+                          "<dt>Could not add sales receipt for Acme 12.00 added.</dt>" +
+                          kReviewTail);
+    EXPECT_EQ(window().statusText(), "An error occurred");
+    ASSERT_EQ(ui.messages.size(), 1u);
+    EXPECT_EQ(ui.messages[0].title, "Error from QuickBooks");
+    EXPECT_EQ(log(), "");
+
+    ui.messages.clear();
+    std::vector<std::string> exceptions;
+    batch().processAuthNetBatchFromString(
+        {"555,OK1,12.00,Acme"}, {"TransactionID", "AuthorizationCode", "TotalAmount", "Company"},
+        ",", exceptions);
+    ASSERT_EQ(exceptions.size(), 1u);
+    EXPECT_NE(exceptions[0].find("No Such Item"), std::string::npos) << exceptions[0];
+    EXPECT_EQ(window().statusText(), "An error occurred " + exceptions[0]);
+    EXPECT_TRUE(ui.messages.empty());
+
+    set("Item", "Uncategorized Expenses");
+    exceptions.clear();
+    batch().processAuthNetBatchFromString(
+        {"555,OK1,12.00,Acme"}, {"TransactionID", "AuthorizationCode", "TotalAmount", "Company"},
+        ",", exceptions);
+    EXPECT_TRUE(exceptions.empty());
+    EXPECT_EQ(window().statusText(), "Salesreceipt added (555)");
+    EXPECT_TRUE(imports::importLogHolds(log(), "555"));
+}
+
+// The duplicate test is the log's plain prefix search: 123 counts as imported when 1234 is.
+TEST_F(BatchImportTest, AnIdThatBeginsALoggedOneCountsAsImported) {
+    writeFile(program / imports::kBatchLogFile, imports::importLogRecord("1234"));
+    const std::string file = (home / "prefix.csv").string();
+    writeFile(file,
+              "Transaction ID,Authorization Code,Total Amount,Company\r\n"
+              "123,OK1,5.00,Acme\r\n");
+    batch().processAuthNetBatch(file);
+    EXPECT_EQ(body(), std::string(kResultsHead) +
+                          "<dt>Transaction for Acme 5.00 ignored. Already imported.</dt>" +
+                          kReviewTail);
+}
+
+// The bulk import hands on 51 lines at a time, and the rest (maybe none) at the end.
+TEST_F(BatchImportTest, BulkImportReadsChunksOf51Lines) {
+    std::vector<std::size_t> chunks;
+    batch().onChunk([&](std::size_t lines) { chunks.push_back(lines); });
+    for (const auto& [lines, expected] : {std::pair{102, std::vector<std::size_t>{51, 51, 0}},
+                                          std::pair{51, std::vector<std::size_t>{51, 0}},
+                                          std::pair{53, std::vector<std::size_t>{51, 2}}}) {
+        std::string text = "Transaction ID,Authorization Code,Total Amount,Company\r\n";
+        for (int i = 0; i < lines; ++i) {
+            text += std::to_string(9000 + i) + ",,1.00,Declined Co\r\n";
+        }
+        const std::string file = (home / "declined.csv").string();
+        writeFile(file, text);
+        chunks.clear();
+        outcomes.clear();
+        batch().processAuthNetBulk(file);
+        EXPECT_EQ(chunks, expected) << lines;
+        EXPECT_EQ(outcomes.size(), static_cast<std::size_t>(lines));
+    }
+}
+
+// QuickBooks books a receipt but its answer never arrives, and asking fails too: the run
+// stops with the journal naming the receipt. The next run finds it in QuickBooks, logs it and
+// books nothing twice.
+TEST_F(BatchImportTest, AReceiptWhoseAnswerWasLostIsNeverBookedTwice) {
+    set("IgnoreAuthNetCust", "1");
+    ASSERT_TRUE(qbsandbox::writeFaults(home / "sandbox", {{"EndSession", 2, 0x80040402, 0}}));
+    batch().processAuthNetBatch(kExpanded);
+    EXPECT_TRUE(batch().lastRun().unreachable);
+    EXPECT_EQ(receiptCount("60123456781"), 1u);
+    EXPECT_EQ(log(), "");
+    EXPECT_TRUE(std::filesystem::exists(program / kJournalFile));
+
+    // Started again: QuickBooks has it, so it is logged and skipped; the rest goes on.
+    outcomes.clear();
+    batch().processAuthNetBatch(kExpanded);
+    EXPECT_FALSE(batch().lastRun().unreachable);
+    EXPECT_EQ(receiptCount("60123456781"), 1u);
+    EXPECT_EQ(receiptCount("60123456783"), 1u);
+    ASSERT_EQ(outcomes.size(), 5u);
+    EXPECT_EQ(outcomes[0].kind, RecordOutcome::Kind::AlreadyImported);
+    EXPECT_EQ(outcomes[2].kind, RecordOutcome::Kind::Added);
+    EXPECT_TRUE(imports::importLogHolds(log(), "60123456781"));
+    EXPECT_FALSE(std::filesystem::exists(program / kJournalFile));
+
+    // An answer lost once only: asked at once, and logged as added.
+    ASSERT_TRUE(qbsandbox::writeFaults(home / "sandbox", {{"EndSession", 1, 0x80040402, 0}}));
+    const std::string file = (home / "one.csv").string();
+    writeFile(file,
+              "Transaction ID,Authorization Code,Total Amount,Company\r\n"
+              "777,OK7,7.00,Acme\r\n");
+    outcomes.clear();
+    batch().processAuthNetBatch(file);
+    ASSERT_EQ(outcomes.size(), 1u);
+    EXPECT_EQ(outcomes[0].kind, RecordOutcome::Kind::Added);
+    EXPECT_EQ(receiptCount("777"), 1u);
+    EXPECT_TRUE(imports::importLogHolds(log(), "777"));
+}
+
+}  // namespace
+}  // namespace dorvane::batch
