@@ -140,20 +140,6 @@ TEST(XmlMove, NodesOfAnotherDocumentAreCopied) {
               "</dst>");
 }
 
-TEST(XmlMove, InsertBeforeOrdersAndChecksTheReference) {
-    Document doc = parsed("<r><b/><d/></r>");
-    Node r = doc.root();
-    Node a = doc.createElement("a");
-    EXPECT_EQ(r.insertBefore(a, r.firstChildElement()), a);  // a new first child
-    EXPECT_EQ(r.firstChildElement(), a);
-    r.insertBefore(doc.createElement("c"), doc.selectOne("/r/d"));
-    EXPECT_EQ(r.xml(), "<r><a/><b/><c/><d/></r>");
-    EXPECT_EQ(r.insertBefore(a, Node()), a);  // no reference: append
-    EXPECT_EQ(r.xml(), "<r><b/><c/><d/><a/></r>");
-    Document other = parsed("<o><x/></o>");
-    EXPECT_FALSE(r.insertBefore(doc.createElement("z"), other.root().firstChildElement()));
-}
-
 TEST(XmlMove, CloneDeepIsIndependentAndOutsideTheTree) {
     Document doc = parsed("<r><a k=\"v\"><b>1</b></a></r>");
     Node copy = doc.selectOne("/r/a").cloneDeep();
