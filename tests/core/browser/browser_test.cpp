@@ -507,7 +507,6 @@ TEST(SentLog, RecordsAndTheSubstringRule) {
     SentLogIndex index(log);
     for (const char* id : {"1A-99", "1A-9", "1A", "2B-7", ""}) {
         EXPECT_TRUE(index.contains(id)) << id;
-        EXPECT_EQ(index.contains(id), log.find(std::string("<TxnID>") + id) != std::string::npos);
     }
     for (const char* id : {"1A-990", "2B-70", "A-99", "1a-99"}) {
         EXPECT_FALSE(index.contains(id)) << id;
