@@ -158,6 +158,7 @@ int unusedLoopbackPort();
 bool makeSelfSignedCertificate(const std::filesystem::path& dir, std::filesystem::path& cert,
                                std::filesystem::path& key);
 
+// Bytes in base64, as coreutils' base64 writes them (no line breaks).
 std::string base64Encode(std::string_view bytes);
 
 }  // namespace dorvane::test
