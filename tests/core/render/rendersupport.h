@@ -35,27 +35,6 @@ inline std::string render(const std::string& sheet, xml::Node node,
     return out.ok() ? *out : std::string();
 }
 
-// A character as UTF-8.
-inline std::string utf8(unsigned long c) {
-    std::string out;
-    if (c < 0x80) {
-        out += static_cast<char>(c);
-    } else if (c < 0x800) {
-        out += static_cast<char>(0xC0 | (c >> 6));
-        out += static_cast<char>(0x80 | (c & 0x3F));
-    } else if (c < 0x10000) {
-        out += static_cast<char>(0xE0 | (c >> 12));
-        out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-        out += static_cast<char>(0x80 | (c & 0x3F));
-    } else {
-        out += static_cast<char>(0xF0 | (c >> 18));
-        out += static_cast<char>(0x80 | ((c >> 12) & 0x3F));
-        out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-        out += static_cast<char>(0x80 | (c & 0x3F));
-    }
-    return out;
-}
-
 // Entities and character references decoded to UTF-8; a no-break space reads as a blank.
 inline std::string decodeEntities(std::string s) {
     std::string out;
@@ -75,9 +54,8 @@ inline std::string decodeEntities(std::string s) {
             }
         }
         if (decoded.empty() && name.size() > 1 && name[0] == '#') {
-            const bool hex = name[1] == 'x' || name[1] == 'X';
-            const unsigned long c = std::stoul(name.substr(hex ? 2 : 1), nullptr, hex ? 16 : 10);
-            decoded = c == 0xA0 ? " " : utf8(c);
+            auto ref = xml::Document::parse("<c>&" + name + ";</c>");
+            decoded = ref.ok() ? ref->root().text() : "";
         }
         if (decoded.empty()) {
             out += s[pos++];
