@@ -63,10 +63,7 @@ protected:
         test::copyProgramFiles(home / "program");
         answer("CompanyQueryRs.xml", qbAnswer(qbRs("CompanyQueryRs", kCompanyRet)));
         useServer();
-        app.sender().onRowProcessed([this](const RowOutcome& o) {
-            outcomes.push_back(o);
-            logAtRow.push_back(test::readFile(home / "program" / "EmailsSent.log"));
-        });
+        app.sender().onRowProcessed([this](const RowOutcome& o) { outcomes.push_back(o); });
     }
 
     void useServer(SmtpServerOptions options = {}) {
@@ -105,7 +102,6 @@ protected:
     shell::Application app;
     std::unique_ptr<SmtpTestServer> server;
     std::vector<RowOutcome> outcomes;
-    std::vector<std::string> logAtRow;
 };
 
 TEST_F(SendLoopTest, InvoicesGoOutOverOneConnectionAndAreLogged) {
@@ -136,9 +132,7 @@ TEST_F(SendLoopTest, InvoicesGoOutOverOneConnectionAndAreLogged) {
     EXPECT_EQ(app.window().statusText(), "Invoices sent");
     EXPECT_TRUE(ui.messages.empty()) << ui.messages[0].text;
 
-    // Each record reached the disk right after its message.
-    EXPECT_NE(logAtRow[0].find("<Invoice><TxnID>11-1</TxnID>"), std::string::npos);
-    EXPECT_EQ(logAtRow[0].find("<TxnID>11-2"), std::string::npos);
+    // (That each record reaches the disk right after its message: the killed-run test.)
     const std::string log = test::readFile(home / "program" / "EmailsSent.log");
     EXPECT_NE(log.find("<TxnID>11-2</TxnID><SentDate>2026-11-18 "), std::string::npos)
         << "the send date follows DORVANE_TODAY: " << log;
