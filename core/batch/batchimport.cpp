@@ -388,7 +388,10 @@ bool BatchImport::processRecords(const xml::Document& document, const std::vecto
             ++cutAt;
         }
         if (cutAt != cut.end() && *cutAt == i) {
+            // Its later values are shifted: only the transaction ID can be trusted.
             outcome.kind = RecordOutcome::Kind::NotImported;
+            outcome.company.clear();
+            outcome.amount.clear();
             outcome.reason = kCutQuoteReason;
             line("Transaction " + txnId + " not imported: " + kCutQuoteReason + ".");
             report(std::move(outcome));

@@ -398,5 +398,114 @@ TEST_F(Cli, SendExitsWithOneWhenADocumentDidNotGoOut) {
     EXPECT_NE(err.find("able@example.test"), std::string::npos) << "the refusal is reported";
 }
 
+// An Authorize.Net download from a script: one line per transaction, each booked once; a
+// value cut at a quoted comma is refused until --quoted.
+TEST_F(Cli, ImportBatchBooksEachTransactionOnce) {
+    for (const auto& f : std::filesystem::directory_iterator(programSource())) {
+        if (f.is_regular_file() && f.path().extension() == ".xslt") {
+            std::filesystem::copy(f.path(), home / "program" / f.path().filename());
+        }
+    }
+    ASSERT_EQ(dorvane("sandbox new '" + (home / "demo.dvq").string() + "' --demo", "sandbox"), 0)
+        << err;
+    const std::string file = (dataDir() / "batch" / "expanded-latin1.csv").string();
+    const std::string cut =
+        "60123456784: refused: a quoted value holds the delimiter and was cut there";
+    struct Step {
+        std::string args;
+        int status;
+        std::vector<std::string> lines;  // what each line of the output begins with
+    };
+    const Step steps[] = {
+        {"import-batch", 64, {}},
+        {"import-batch " + file,
+         1,
+         {"60123456781 M\xC3\xBCller Gartenbau GmbH 185.40: added",
+          "60123456782 Brightside Cafe 42.00: not approved",
+          "60123456783 Jos\xC3\xA9 Ortega 96.00: added", cut,
+          "60123456781 M\xC3\xBCller Gartenbau GmbH 185.40: already imported",
+          "2 added, 1 not approved, 1 already imported, 1 refused"}},
+        {"import-batch --bulk " + file, 1, {"Not imported: cancelled"}},
+        {"import-batch " + file + " --bulk --quoted --yes",
+         0,
+         {"60123456781 M\xC3\xBCller Gartenbau GmbH 185.40: already imported",
+          "60123456782 Brightside Cafe 42.00: not approved",
+          "60123456783 96.00: already imported",
+          "60123456784 O'Brien Mechanical, Inc. 1,234.50: added",
+          "60123456781 M\xC3\xBCller Gartenbau GmbH 185.40: already imported",
+          "1 added, 1 not approved, 3 already imported, 0 refused"}},
+        {"sandbox stop", 0, {}},
+        {"import-batch " + file, 2, {"Not imported: QuickBooks could not be reached"}},
+    };
+    for (const Step& step : steps) {
+        SCOPED_TRACE(step.args);
+        EXPECT_EQ(dorvane(step.args, "sandbox"), step.status) << out << err;
+        if (step.lines.empty()) {
+            continue;
+        }
+        std::vector<std::string> lines;
+        for (std::size_t at = 0, end; (end = out.find('\n', at)) != std::string::npos; at = end + 1) {
+            lines.push_back(out.substr(at, end - at));
+        }
+        ASSERT_EQ(lines.size(), step.lines.size()) << out;
+        for (std::size_t i = 0; i < lines.size(); ++i) {
+            EXPECT_EQ(lines[i].rfind(step.lines[i], 0), 0u) << lines[i];
+        }
+    }
+}
+
+TEST_F(Cli, HandheldSyncHandsOverTheListsAndBooksTheHours) {
+    for (const auto& f : std::filesystem::directory_iterator(programSource())) {
+        if (f.is_regular_file() && f.path().extension() == ".xslt") {
+            std::filesystem::copy(f.path(), home / "program" / f.path().filename());
+        }
+    }
+    ASSERT_EQ(dorvane("sandbox new '" + (home / "demo.dvq").string() + "' --demo", "sandbox"), 0)
+        << err;
+    const auto device = home / "device";
+    const auto data = device / "Program Files" / "TimeTrack" / "data.xml";
+    std::filesystem::create_directories(data.parent_path());
+    writeFile(data, readFile(dataDir() / "handheld" / "data.xml"));
+    struct Step {
+        std::string args;
+        int status;
+        const char* output;  // a line the output holds, "" for none
+    };
+    const Step steps[] = {
+        {"handheld", 64, ""},
+        {"handheld status", 2, "Device folder: none chosen"},
+        {"handheld sync --employee 'ana lopez'", 2, "Could not initialize the transfer"},
+        {"settings set Handheld DeviceFolder '" + device.string() + "'", 0, ""},
+        {"handheld status", 0, "  time entries: 3 (layout version 1)"},
+        {"handheld sync", 1, "Employee name not selected"},
+        {"handheld sync --employee 'ana lopez' --yes", 0, "Time Tracking items added"},
+        {"handheld status", 0, "  time entries: 0"},
+        {"handheld import", 0, "Time Tracking items added"},
+    };
+    for (const Step& step : steps) {
+        SCOPED_TRACE(step.args);
+        EXPECT_EQ(dorvane(step.args, "sandbox"), step.status) << out << err;
+        EXPECT_NE(out.find(step.output), std::string::npos) << out;
+    }
+    EXPECT_NE(err.find("Ana Lopez / "), std::string::npos);  // from the sync without a name
+    EXPECT_EQ(readFile(data).rfind("<?xml version=\"1.0\" ?> \r\n<Dorvane_PDA><Employee><Name>Ana "
+                                   "Lopez</Name>",
+                                   0),
+              0u);
+    // Booked twice: once by the sync, once more by the import of the same fetched file.
+    writeFile(home / "q.xml",
+              "<?qbxml version=\"2.0\"?><QBXML><QBXMLMsgsRq onError=\"stopOnError\">"
+              "<TimeTrackingQueryRq><TxnDateRangeFilter><FromTxnDate>2026-11-16</FromTxnDate>"
+              "<ToTxnDate>2026-11-16</ToTxnDate></TxnDateRangeFilter></TimeTrackingQueryRq>"
+              "</QBXMLMsgsRq></QBXML>");
+    ASSERT_EQ(dorvane("request " + (home / "q.xml").string(), "sandbox"), 0) << err;
+    std::size_t hedges = 0;
+    for (std::size_t at = 0; (at = out.find("Hedges along the gate", at)) != std::string::npos;
+         ++at) {
+        ++hedges;
+    }
+    EXPECT_EQ(hedges, 2u);
+}
+
 }  // namespace
 }  // namespace dorvane::test

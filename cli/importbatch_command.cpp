@@ -1,0 +1,122 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// `dorvane import-batch FILE [--bulk] [--quoted] [--yes]`: the import window's Authorize.Net
+// batch (or bulk) import, headless, one line per record.
+#include <ostream>
+
+#include "batch/batchimport.h"
+#include "cli/cli.h"
+#include "cli/commands.h"
+#include "cli/terminalui.h"
+#include "import/importwindow.h"
+#include "shell/application.h"
+
+namespace dorvane::cli {
+namespace {
+
+constexpr const char* kUsage =
+    "Usage: dorvane import-batch FILE [--bulk] [--quoted] [--yes]\n"
+    "  Books the approved transactions of an Authorize.Net download (comma-, tab- or\n"
+    "  semicolon-delimited, Latin-1 or UTF-8) as sales receipts, creating their customers\n"
+    "  unless the import setting IgnoreAuthNetCust is 1, and records each one in\n"
+    "  BatchImport.log, so a second run adds nothing. Prints one line per transaction (added,\n"
+    "  not approved, already imported, refused: why) and a summary.\n"
+    "  --bulk reads the file in chunks, as the window's bulk import does (after its warning\n"
+    "  to back up the company file: --yes answers it). --quoted reads values in double quotes\n"
+    "  whole (\"O'Brien, Inc.\", \"1,234.50\"), as the import setting QuotedFields does;\n"
+    "  without it such a transaction is refused and nothing of it is booked.\n"
+    "  Exit status: 0 nothing refused, 1 something refused, 2 QuickBooks could not be\n"
+    "  reached.\n";
+
+const char* kindText(batch::RecordOutcome::Kind kind) {
+    using Kind = batch::RecordOutcome::Kind;
+    switch (kind) {
+        case Kind::Added:
+            return "added";
+        case Kind::NotApproved:
+            return "not approved";
+        case Kind::AlreadyImported:
+            return "already imported";
+        case Kind::Refused:
+        case Kind::NotImported:
+            return "refused";
+    }
+    return "";
+}
+
+}  // namespace
+
+int importBatchCommand(CommandContext& ctx, const Args& args) {
+    std::string file;
+    bool bulk = false;
+    bool quoted = false;
+    bool yes = false;
+    for (const std::string& a : args) {
+        if (a == "--bulk") {
+            bulk = true;
+        } else if (a == "--quoted") {
+            quoted = true;
+        } else if (a == "--yes" || a == "-y") {
+            yes = true;
+        } else if (file.empty() && !a.starts_with("--")) {
+            file = a;
+        } else {
+            ctx.err << "dorvane: unexpected '" << a << "'\n" << kUsage;
+            return kExitUsage;
+        }
+    }
+    if (file.empty()) {
+        ctx.err << kUsage;
+        return kExitUsage;
+    }
+    ctx.app.window().startUp();
+    if (ctx.app.gateway().currentCompanyFile().empty()) {
+        ctx.out << "Not imported: QuickBooks could not be reached\n";
+        return kExitGateway;
+    }
+    imports::ImportWindow& window = ctx.app.importWindow();
+    window.open();
+    batch::BatchImport& importer = ctx.app.batchImport();
+    if (quoted) {
+        importer.setQuotedFields(true);
+    }
+    importer.onRecord([&](const batch::RecordOutcome& o) {
+        std::string who = o.transactionId;
+        for (const std::string* part : {&o.company, &o.amount}) {
+            if (!part->empty()) {
+                who += ' ' + *part;
+            }
+        }
+        ctx.out << who << ": " << kindText(o.kind);
+        if (!o.reason.empty()) {
+            ctx.out << ": " << o.reason;
+        }
+        ctx.out << '\n';
+    });
+    if (bulk) {
+        if (!yes && ctx.ui.messageBox(batch::kBulkWarning, ui::kProgramTitle, ui::Icon::None,
+                                      ui::Buttons::OkCancel) != ui::Answer::Ok) {
+            ctx.out << "Not imported: cancelled\n";
+            return kExitFailed;
+        }
+        importer.processAuthNetBulk(file);
+    } else {
+        importer.processAuthNetBatch(file);
+    }
+    const batch::RunSummary& run = importer.lastRun();
+    ctx.out << run.added << " added, " << run.notApproved << " not approved, "
+            << run.alreadyImported << " already imported, " << run.refused << " refused";
+    if (run.cancelled) {
+        ctx.out << ", cancelled";
+    } else if (run.unreachable) {
+        ctx.out << "; stopped: QuickBooks could not be reached";
+    } else if (run.stopped) {
+        ctx.out << "; stopped: " << window.statusText();
+    }
+    ctx.out << '\n';
+    if (run.unreachable) {
+        return kExitGateway;
+    }
+    return run.refused == 0 && !run.stopped ? kExitOk : kExitFailed;
+}
+
+}  // namespace dorvane::cli
