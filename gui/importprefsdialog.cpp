@@ -55,12 +55,18 @@ ImportPrefsDialog::ImportPrefsDialog(imports::ImportPreferencesModel& model, QWi
         new QCheckBox(QStringLiteral("Import Authorize.Net receipts &without a customer"), this);
     m_ignoreCustomer->setObjectName(QStringLiteral("IgnoreAuthNetCust"));
     m_ignoreCustomer->setChecked(m_model.IgnoreAuthNetCust);
+    m_quotedFields = new QCheckBox(
+        QStringLiteral("Read Authorize.Net downloads with &quoted fields (\"O'Brien, Inc.\")"),
+        this);
+    m_quotedFields->setObjectName(QStringLiteral("QuotedFields"));
+    m_quotedFields->setChecked(m_model.QuotedFields);
 
     auto* body = new QVBoxLayout;
     body->addWidget(caption);
     body->addSpacing(6);
     body->addLayout(form);
     body->addWidget(m_ignoreCustomer);
+    body->addWidget(m_quotedFields);
     layOutWithOkCancel(this, body);
 }
 
@@ -83,6 +89,7 @@ void ImportPrefsDialog::accept() {
     takeIndex(m_terms, m_model.termlist);
     takeIndex(m_accounts, m_model.Accountlist);
     m_model.IgnoreAuthNetCust = m_ignoreCustomer->isChecked();
+    m_model.QuotedFields = m_quotedFields->isChecked();
     QDialog::accept();
 }
 

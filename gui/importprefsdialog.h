@@ -33,6 +33,7 @@ private:
     QComboBox* m_terms = nullptr;
     QComboBox* m_accounts = nullptr;
     QCheckBox* m_ignoreCustomer = nullptr;
+    QCheckBox* m_quotedFields = nullptr;
 };
 
 }  // namespace dorvane::gui

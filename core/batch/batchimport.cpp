@@ -94,7 +94,7 @@ bool BatchImport::quotedFields() const {
     if (m_quotedOverride) {
         return *m_quotedOverride;
     }
-    return m_store.get(imports::kImportSection, kQuotedFieldsKey, "0") != "0";
+    return m_store.getInt(imports::kImportSection, imports::kQuotedFieldsKey, 0) != 0;
 }
 
 CsvOptions BatchImport::csvOptions(std::vector<std::size_t>* cut) const {

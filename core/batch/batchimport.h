@@ -34,8 +34,6 @@ class SettingsStore;
 
 namespace dorvane::batch {
 
-inline constexpr const char* kQuotedFieldsKey = "QuotedFields";
-
 inline constexpr const char* kSelectBatchFileTitle = "Select Authorize.Net Batch file";
 inline constexpr const char* kBatchFileFilter =
     "Delimited (*.csv)|*.csv|Text (*.txt)|*.txt|All files (*.*)|*.*";

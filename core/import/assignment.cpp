@@ -87,6 +87,7 @@ ImportPreferencesModel::ImportPreferencesModel(const xml::Document& lists,
     termlist.selectMatching(setting(store, kTermKey));
     Accountlist.selectMatching(setting(store, kAccountKey));
     IgnoreAuthNetCust = ignoreCustomerSetting(store);
+    QuotedFields = store.getInt(kImportSection, kQuotedFieldsKey, 0) != 0;
 }
 
 std::vector<shell::SettingsStore::Change> ImportPreferencesModel::changes() const {
@@ -96,6 +97,7 @@ std::vector<shell::SettingsStore::Change> ImportPreferencesModel::changes() cons
         {kImportSection, kTermKey, termlist.text()},
         {kImportSection, kAccountKey, Accountlist.text()},
         {kImportSection, kIgnoreAuthNetCustKey, IgnoreAuthNetCust ? "1" : "0"},
+        {kImportSection, kQuotedFieldsKey, QuotedFields ? "1" : "0"},
     };
 }
 

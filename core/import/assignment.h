@@ -25,6 +25,8 @@ inline constexpr const char* kItemGroupKey = "ItemGroup";
 inline constexpr const char* kTermKey = "Term";
 inline constexpr const char* kAccountKey = "Account";
 inline constexpr const char* kIgnoreAuthNetCustKey = "IgnoreAuthNetCust";
+// Authorize.Net downloads read with values in double quotes kept whole (RFC 4180).
+inline constexpr const char* kQuotedFieldsKey = "QuotedFields";
 
 // The import state the rewriting reads.
 struct ImportSettings {
@@ -70,8 +72,10 @@ public:
     Choice termlist;
     Choice Accountlist;
     bool IgnoreAuthNetCust = false;
+    bool QuotedFields = false;
 
-    // What OK writes, in order: Item, ItemGroup, Term, Account, IgnoreAuthNetCust ("0"/"1").
+    // What OK writes, in order: Item, ItemGroup, Term, Account, IgnoreAuthNetCust and
+    // QuotedFields ("0"/"1").
     std::vector<shell::SettingsStore::Change> changes() const;
     Status save(shell::SettingsStore& store) const;
 };

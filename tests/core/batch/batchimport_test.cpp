@@ -152,8 +152,16 @@ TEST_F(BatchImportTest, BatchImportBooksOnceAndReportsEveryRecord) {
     EXPECT_EQ(outcomes[3].kind, RecordOutcome::Kind::NotImported);
     EXPECT_EQ(outcomes[3].transactionId, "60123456784");
 
-    // With quoted fields the cut record imports whole, its amount a valid one.
-    set("QuotedFields", "1");
+    // With quoted fields (ticked in Dialog3) the cut record imports whole, its amount a valid
+    // one.
+    ui.dialogHandler = [](ui::DialogModel& model) {
+        auto& preferences = dynamic_cast<imports::ImportPreferencesModel&>(model);
+        EXPECT_FALSE(preferences.QuotedFields);
+        preferences.QuotedFields = true;
+        return true;
+    };
+    window().runMenuEntry(imports::kSetPref);
+    EXPECT_EQ(app->settings().get("Import", "QuotedFields"), "1");
     batch().processAuthNetBatch(kExpanded);
     EXPECT_NE(body().find("<dt>Sales receipt for O'Brien Mechanical, Inc. 1,234.50 added.</dt>"),
               std::string::npos)
