@@ -9,6 +9,7 @@
 
 #include "company/companyeditor.h"
 #include "gui/companydialog.h"
+#include "gui/employeedialog.h"
 #include "gui/importprefsdialog.h"
 #include "gui/preferencesdialog.h"
 #include "gui/qtuiport.h"
@@ -80,6 +81,15 @@ void registerDialogs(QtUiPort& ui, shell::SettingsStore& settings) {
             return false;
         }
         ImportPrefsDialog dialog(*preferences, parent);
+        const BoxesOn boxes(ui, &dialog);
+        return dialog.exec() == QDialog::Accepted;
+    });
+    ui.registerDialog("Dialog4", [&ui](QWidget* parent, ui::DialogModel& model) {
+        auto* choice = dynamic_cast<handheld::EmployeeChoiceModel*>(&model);
+        if (choice == nullptr) {
+            return false;
+        }
+        EmployeeDialog dialog(*choice, parent);
         const BoxesOn boxes(ui, &dialog);
         return dialog.exec() == QDialog::Accepted;
     });

@@ -16,7 +16,8 @@ class QtUiPort;
 void layOutWithOkCancel(QDialog* dialog, QLayout* body);
 
 // Registers `Dialog` (mail preferences; OK writes them to `settings`), `Dialog2` (company
-// information editor) and `Dialog3` (import preferences; core saves them on OK) with `ui`.
+// information editor), `Dialog3` (import preferences; core saves them on OK) and `Dialog4`
+// (the handheld sync's employee choice) with `ui`.
 // Both must outlive every dialog shown through `ui`.
 void registerDialogs(QtUiPort& ui, shell::SettingsStore& settings);
 
