@@ -11,6 +11,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QPointer>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QScopedValueRollback>
 #include <QSignalBlocker>
@@ -20,6 +21,7 @@
 #include <QUrl>
 #include <QVBoxLayout>
 
+#include "batch/batchimport.h"
 #include "gui/qtstrings.h"
 #include "gui/qtuiport.h"
 #include "qbgateway/programfolder.h"
@@ -102,6 +104,16 @@ ImportWindowView::ImportWindowView(ImportWindow& window, QWidget* parent, Comman
     m_statusPanel->setObjectName(name(kStatusBar) + QStringLiteral("Panel1"));
     m_statusPanel->setTextFormat(Qt::PlainText);
     status->addWidget(m_statusPanel, 1);
+    m_batchProgress = new QProgressBar(status);
+    m_batchProgress->setObjectName(QStringLiteral("BatchProgress"));
+    m_batchProgress->setRange(0, 100);
+    m_batchProgress->setMaximumWidth(220);
+    m_batchProgress->hide();
+    status->addPermanentWidget(m_batchProgress);
+    m_cancelBatch = new QPushButton(QStringLiteral("Cancel"), status);
+    m_cancelBatch->setObjectName(QStringLiteral("CancelBatch"));
+    m_cancelBatch->hide();
+    status->addPermanentWidget(m_cancelBatch);
     setStatusBar(status);
 
     // Looked up once: a dialog open over this window has controls of the same names.
@@ -123,6 +135,29 @@ ImportWindowView::ImportWindowView(ImportWindow& window, QWidget* parent, Comman
 
 ImportWindowView::~ImportWindowView() {
     m_window.setObserver(nullptr);
+    if (m_batchImport != nullptr) {
+        m_batchImport->onProgress({});
+    }
+}
+
+void ImportWindowView::attachBatchImport(batch::BatchImport& batchImport) {
+    m_batchImport = &batchImport;
+    // Not a command: it must work while the run it stops lets the event loop run.
+    connect(m_cancelBatch, &QPushButton::clicked, this, [this] {
+        m_cancelBatch->setEnabled(false);
+        m_batchImport->cancel();
+    });
+    batchImport.onProgress([this](int percent) {
+        const bool running = percent >= 0;
+        if (running) {
+            m_batchProgress->setValue(percent);
+        }
+        if (m_batchProgress->isHidden() == running) {
+            m_batchProgress->setVisible(running);
+            m_cancelBatch->setVisible(running);
+            m_cancelBatch->setEnabled(true);
+        }
+    });
 }
 
 void ImportWindowView::buildMenu() {

@@ -20,9 +20,14 @@
 class QComboBox;
 class QLabel;
 class QLineEdit;
+class QProgressBar;
 class QPushButton;
 class QTextBrowser;
 class QTreeWidget;
+
+namespace dorvane::batch {
+class BatchImport;
+}
 
 namespace dorvane::gui {
 
@@ -37,6 +42,10 @@ public:
     explicit ImportWindowView(imports::ImportWindow& window, QWidget* parent = nullptr,
                               CommandRunner runner = {});
     ~ImportWindowView() override;
+
+    // Shows the progress of the Authorize.Net batch and bulk imports in the status bar, with a
+    // Cancel that stops a run after the transaction under way.
+    void attachBatchImport(batch::BatchImport& batchImport);
 
 private:
     void buildMenu();
@@ -61,6 +70,9 @@ private:
     QTextBrowser* m_pane = nullptr;
     QPushButton* m_openInBrowser = nullptr;
     QLabel* m_statusPanel = nullptr;
+    QProgressBar* m_batchProgress = nullptr;
+    QPushButton* m_cancelBatch = nullptr;
+    batch::BatchImport* m_batchImport = nullptr;
     QHash<QString, QObject*> m_controls;  // by control name
     bool m_rendering = false;
     bool m_commandRunning = false;
