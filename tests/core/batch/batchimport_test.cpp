@@ -317,5 +317,51 @@ TEST_F(BatchImportTest, AReceiptWhoseAnswerWasLostIsNeverBookedTwice) {
     EXPECT_TRUE(imports::importLogHolds(log(), "777"));
 }
 
+// Cancel stops after the transaction under way; what QuickBooks got is logged, the rest is
+// left for the next run.
+TEST_F(BatchImportTest, CancelStopsAfterTheRecordUnderWay) {
+    set("IgnoreAuthNetCust", "1");
+    std::vector<int> progress;
+    batch().onProgress([&](int percent) { progress.push_back(percent); });
+    batch().onRecord([this](const RecordOutcome& o) {
+        outcomes.push_back(o);
+        if (o.kind == RecordOutcome::Kind::Added) {
+            batch().cancel();
+        }
+    });
+    batch().processAuthNetBatch(kExpanded);
+    EXPECT_TRUE(batch().lastRun().cancelled);
+    ASSERT_EQ(outcomes.size(), 1u);
+    EXPECT_EQ(window().statusText(), "Import cancelled");
+    EXPECT_EQ(body(), std::string(kResultsHead) +
+                          "<dt>Sales receipt for M\xC3\xBC"
+                          "ller Gartenbau GmbH 185.40 added.</dt>" +
+                          kReviewTail);
+    EXPECT_TRUE(imports::importLogHolds(log(), "60123456781"));
+    EXPECT_FALSE(imports::importLogHolds(log(), "60123456783"));
+    EXPECT_EQ(progress, (std::vector<int>{0, 20, -1}));
+    EXPECT_FALSE(batch().running());
+}
+
+// The log's index answers as the plain search of the text does, as the log grows piece by
+// piece (a record may arrive in two reads).
+TEST(ImportLogIndex, AnswersAsTheTextSearch) {
+    const std::string log = imports::importLogRecord("1234") + imports::importLogRecord("A-7") +
+                            "<TxnID>98</TxnID>garbage<TxnID>5";
+    const char* ids[] = {"",  "1",  "123",         "1234", "12345", "A-7", "A-",
+                         "9", "98", "98</TxnID>g", "5",    "55",    "7",   "</TxnID>"};
+    for (std::size_t split : {std::size_t{0}, std::size_t{3}, log.size() / 2, log.size() - 3}) {
+        imports::ImportLogIndex index;
+        index.add(log.substr(0, split));
+        index.add(log.substr(split));
+        for (const char* id : ids) {
+            EXPECT_EQ(index.holds(id), imports::importLogHolds(log, id)) << id << " @" << split;
+        }
+        EXPECT_TRUE(index.holdsExactly("1234"));
+        EXPECT_FALSE(index.holdsExactly("123"));
+        EXPECT_TRUE(index.holdsExactly("5"));
+    }
+}
+
 }  // namespace
 }  // namespace dorvane::batch
