@@ -255,7 +255,7 @@ void BatchImport::processAuthNetBatch(const std::string& fileName) {
         return;
     }
     std::vector<std::string> results;
-    processRecords(document, cut, Mode::Batch, sheets, results);
+    guardedRecords(document, cut, Mode::Batch, sheets, results);
     m_window.ui().yield();
     std::string page = kResultsHead;
     for (const std::string& line : results) {
@@ -341,7 +341,7 @@ void BatchImport::processAuthNetBatchFromString(const std::vector<std::string>& 
     Sheets sheets;
     if (loadSheets(sheets)) {
         m_log.refresh();
-        processRecords(document, cut, Mode::Bulk, sheets, exceptions);
+        guardedRecords(document, cut, Mode::Bulk, sheets, exceptions);
     }
     m_window.ui().yield();
     if (standalone) {
@@ -350,6 +350,19 @@ void BatchImport::processAuthNetBatchFromString(const std::vector<std::string>& 
 }
 
 // ---- the records ------------------------------------------------------------------------
+
+// An unexpected failure leaves the record loop; what QuickBooks accepted so far is logged.
+void BatchImport::guardedRecords(const xml::Document& document, const std::vector<std::size_t>& cut,
+                                 Mode mode, Sheets& sheets, std::vector<std::string>& lines) {
+    try {
+        processRecords(document, cut, mode, sheets, lines);
+    } catch (const std::exception& e) {
+        m_summary.stopped = true;
+        m_keepJournal = true;
+        m_window.ui().messageBox(std::string("The batch import stopped: ") + e.what(),
+                                 ui::kProgramTitle, ui::Icon::Exclamation);
+    }
+}
 
 bool BatchImport::processRecords(const xml::Document& document, const std::vector<std::size_t>& cut,
                                  Mode mode, Sheets& sheets, std::vector<std::string>& lines) {

@@ -135,6 +135,8 @@ private:
     std::optional<bool> receiptInQuickBooks(const BatchJournal::Entry& entry);
     bool loadSheets(Sheets& sheets);
     // Walks the records of a converted document. False when the run is to stop.
+    void guardedRecords(const xml::Document& document, const std::vector<std::size_t>& cut,
+                        Mode mode, Sheets& sheets, std::vector<std::string>& lines);
     bool processRecords(const xml::Document& document, const std::vector<std::size_t>& cut,
                         Mode mode, Sheets& sheets, std::vector<std::string>& lines);
     void report(RecordOutcome outcome);
