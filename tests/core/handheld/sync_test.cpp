@@ -113,8 +113,10 @@ protected:
 };
 
 TEST_F(SyncTest, ListsGoOutTheHoursComeBackAndAreBookedEachTimeTheyAreSent) {
+    writeFile(program / kDataInFile, "left from an older program");
     chooseInDialog("Ben Carter");
     window().runMenuEntry(imports::kSynchronizePDA);
+    EXPECT_FALSE(fs::exists(program / kDataInFile));
     EXPECT_EQ(ui.dialogsShown, std::vector<std::string>{"Dialog4"});
     EXPECT_EQ(preselected, "");
     EXPECT_TRUE(ui.messages.empty()) << ui.texts().front();
