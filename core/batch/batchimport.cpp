@@ -60,11 +60,6 @@ struct BatchImport::Sheets {
     bool createCustomers = false;
 };
 
-// What one run (a batch, or a whole bulk import) keeps while it goes.
-struct BatchImport::Run {
-    std::optional<Sheets> sheets;  // loaded by the first chunk that finds them
-};
-
 BatchImport::BatchImport(imports::ImportWindow& window, shell::SettingsStore& settings)
     : m_window(window), m_store(settings), m_log(window.folder()), m_journal(window.folder()) {}
 
@@ -106,8 +101,7 @@ CsvOptions BatchImport::csvOptions(std::vector<std::size_t>* cut) const {
 
 // Starts a run: the waiting page, the settings, the log, and the receipt an earlier run may
 // have left unfinished. False when the run cannot start.
-bool BatchImport::beginRun(const std::string& fileName) {
-    (void)fileName;
+bool BatchImport::beginRun() {
     if (m_running) {
         return false;
     }
@@ -242,7 +236,7 @@ void BatchImport::progress(int percent) {
 }
 
 void BatchImport::processAuthNetBatch(const std::string& fileName) {
-    if (!beginRun(fileName)) {
+    if (!beginRun()) {
         return;
     }
     std::string delimiter = ",";
@@ -270,7 +264,7 @@ void BatchImport::processAuthNetBatch(const std::string& fileName) {
 }
 
 void BatchImport::processAuthNetBulk(const std::string& fileName) {
-    if (!beginRun(fileName)) {
+    if (!beginRun()) {
         return;
     }
     const CsvOptions options = csvOptions(nullptr);

@@ -127,9 +127,8 @@ public:
 private:
     enum class Mode { Batch, Bulk };
     struct Sheets;
-    struct Run;
 
-    bool beginRun(const std::string& fileName);
+    bool beginRun();
     void endRun();
     bool recoverInterruptedReceipt();
     std::optional<bool> receiptInQuickBooks(const BatchJournal::Entry& entry);
