@@ -33,6 +33,8 @@ constexpr ListSection kSections[] = {
      "Name"},
 };
 
+}  // namespace
+
 xml::Document buildHandheldDocument(const xml::Document& lists, std::string_view name,
                                     std::string_view listId) {
     xml::Document doc = xml::Document::withRoot("Dorvane_PDA");
@@ -49,8 +51,6 @@ xml::Document buildHandheldDocument(const xml::Document& lists, std::string_view
     root.appendElement("TimeTracks");
     return doc;
 }
-
-}  // namespace
 
 EmployeeChoiceModel::EmployeeChoiceModel(std::vector<std::string> entries,
                                          std::optional<std::size_t> preselected)

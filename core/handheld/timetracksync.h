@@ -21,6 +21,7 @@
 
 #include "handheld/device.h"
 #include "ui/uiport.h"
+#include "xml/xml.h"
 
 namespace dorvane::qbgateway {
 class Gateway;
@@ -45,6 +46,12 @@ inline constexpr const char* kTimeTrackingAddedPage =
     "<body><p align='center'><b><font color='#0000FF'>Time Tracking items sucessfully "
     "added.</font></b></p><p align='center'>Please review the items in Quickbooks (Employees / "
     "Time Enter Single Activity) </p><p align='center'>and, if necessary, adjust them.</p></body>";
+
+// The file for the handheld: the worker, then the customers, service items and wage payroll
+// items of `lists` (the answer to PDADataGetRq.xml) in QuickBooks' order, and an empty
+// TimeTracks. A list QuickBooks has nothing of stays as an empty section.
+xml::Document buildHandheldDocument(const xml::Document& lists, std::string_view name,
+                                    std::string_view listId);
 
 // Dialog4: the worker picks their name among QuickBooks' employees.
 class EmployeeChoiceModel final : public ui::DialogModel {

@@ -335,5 +335,46 @@ TEST_F(SyncTest, TimeImportSendsOnlyWhatItCanReadAndSaysWhatWasBooked) {
     }
 }
 
+TEST(HandheldDocument, ListsQuickBooksLacksStayAsEmptySections) {
+    const auto rs = [](const char* query, const std::string& rets) {
+        return std::string("<") + query + "Rs statusCode=\"0\">" + rets + "</" + query + "Rs>";
+    };
+    const std::string employee = "<EmployeeRet><Name>Ana</Name><ListID>E1</ListID></EmployeeRet>";
+    struct Case {
+        const char* name;
+        std::string answers;
+        const char* expected;
+    };
+    const Case cases[] = {
+        {"all lists",
+         rs("EmployeeQuery", employee) +
+             rs("CustomerQuery",
+                "<CustomerRet><FullName>B &amp; C:Job</FullName></CustomerRet>"
+                "<CustomerRet><FullName>A</FullName></CustomerRet>") +
+             rs("ItemServiceQuery",
+                "<ItemServiceRet><FullName>Labor:Trim</FullName><Name>Trim"
+                "</Name></ItemServiceRet>") +
+             rs("PayrollItemWageQuery",
+                "<PayrollItemWageRet><Name>Hourly</Name></PayrollItemWageRet>"),
+         "<Dorvane_PDA><Employee><Name>Ana</Name><ListID>E1</ListID></Employee><Customers>"
+         "<Customer><Name>B &amp; C:Job</Name></Customer><Customer><Name>A</Name></Customer>"
+         "</Customers><Projects><Project><Name>Labor:Trim</Name></Project></Projects>"
+         "<PayrollItems><PayrollItem><Name>Hourly</Name></PayrollItem></PayrollItems>"
+         "<TimeTracks/></Dorvane_PDA>"},
+        {"no customers, service items or payroll items",
+         rs("EmployeeQuery", employee) + rs("CustomerQuery", "") +
+             "<ItemServiceQueryRs statusCode=\"1\"/>",
+         "<Dorvane_PDA><Employee><Name>Ana</Name><ListID>E1</ListID></Employee><Customers/>"
+         "<Projects/><PayrollItems/><TimeTracks/></Dorvane_PDA>"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        auto lists =
+            xml::Document::parse("<QBXML><QBXMLMsgsRs>" + c.answers + "</QBXMLMsgsRs></QBXML>");
+        ASSERT_TRUE(lists);
+        EXPECT_EQ(buildHandheldDocument(*lists, "Ana", "E1").root().xml(), c.expected);
+    }
+}
+
 }  // namespace
 }  // namespace dorvane::handheld
