@@ -199,6 +199,11 @@ int importCommand(CommandContext& ctx, const Args& args) {
         return kExitFailed;
     }
     printMatchReport(window, ctx.out);
+    if (imports::recogniseKind(window.documentKind()) == imports::DocumentKind::Pda) {
+        ctx.out << "Not imported: a handheld file is booked by `dorvane handheld import "
+                << parsed->file << "`\n";
+        return kExitFailed;
+    }
 
     if (parsed->vendor) {
         const auto index = indexNamed(window.counterparts().items, *parsed->vendor);
