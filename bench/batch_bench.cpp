@@ -12,6 +12,7 @@
 
 #include "batch/batchimport.h"
 #include "common/files.h"
+#include "import/assignment.h"
 #include "import/importlog.h"
 #include "qbsandbox/demo.h"
 #include "qbsandbox/sandbox.h"
@@ -148,6 +149,37 @@ int main(int argc, char** argv) {
     std::printf("  the large log costs %+.1f %%\n", (bulkLog.seconds / bulk.seconds - 1) * 100);
     const Figures whole = importOnce(scratch, "batch", rows, 400000000000LL, false, 0);
     print("batch import (whole file), empty log", whole);
+
+    // Conversion, style sheet and rewriting alone, without QuickBooks: the import's own share.
+    {
+        const auto file = scratch / "convert-only.csv";
+        (void)files::writeAtomically(file, download(rows, 500000000000LL));
+        const auto sheet =
+            xml::Stylesheet::load(scratch / "batch-program" / batch::kReceiptWithoutCustomerSheet);
+        if (!sheet) {
+            std::fprintf(stderr, "no style sheet: %s\n", sheet.error().description.c_str());
+            return 1;
+        }
+        const imports::ImportSettings settings;
+        const auto start = Clock::now();
+        std::string delimiter = ",";
+        const xml::Document doc =
+            batch::csvFileToXml(file, batch::kRecordTag, batch::kRootTag, delimiter);
+        const double converted = bench::secondsSince(start);
+        std::size_t bytes = 0;
+        for (const xml::Node& record : doc.root().selectAll(batch::kRecordTag)) {
+            auto request = sheet->transformNode(record);
+            if (request) {
+                imports::applyItemAssignment(*request, settings);
+                bytes += request->size();
+            }
+        }
+        const double seconds = bench::secondsSince(start);
+        std::printf(
+            "conversion (%.2f s), style sheet and rewriting of %d rows without QuickBooks: "
+            "%.2f s, %.0f records/s (%zu bytes of requests)\n",
+            converted, rows, seconds, rows / seconds, bytes);
+    }
 
     // The duplicate check alone: every row looked up against the log.
     for (long entries : {0L, logEntries}) {
