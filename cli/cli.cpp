@@ -32,6 +32,10 @@ constexpr const char* kUsage =
     "                        card charge; exit status 1 when it was not booked\n"
     "  import --receipt FILE|- [--customer NAME] [--again]\n"
     "                        book an Authorize.Net receipt's text as a sales receipt\n"
+    "  import-batch FILE [--bulk] [--quoted] [--yes]\n"
+    "                        book the approved transactions of an Authorize.Net download as\n"
+    "                        sales receipts, each once; one line per transaction, exit status\n"
+    "                        1 when one was refused\n"
     "  webupdate KIND [--only LISTID ...]\n"
     "                        list the Service, Inventory or NonInventory items and publish\n"
     "                        them to the web site set in the settings (Web UpdateURL)\n"
@@ -43,6 +47,10 @@ constexpr const char* kUsage =
     "  settings get SECTION KEY | settings set SECTION KEY VALUE\n"
     "                        read (a value never set reads as its default) or write the\n"
     "                        per-user settings (mail server, options)\n"
+    "  handheld sync [--employee NAME] [--yes] | handheld import [FILE] | handheld status\n"
+    "                        hand the handheld in the device folder QuickBooks' lists and fetch\n"
+    "                        the hours it recorded (--yes books them as time entries); book a\n"
+    "                        fetched file; show the device folder (Handheld DeviceFolder)\n"
     "  request FILE          send the qbXML request in FILE to QuickBooks and print the answer\n"
     "  sandbox ...           the embedded QuickBooks: status | open FILE | close | stop |\n"
     "                        new FILE [--demo] [--customers N] [--invoices N] | load FILE.xml\n"
@@ -65,8 +73,11 @@ struct Command {
 };
 
 constexpr Command kCommands[] = {
-    {"request", requestCommand}, {"list", listCommand},         {"company", companyCommand},
-    {"send", sendCommand},       {"settings", settingsCommand}, {"import", importCommand}, {"webupdate", webupdateCommand},
+    {"request", requestCommand},          {"list", listCommand},
+    {"company", companyCommand},          {"send", sendCommand},
+    {"settings", settingsCommand},        {"import", importCommand},
+    {"import-batch", importBatchCommand}, {"webupdate", webupdateCommand},
+    {"handheld", handheldCommand},
 };
 
 // What preparing the program folder did (a changed style sheet kept, records moved), one line

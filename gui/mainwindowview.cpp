@@ -473,6 +473,7 @@ void MainWindowView::openImportWindow() {
         m_importView = new ImportWindowView(
             m_app.importWindow(), this,
             [this](const std::function<void()>& command) { runCommand(command); });
+        m_importView->attachBatchImport(m_app.batchImport());
     }
     m_importView->show();
     m_importView->raise();

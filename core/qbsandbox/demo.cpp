@@ -422,8 +422,7 @@ void createDemoCompany(const std::filesystem::path& path, const DemoOptions& opt
         // them until the lines are sorted out.
         addList(*file, "ItemNonInventory", "Uncategorized Expenses",
                 {{"SalesOrPurchase/Desc", "Imported, to be sorted out"},
-                 {"SalesOrPurchase/AccountRef",
-                  idOf(*file, "account", "Uncategorized Expenses")}});
+                 {"SalesOrPurchase/AccountRef", idOf(*file, "account", "Uncategorized Expenses")}});
         addList(*file, "ItemGroup", "Uncategorized Expense Group",
                 {{"ItemDesc", "Imported group, to be sorted out"},
                  {"IsPrintItemsInGroup", "false"},

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <string_view>
 
+#include "handheld/folderdevice.h"
 #include "qbgateway/responsefolder.h"
 #include "qbsandbox/sandbox.h"
 #include "shell/programhome.h"
@@ -33,7 +34,10 @@ Application::Application(ui::UiPort& ui, const StartOptions& options,
       m_browser(m_window, m_gateway, m_folder, m_company, ui),
       m_sender(m_window, m_folder, m_settings, m_company, ui),
       m_importWindow(ui, m_folder, m_gateway, m_settings, m_defaults),
-      m_webUpdater(m_window, m_folder, m_gateway, m_settings, ui) {
+      m_batchImport(m_importWindow, m_settings),
+      m_webUpdater(m_window, m_folder, m_gateway, m_settings, ui),
+      m_handheld(ui, m_folder, m_gateway, m_importWindow,
+                 handheld::folderDeviceFactory(m_settings)) {
     MainWindowServices services;
     services.loadCompanyInfo = [this] { m_company.retrieveCompanyInfo(); };
     services.ensureDefaultRecords = [this] { m_defaults.ensureDefaultRecords(); };
@@ -42,6 +46,16 @@ Application::Application(ui::UiPort& ui, const StartOptions& options,
     };
     m_window.setServices(std::move(services));
     m_gateway.onCompanyFileChanged([this] { m_company.retrieveCompanyInfo(); });
+
+    imports::ImportWindowServices importServices;
+    importServices.impAuthNetBatch = [this] { m_batchImport.impAuthNetBatch(); };
+    importServices.impAuthNetBulk = [this] { m_batchImport.impAuthNetBulk(); };
+    importServices.synchronizePDA = [this] { m_handheld.synchronizePDA(); };
+    importServices.importTimeTracking = [this] { m_handheld.importTimeTracking(); };
+    // Without its handheld the sync cannot go on: the program ends, as a front end may decide
+    // otherwise through m_handheld.setEndApplication.
+    m_handheld.setEndApplication([] { std::exit(2); });
+    m_importWindow.setServices(std::move(importServices));
 }
 
 }  // namespace dorvane::shell

@@ -6,8 +6,10 @@
 #include <memory>
 #include <string>
 
+#include "batch/batchimport.h"
 #include "browser/loaders.h"
 #include "company/companyinfo.h"
+#include "handheld/timetracksync.h"
 #include "import/importwindow.h"
 #include "mail/sendloop.h"
 #include "qbgateway/defaultrecords.h"
@@ -51,6 +53,8 @@ public:
     browser::DocumentBrowser& browser() { return m_browser; }
     mail::DocumentSender& sender() { return m_sender; }
     imports::ImportWindow& importWindow() { return m_importWindow; }
+    batch::BatchImport& batchImport() { return m_batchImport; }
+    handheld::TimeTrackingSync& handheld() { return m_handheld; }
     webupdate::WebUpdater& webUpdater() { return m_webUpdater; }
 
 private:
@@ -64,7 +68,9 @@ private:
     browser::DocumentBrowser m_browser;
     mail::DocumentSender m_sender;
     imports::ImportWindow m_importWindow;
+    batch::BatchImport m_batchImport;
     webupdate::WebUpdater m_webUpdater;
+    handheld::TimeTrackingSync m_handheld;
 };
 
 }  // namespace dorvane::shell

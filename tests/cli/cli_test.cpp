@@ -429,8 +429,7 @@ TEST_F(Cli, ImportBatchBooksEachTransactionOnce) {
         {"import-batch " + file + " --bulk --quoted --yes",
          0,
          {"60123456781 M\xC3\xBCller Gartenbau GmbH 185.40: already imported",
-          "60123456782 Brightside Cafe 42.00: not approved",
-          "60123456783 96.00: already imported",
+          "60123456782 Brightside Cafe 42.00: not approved", "60123456783 96.00: already imported",
           "60123456784 O'Brien Mechanical, Inc. 1,234.50: added",
           "60123456781 M\xC3\xBCller Gartenbau GmbH 185.40: already imported",
           "1 added, 1 not approved, 3 already imported, 0 refused"}},
@@ -444,7 +443,8 @@ TEST_F(Cli, ImportBatchBooksEachTransactionOnce) {
             continue;
         }
         std::vector<std::string> lines;
-        for (std::size_t at = 0, end; (end = out.find('\n', at)) != std::string::npos; at = end + 1) {
+        for (std::size_t at = 0, end; (end = out.find('\n', at)) != std::string::npos;
+             at = end + 1) {
             lines.push_back(out.substr(at, end - at));
         }
         ASSERT_EQ(lines.size(), step.lines.size()) << out;

@@ -3,9 +3,8 @@
 // posted to a real HTTP server on loopback.
 #include "webupdate/webupdate.h"
 
-#include <gtest/gtest.h>
-
 #include <chrono>
+#include <gtest/gtest.h>
 #include <thread>
 
 #include "qbsandbox/demo.h"
@@ -90,7 +89,8 @@ TEST_F(WebUpdateTest, EachKindListsItsItemsWithPricesTicked) {
     for (const Case& c :
          {Case{"serviceitems_update", "Dorvane WEB-Update-Services", "Design", ""},
           Case{"inventoryitems_update", "Dorvane WEB-Update-Inventory", "Pump", "149.99"},
-          Case{"noninventoryitems_update", "Dorvane WEB-Update-NonInventory", "Garden Gloves", "14.95"}}) {
+          Case{"noninventoryitems_update", "Dorvane WEB-Update-NonInventory", "Garden Gloves",
+               "14.95"}}) {
         SCOPED_TRACE(c.entry);
         const ItemKind* kind = itemKindNamed(c.entry);
         ASSERT_TRUE(kind);
