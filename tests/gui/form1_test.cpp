@@ -51,6 +51,7 @@ private slots:
     void salesReceiptOffersThePaymentAccounts();
     void pastedReceiptLetsThePersonNameTheCustomer();
     void dialog3StoresTheChosenEntriesOnOkOnly();
+    void dialog4ChoosesTheWorkerOfTheSync();
 
 private:
     // A fresh user's program folder, settings and QuickBooks (the demo company), and the main
@@ -336,6 +337,46 @@ void Form1Test::pastedReceiptLetsThePersonNameTheCustomer() {
 // With the Qt port: the file dialog offers the exchange-file filters, and Dialog3 (from the
 // main window's menu and from Form1's) shows the demo company's lists and the settings; OK
 // stores the chosen entries, Cancel nothing.
+// With the Qt port: the handheld sync asks for the worker in Dialog4 (QuickBooks' employees);
+// Cancel writes and transfers nothing, OK hands the handheld the lists after its file came
+// back.
+void Form1Test::dialog4ChoosesTheWorkerOfTheSync() {
+    gui::QtUiPort ui;
+    startWith(ui);
+    gui::registerDialogs(ui, m_app->settings());
+    ui.setParentWidget(m_view.get());
+    MessageBoxRecorder boxes;
+    const fs::path device = *m_dir / "device";
+    const fs::path onDevice = device / "Program Files" / "TimeTrack" / "data.xml";
+    fs::create_directories(onDevice.parent_path());
+    fs::copy_file(dataDir() / "handheld" / "data.xml", onDevice);
+    const std::string before = readFile(onDevice);
+    ::setenv("DORVANE_DEVICE_DIR", device.c_str(), 1);
+    openImportWindow();
+
+    QStringList seen;
+    whenModal<QDialog>([&](QDialog* dialog) {
+        const auto* combo = dialog->findChild<QComboBox*>(QStringLiteral("Combo1"));
+        seen << dialog->objectName() + QLatin1Char('|') +
+                    QString::number(combo != nullptr && combo->count() > 0);
+        dialog->reject();
+    });
+    trigger("SynchronizePDA");
+    QCOMPARE(seen, QStringList{QStringLiteral("Dialog4|1")});
+    QVERIFY(!fs::exists(*m_dir / "home" / "dataout.xml"));
+    QCOMPARE(readFile(onDevice), before);
+
+    whenModal<QDialog>([&](QDialog* dialog) {
+        dialog->findChild<QComboBox*>(QStringLiteral("Combo1"))->setCurrentIndex(0);
+        dialog->accept();
+    });
+    trigger("SynchronizePDA");
+    ::unsetenv("DORVANE_DEVICE_DIR");
+    QCOMPARE(readFile(*m_dir / "home" / "dataFromPDA.xml").substr(0, 40), before.substr(0, 40));
+    QCOMPARE(readFile(onDevice), readFile(*m_dir / "home" / "dataout.xml"));
+    QCOMPARE(core().caption(), std::string("Dorvane - Import Time Tracking from PDA"));
+}
+
 void Form1Test::dialog3StoresTheChosenEntriesOnOkOnly() {
     gui::QtUiPort ui;
     startWith(ui);
