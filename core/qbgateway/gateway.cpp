@@ -67,8 +67,9 @@ std::string Gateway::exchange(const std::string& request, bool askCompanyFile) {
     }
     try {
         // The request trace is written whether or not QuickBooks can be reached.
-        // Traces only need to be whole, not to outlive a power cut: no flush to the disk.
-        m_folder.writeProgramFile(request, kRequestTrace, files::Durability::Replaced);
+        // Traces are diagnostics, written over in place: a rename per request costs more than
+        // a whole batch import's bookkeeping, and a trace cut short by a crash loses nothing.
+        m_folder.writeProgramFile(request, kRequestTrace, files::Durability::Scratch);
 
         std::unique_ptr<RequestProcessor> processor = take(m_factory());
         check(processor->openConnection("", kApplicationName));
@@ -87,7 +88,7 @@ std::string Gateway::exchange(const std::string& request, bool askCompanyFile) {
         // caller goes on.
         traceWriter().post([this, path = m_folder.filePath(kResponseTrace), text = response] {
             Status written = files::writeAtomically(path, {text, "\r\n"}, std::nullopt,
-                                                    files::Durability::Replaced);
+                                                    files::Durability::Scratch);
             if (!written) {
                 m_traceFailure = written.error();
             }
