@@ -59,13 +59,20 @@ int writePieces(int fd, std::initializer_list<std::string_view> pieces) {
 
 Status writeInPlace(const std::filesystem::path& path,
                     std::initializer_list<std::string_view> pieces, std::optional<unsigned> mode) {
-    int raw = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, mode ? *mode : 0666);
+    // Written over from the start and cut to length afterwards, not truncated first: ext4
+    // flushes a file to the disk when it is closed after a truncation to nothing, which would
+    // make every scratch write cost a disk write.
+    int raw = ::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, mode ? *mode : 0666);
     if (raw < 0) {
         return errnoError(errno, path);
     }
     Fd fd(raw);
     if (int err = writePieces(fd.get(), pieces)) {
         return errnoError(err, path);
+    }
+    const off_t length = ::lseek(fd.get(), 0, SEEK_CUR);
+    if (length < 0 || ::ftruncate(fd.get(), length) != 0) {
+        return errnoError(errno, path);
     }
     if (::close(fd.release()) != 0) {
         return errnoError(errno, path);
