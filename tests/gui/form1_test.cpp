@@ -12,6 +12,7 @@
 #include <QFileDialog>
 #include <QMenu>
 #include <QMenuBar>
+#include <QProgressBar>
 #include <QStatusBar>
 #include <QTextBrowser>
 #include <QTreeWidget>
@@ -52,6 +53,7 @@ private slots:
     void pastedReceiptLetsThePersonNameTheCustomer();
     void dialog3StoresTheChosenEntriesOnOkOnly();
     void dialog4ChoosesTheWorkerOfTheSync();
+    void batchImportShowsItsResultsInThePane();
 
 private:
     // A fresh user's program folder, settings and QuickBooks (the demo company), and the main
@@ -337,6 +339,24 @@ void Form1Test::pastedReceiptLetsThePersonNameTheCustomer() {
 // With the Qt port: the file dialog offers the exchange-file filters, and Dialog3 (from the
 // main window's menu and from Form1's) shows the demo company's lists and the settings; OK
 // stores the chosen entries, Cancel nothing.
+// An Authorize.Net download from the Options menu: its results page replaces the pane, the
+// progress bar and Cancel are gone once the run ended; a second run adds nothing.
+void Form1Test::batchImportShowsItsResultsInThePane() {
+    startWith(*m_ui);
+    openImportWindow();
+    auto* pane = control<QTextBrowser>("WebBrowser1");
+    for (const char* expected : {"added.", "ignored. Already imported."}) {
+        m_ui->files.push_back((dataDir() / "batch" / "expanded-latin1.csv").string());
+        trigger("ImpAuthNetBatch");
+        QVERIFY(pane->isVisible());
+        const QString page = pane->toPlainText();
+        QVERIFY2(page.contains(QStringLiteral("Batch Import Results")), qPrintable(page));
+        QVERIFY2(page.contains(QString::fromUtf8(expected)), qPrintable(page));
+        QVERIFY(!control<QProgressBar>("BatchProgress")->isVisible());
+        QVERIFY(!control<QWidget>("CancelBatch")->isVisible());
+    }
+}
+
 // With the Qt port: the handheld sync asks for the worker in Dialog4 (QuickBooks' employees);
 // Cancel writes and transfers nothing, OK hands the handheld the lists after its file came
 // back.
