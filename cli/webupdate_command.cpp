@@ -59,7 +59,7 @@ int webupdateCommand(CommandContext& ctx, const Args& args) {
         }
     }
     printList(list, ctx.out);
-    const bool noSite = ctx.app.settings().value("Web", "UpdateURL").value_or("").empty();
+    const bool noSite = webupdate::siteAddress(ctx.app.settings()).empty();
     updater.onItemDone([&](int row, bool accepted, const std::string& why) {
         const ui::ListRow& item = list.row(row);
         ctx.out << (!accepted ? "not taken"

@@ -30,6 +30,10 @@ const ItemKind* itemKindNamed(std::string_view name) {
     return nullptr;
 }
 
+std::string siteAddress(const shell::SettingsStore& settings) {
+    return std::string(text::trim(settings.get("Web", "UpdateURL")));
+}
+
 WebUpdater::WebUpdater(ui::DocumentWindow& window, const qbgateway::ProgramFolder& folder,
                        qbgateway::Gateway& gateway, shell::SettingsStore& settings, ui::UiPort& ui)
     : m_window(window), m_folder(folder), m_gateway(gateway), m_settings(settings), m_ui(ui) {}
@@ -86,14 +90,13 @@ UpdateReport WebUpdater::updateItems() {
         return report;
     }
     m_settings.reload();
-    const std::string url(text::trim(m_settings.value("Web", "UpdateURL").value_or("")));
+    const std::string url = siteAddress(m_settings);
     report.noSite = url.empty();
     std::unique_ptr<HttpPoster> poster;
     if (!report.noSite) {
         PostOptions options;
         options.url = url;
-        options.bearerToken =
-            std::string(text::trim(m_settings.value("Web", "Token").value_or("")));
+        options.bearerToken = std::string(text::trim(m_settings.get("Web", "Token")));
         options.timeoutSeconds = std::max<long>(1, m_settings.getInt("Web", "Timeout", 30));
         poster = std::make_unique<HttpPoster>(std::move(options));
     }

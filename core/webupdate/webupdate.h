@@ -56,6 +56,9 @@ inline constexpr const char* kNoAccess = "Could not access the company file";
 // The kind a menu entry or a kind's name names (any case); null for none.
 const ItemKind* itemKindNamed(std::string_view name);
 
+// The web site's address from the settings ("Web" / "UpdateURL"), trimmed; "" for none.
+std::string siteAddress(const shell::SettingsStore& settings);
+
 // What one update run did.
 struct UpdateReport {
     int ticked = 0;    // items the run took up
