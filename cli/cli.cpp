@@ -8,6 +8,7 @@
 #include "cli/terminalui.h"
 #include "shell/application.h"
 #include "shell/programhome.h"
+#include "webconnector/service.h"
 
 namespace dorvane::cli {
 namespace {
@@ -51,6 +52,10 @@ constexpr const char* kUsage =
     "                        hand the handheld in the device folder QuickBooks' lists and fetch\n"
     "                        the hours it recorded (--yes books them as time entries); book a\n"
     "                        fetched file; show the device folder (Handheld DeviceFolder)\n"
+    "  webconnector user NAME | qwc [FILE] | status\n"
+    "                        reach QuickBooks on a Windows PC through its Web Connector\n"
+    "                        (QuickBooks Connection = webconnector): set the user it logs in\n"
+    "                        as, write the .qwc file to add to it, show when it connected\n"
     "  request FILE          send the qbXML request in FILE to QuickBooks and print the answer\n"
     "  sandbox ...           the embedded QuickBooks: status | open FILE | close | stop |\n"
     "                        new FILE [--demo] [--customers N] [--invoices N] | load FILE.xml\n"
@@ -77,7 +82,7 @@ constexpr Command kCommands[] = {
     {"company", companyCommand},          {"send", sendCommand},
     {"settings", settingsCommand},        {"import", importCommand},
     {"import-batch", importBatchCommand}, {"webupdate", webupdateCommand},
-    {"handheld", handheldCommand},
+    {"handheld", handheldCommand},        {"webconnector", webconnectorCommand},
 };
 
 // What preparing the program folder did (a changed style sheet kept, records moved), one line
@@ -89,6 +94,23 @@ void reportHome(const shell::HomeReport& report, std::ostream& err) {
     if (!report.error.empty()) {
         err << "dorvane: " << report.error << '\n';
     }
+}
+
+// A command that waits for the Web Connector says so once per wait, on the error stream.
+void announceWaits(webconnector::Service& service, std::ostream& err) {
+    service.setWaitHook(
+        [&service, &err, said = false](const webconnector::WaitProgress& p) mutable {
+            if (p.elapsedSeconds == 0) {
+                said = false;
+            }
+            if (!said && p.phase != webconnector::WaitProgress::Phase::Answer &&
+                p.elapsedSeconds >= 1) {
+                err << "dorvane: waiting up to " << p.limitSeconds << " s for the Web Connector at "
+                    << service.settings().appUrl() << '\n';
+                said = true;
+            }
+            return true;
+        });
 }
 
 }  // namespace
@@ -141,6 +163,9 @@ int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
             TerminalUi ui(err, options.yes, ::isatty(STDIN_FILENO) && ::isatty(STDERR_FILENO));
             reportHome(shell::setUpProgramHome(options.home), err);
             shell::Application app(ui, shell::StartOptions{options.home});
+            if (webconnector::Service* service = app.webConnector()) {
+                announceWaits(*service, err);
+            }
             CommandContext ctx{app, ui, out, err};
             return c.run(ctx, rest);
         }

@@ -38,6 +38,7 @@ int importCommand(CommandContext& ctx, const Args& args);
 int importBatchCommand(CommandContext& ctx, const Args& args);
 int webupdateCommand(CommandContext& ctx, const Args& args);
 int handheldCommand(CommandContext& ctx, const Args& args);
+int webconnectorCommand(CommandContext& ctx, const Args& args);
 
 // The document type a command-line word names (any case), e.g. "invoice" → "Invoice".
 std::optional<std::string> documentTypeNamed(std::string_view name);

@@ -11,13 +11,27 @@
 
 namespace dorvane::shell {
 
-qbgateway::ProcessorFactory defaultProcessorFactory() {
-    constexpr std::string_view kResponses = "responses:";
-    if (const char* choice = std::getenv("DORVANE_PROCESSOR"); choice && *choice) {
-        std::string_view c(choice);
-        if (c.starts_with(kResponses)) {
-            return qbgateway::responseFolderFactory(std::string(c.substr(kResponses.size())));
+qbgateway::ProcessorFactory Application::chooseProcessor(const StartOptions& options) {
+    std::string folder;
+    switch (webconnector::chosenConnection(m_settings, &folder)) {
+        case webconnector::Connection::ResponseFolder:
+            return qbgateway::responseFolderFactory(folder);
+        case webconnector::Connection::WebConnector: {
+            webconnector::ServiceOptions service;
+            service.settings = webconnector::ServiceSettings::load(m_settings);
+            service.logFile = m_folder.filePath(webconnector::kLogFile);
+            service.holdSession = options.holdWebConnectorSession;
+            m_webConnector = std::make_unique<webconnector::Service>(std::move(service));
+            // A front end that can show the wait replaces this; without one the event loop
+            // still runs while the Web Connector is awaited.
+            m_webConnector->setWaitHook([&ui = m_ui](const webconnector::WaitProgress&) {
+                ui.yield();
+                return true;
+            });
+            return m_webConnector->processorFactory();
         }
+        case webconnector::Connection::Sandbox:
+            break;
     }
     return qbsandbox::processorFactory();
 }
@@ -26,8 +40,8 @@ Application::Application(ui::UiPort& ui, const StartOptions& options,
                          qbgateway::ProcessorFactory factory)
     : m_ui(ui),
       m_folder(locateProgramHome(options.home), ui),
-      m_gateway(m_folder, ui, std::move(factory)),
       m_settings(SettingsStore::forUser()),
+      m_gateway(m_folder, ui, factory ? std::move(factory) : chooseProcessor(options)),
       m_window(ui, m_folder),
       m_company(ui, m_folder, m_gateway, m_window),
       m_defaults(m_folder, m_gateway, ui),

@@ -17,6 +17,7 @@
 #include "qbgateway/programfolder.h"
 #include "shell/mainwindow.h"
 #include "shell/settings.h"
+#include "webconnector/service.h"
 #include "webupdate/webupdate.h"
 
 namespace dorvane::ui {
@@ -28,20 +29,20 @@ namespace dorvane::shell {
 struct StartOptions {
     // --home DIR; empty: $DORVANE_HOME, else $XDG_DATA_HOME/dorvane (~/.local/share/dorvane).
     std::string home;
+    // The window keeps a Web Connector's session open while it runs; a command lets it end.
+    bool holdWebConnectorSession = false;
 };
-
-// Which request processor the gateway uses: the embedded sandbox by default;
-// DORVANE_PROCESSOR=responses:DIR answers from the response files in DIR instead (a test
-// double that stands in for QuickBooks in tests and demos).
-qbgateway::ProcessorFactory defaultProcessorFactory();
 
 // Owns the program-wide services and wires the main window to them: start-up retrieves the
 // company and makes sure of the default records, type selection and Refresh run the list
 // loaders, and a switch of company file in QuickBooks reloads the company information.
 class Application {
 public:
+    // Without a factory the connection is chosen as webconnector::chosenConnection says:
+    // the embedded sandbox by default, QuickBooks through the Web Connector, or the response
+    // files of a folder (DORVANE_PROCESSOR=responses:DIR, a test double).
     Application(ui::UiPort& ui, const StartOptions& options,
-                qbgateway::ProcessorFactory factory = defaultProcessorFactory());
+                qbgateway::ProcessorFactory factory = {});
 
     ui::UiPort& ui() { return m_ui; }
     qbgateway::ProgramFolder& folder() { return m_folder; }
@@ -56,12 +57,17 @@ public:
     batch::BatchImport& batchImport() { return m_batchImport; }
     handheld::TimeTrackingSync& handheld() { return m_handheld; }
     webupdate::WebUpdater& webUpdater() { return m_webUpdater; }
+    // The Web Connector service when the connection goes through it, else null.
+    webconnector::Service* webConnector() { return m_webConnector.get(); }
 
 private:
+    qbgateway::ProcessorFactory chooseProcessor(const StartOptions& options);
+
     ui::UiPort& m_ui;
     qbgateway::ProgramFolder m_folder;
-    qbgateway::Gateway m_gateway;
     SettingsStore m_settings;
+    std::unique_ptr<webconnector::Service> m_webConnector;
+    qbgateway::Gateway m_gateway;
     MainWindow m_window;
     company::CompanyInfo m_company;
     qbgateway::DefaultRecords m_defaults;

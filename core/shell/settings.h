@@ -54,6 +54,20 @@ inline constexpr SettingDefault kSettingDefaults[] = {
     {"Web", "UpdateURL", ""},
     {"Web", "Token", ""},
     {"Web", "Timeout", "30"},
+    {"QuickBooks", "Connection", "sandbox"},
+    {"WebConnector", "Port", "8438"},
+    {"WebConnector", "Host", ""},
+    {"WebConnector", "Certificate", ""},
+    {"WebConnector", "Key", ""},
+    {"WebConnector", "WaitSeconds", "120"},
+    {"WebConnector", "AnswerSeconds", "600"},
+    {"WebConnector", "MaxRequestMB", "10"},
+    {"WebConnector", "UserName", ""},
+    {"WebConnector", "PasswordHash", ""},
+    {"WebConnector", "OwnerID", ""},
+    {"WebConnector", "FileID", ""},
+    {"WebConnector", "AppName", "Dorvane"},
+    {"WebConnector", "CompanyFile", ""},
 };
 // The default of a value the program reads (section and key in any case); null for a value
 // it does not know.

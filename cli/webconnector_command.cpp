@@ -1,0 +1,148 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// `dorvane webconnector user NAME | qwc [FILE] | status`: setting up QuickBooks through the
+// Web Connector.
+#include <iostream>
+#include <ostream>
+#include <string>
+#include <termios.h>
+#include <unistd.h>
+
+#include "cli/cli.h"
+#include "cli/commands.h"
+#include "shell/application.h"
+#include "webconnector/config.h"
+
+namespace dorvane::cli {
+namespace {
+
+constexpr const char* kUsage =
+    "Usage: dorvane webconnector user NAME | qwc [FILE] | status\n"
+    "  user NAME    the user the Web Connector logs in as; asks for the password (on a\n"
+    "               terminal, twice, without echo) or reads it from the first line of\n"
+    "               standard input; only a salted hash of it is kept\n"
+    "  qwc [FILE]   write the .qwc file to add to the Web Connector (default Dorvane.qwc)\n"
+    "  status       the connection's settings, and when a Web Connector last connected\n";
+
+// One line from standard input without its line end; on a terminal, without echo.
+std::optional<std::string> readSecret(std::ostream& err, const char* prompt) {
+    const bool terminal = ::isatty(STDIN_FILENO);
+    termios saved{};
+    if (terminal) {
+        err << prompt << std::flush;
+        ::tcgetattr(STDIN_FILENO, &saved);
+        termios quiet = saved;
+        quiet.c_lflag &= static_cast<tcflag_t>(~ECHO);
+        ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &quiet);
+    }
+    std::string line;
+    const bool got = static_cast<bool>(std::getline(std::cin, line));
+    if (terminal) {
+        ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &saved);
+        err << '\n';
+    }
+    if (!got) {
+        return std::nullopt;
+    }
+    if (!line.empty() && line.back() == '\r') {
+        line.pop_back();
+    }
+    return line;
+}
+
+int userCommand(CommandContext& ctx, const std::string& name) {
+    auto password = readSecret(ctx.err, "Password for the Web Connector: ");
+    if (!password || password->empty()) {
+        ctx.err << "dorvane: no password given; nothing changed\n";
+        return kExitFailed;
+    }
+    if (::isatty(STDIN_FILENO)) {
+        auto again = readSecret(ctx.err, "The same password again: ");
+        if (!again || *again != *password) {
+            ctx.err << "dorvane: the two passwords differ; nothing changed\n";
+            return kExitFailed;
+        }
+    }
+    const Status saved = webconnector::setUser(ctx.app.settings(), name, *password);
+    password->assign(password->size(), '\0');
+    if (!saved) {
+        ctx.err << "dorvane: " << saved.error().description << '\n';
+        return kExitFailed;
+    }
+    ctx.out << "The Web Connector logs in as '" << name
+            << "'. Type the same password into the Web Connector when it asks.\n";
+    return kExitOk;
+}
+
+int qwcCommand(CommandContext& ctx, const std::string& file) {
+    shell::SettingsStore& store = ctx.app.settings();
+    const Status written = webconnector::writeQwc(store, file);
+    if (!written) {
+        ctx.err << "dorvane: " << written.error().description << '\n';
+        return kExitFailed;
+    }
+    const auto s = webconnector::ServiceSettings::load(store);
+    ctx.out << "Wrote " << file << " for " << s.appUrl() << ".\n"
+            << "Add it to the Web Connector on the PC where QuickBooks runs (Add an "
+               "application).\n";
+    if (!s.secure()) {
+        ctx.out << "No certificate is set, so Dorvane listens on this computer only: the Web "
+                   "Connector reaches it\nthrough a tunnel to localhost:"
+                << s.port << " (see the README), or set WebConnector Certificate and Key.\n";
+    }
+    return kExitOk;
+}
+
+int statusCommand(CommandContext& ctx) {
+    shell::SettingsStore& store = ctx.app.settings();
+    const auto s = webconnector::ServiceSettings::load(store);
+    const bool chosen =
+        webconnector::chosenConnection(store) == webconnector::Connection::WebConnector;
+    std::ostream& out = ctx.out;
+    out << "Connection:      "
+        << (chosen ? "webconnector" : "sandbox (QuickBooks Connection is not webconnector)") << '\n'
+        << "Service address: " << s.appUrl() << '\n'
+        << "Listens on:      " << s.listenText() << '\n'
+        << "User:            "
+        << (s.userName.empty() || s.passwordHash.empty()
+                ? std::string("none set (dorvane webconnector user NAME)")
+                : s.userName)
+        << '\n';
+    const auto log = webconnector::summarizeLog(ctx.app.folder().filePath(webconnector::kLogFile));
+    out << "Serving now:     "
+        << (log.servingSince ? "yes, process " + std::to_string(log.servingPid) + " since " +
+                                   log.servingSince->substr(0, 19)
+                             : std::string("no"))
+        << '\n'
+        << "Last connected:  " << log.lastConnected.value_or("never") << '\n';
+    if (log.clientVersion) {
+        out << "Web Connector:   " << *log.clientVersion << '\n';
+    }
+    if (log.companyFile) {
+        out << "Company file:    " << *log.companyFile << '\n';
+    }
+    if (log.lastRefused) {
+        out << "Last refused:    " << *log.lastRefused << '\n';
+    }
+    if (log.lastError) {
+        out << "Last problem:    " << *log.lastError << '\n';
+    }
+    return kExitOk;
+}
+
+}  // namespace
+
+int webconnectorCommand(CommandContext& ctx, const Args& args) {
+    if (args.size() == 2 && args[0] == "user") {
+        return userCommand(ctx, args[1]);
+    }
+    if ((args.size() == 1 || args.size() == 2) && args[0] == "qwc") {
+        return qwcCommand(ctx, args.size() == 2 ? args[1] : "Dorvane.qwc");
+    }
+    if (args.size() == 1 && args[0] == "status") {
+        return statusCommand(ctx);
+    }
+    ctx.err << kUsage;
+    return kExitUsage;
+}
+
+}  // namespace dorvane::cli
