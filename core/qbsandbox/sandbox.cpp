@@ -233,4 +233,10 @@ qbgateway::ProcessorFactory processorFactory() {
     };
 }
 
+qbgateway::ProcessorFactory processorFactory(std::filesystem::path folder) {
+    return [folder = std::move(folder)]() -> Result<std::unique_ptr<qbgateway::RequestProcessor>> {
+        return std::unique_ptr<qbgateway::RequestProcessor>(new SandboxProcessor(folder));
+    };
+}
+
 }  // namespace dorvane::qbsandbox

@@ -14,5 +14,7 @@ std::filesystem::path stateFolder();
 
 // Makes request processors that talk to the sandbox QuickBooks of `stateFolder()`.
 qbgateway::ProcessorFactory processorFactory();
+// The same over the sandbox state of `folder` (a second QuickBooks in one process).
+qbgateway::ProcessorFactory processorFactory(std::filesystem::path folder);
 
 }  // namespace dorvane::qbsandbox

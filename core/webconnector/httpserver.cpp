@@ -2,6 +2,7 @@
 #include "webconnector/httpserver.h"
 
 #include <arpa/inet.h>
+#include <atomic>
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
@@ -10,6 +11,8 @@
 #include <mutex>
 #include <netinet/in.h>
 #include <sys/socket.h>
+#include <thread>
+#include <unistd.h>
 
 namespace dorvane::webconnector {
 namespace {
@@ -80,6 +83,8 @@ struct HttpServer::Impl {
     HttpServerOptions options;
     HttpHandler handler;
     MHD_Daemon* daemon = nullptr;
+    // Requests begun and not yet answered in full.
+    std::atomic<int> active{0};
 
     static MHD_Result onRequest(void* cls, MHD_Connection* connection, const char* url,
                                 const char* method, const char*, const char* uploadData,
@@ -88,6 +93,7 @@ struct HttpServer::Impl {
         auto* exchange = static_cast<Exchange*>(*state);
         if (exchange == nullptr) {
             exchange = new Exchange;
+            ++self->active;
             exchange->request.method = method;
             exchange->request.path = url;
             exchange->request.peer = peerOf(connection);
@@ -104,17 +110,21 @@ struct HttpServer::Impl {
                 }
             }
             *state = exchange;
+            if (!exchange->request.tooLarge) {
+                return MHD_YES;
+            }
+            // Declared over the limit: answered before a byte of the body is read.
+        } else if (exchange->refused) {
+            *uploadSize = 0;
             return MHD_YES;
         }
-        if (*uploadSize > 0) {
-            if (!exchange->request.tooLarge) {
-                if (exchange->request.body.size() + *uploadSize > self->options.maxBodyBytes) {
-                    exchange->request.tooLarge = true;
-                    exchange->request.body.clear();
-                    exchange->request.body.shrink_to_fit();
-                } else {
-                    exchange->request.body.append(uploadData, *uploadSize);
-                }
+        if (*uploadSize > 0 && !exchange->request.tooLarge) {
+            if (exchange->request.body.size() + *uploadSize > self->options.maxBodyBytes) {
+                exchange->request.tooLarge = true;
+                exchange->request.body.clear();
+                exchange->request.body.shrink_to_fit();
+            } else {
+                exchange->request.body.append(uploadData, *uploadSize);
             }
             *uploadSize = 0;
             if (!exchange->request.tooLarge) {
@@ -122,10 +132,7 @@ struct HttpServer::Impl {
             }
             // Over the limit: answer now, without reading the rest.
         }
-        if (exchange->refused) {
-            return MHD_YES;
-        }
-        exchange->refused = exchange->request.tooLarge;
+        exchange->refused = true;
         HttpReply reply;
         try {
             reply = self->handler(exchange->request);
@@ -135,9 +142,12 @@ struct HttpServer::Impl {
         return send(connection, reply, exchange->request.tooLarge);
     }
 
-    static void onCompleted(void*, MHD_Connection*, void** state, MHD_RequestTerminationCode) {
-        delete static_cast<Exchange*>(*state);
-        *state = nullptr;
+    static void onCompleted(void* cls, MHD_Connection*, void** state, MHD_RequestTerminationCode) {
+        if (*state != nullptr) {
+            delete static_cast<Exchange*>(*state);
+            *state = nullptr;
+            --static_cast<Impl*>(cls)->active;
+        }
     }
 };
 
@@ -181,7 +191,7 @@ Result<std::unique_ptr<HttpServer>> HttpServer::start(const HttpServerOptions& o
         reinterpret_cast<sockaddr*>(&address), MHD_OPTION_CONNECTION_LIMIT, 32u,
         MHD_OPTION_PER_IP_CONNECTION_LIMIT, 8u, MHD_OPTION_CONNECTION_TIMEOUT,
         static_cast<unsigned int>(options.idleTimeout.count()), MHD_OPTION_CONNECTION_MEMORY_LIMIT,
-        static_cast<size_t>(64 * 1024), MHD_OPTION_NOTIFY_COMPLETED, &Impl::onCompleted, nullptr,
+        static_cast<size_t>(64 * 1024), MHD_OPTION_NOTIFY_COMPLETED, &Impl::onCompleted, &impl,
         MHD_OPTION_ARRAY, tls ? tlsOptions : noOptions, MHD_OPTION_END);
     {
         std::lock_guard lock(g_logMutex);
@@ -197,7 +207,17 @@ Result<std::unique_ptr<HttpServer>> HttpServer::start(const HttpServerOptions& o
 
 HttpServer::~HttpServer() {
     if (m_impl && m_impl->daemon != nullptr) {
+        // No new connections; the answers on their way are let out (a last closeConnection),
+        // for a moment at most.
+        const MHD_socket listening = MHD_quiesce_daemon(m_impl->daemon);
+        const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(2);
+        while (m_impl->active > 0 && std::chrono::steady_clock::now() < limit) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
         MHD_stop_daemon(m_impl->daemon);
+        if (listening != MHD_INVALID_SOCKET) {
+            ::close(listening);
+        }
     }
 }
 

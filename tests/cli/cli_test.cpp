@@ -4,6 +4,7 @@
 
 #include "support/mailservers.h"
 #include "support/testsupport.h"
+#include "support/webconnectorstandin.h"
 #include "support/webserver.h"
 #include "xml/xml.h"
 
@@ -505,6 +506,65 @@ TEST_F(Cli, HandheldSyncHandsOverTheListsAndBooksTheHours) {
         ++hedges;
     }
     EXPECT_EQ(hedges, 2u);
+}
+
+}  // namespace
+}  // namespace dorvane::test
+
+namespace dorvane::test {
+namespace {
+
+// `dorvane list` through a Web Connector that polls while it runs shows the office company's
+// invoices exactly as the direct list does; with a wrong password it gives up after the wait.
+TEST_F(Cli, WebConnectorListEqualsTheDirectList) {
+    ASSERT_EQ(dorvane("sandbox new '" + (home / "office.dvq").string() + "' --demo", "sandbox"), 0)
+        << err;
+    ASSERT_EQ(dorvane("list Invoice --timeframe ALL", "sandbox"), 0) << err;
+    const std::string directList = out;
+    ASSERT_NE(directList.find('\n'), std::string::npos);
+
+    const int port = unusedLoopbackPort();
+    writeFile(home / "password", "secret\n");
+    ASSERT_EQ(
+        dorvane("webconnector user office < '" + (home / "password").string() + "'", "sandbox"), 0)
+        << err;
+    for (const std::string& setting :
+         {std::string("QuickBooks Connection webconnector"),
+          "WebConnector Port " + std::to_string(port), std::string("WebConnector WaitSeconds 3")}) {
+        ASSERT_EQ(dorvane("settings set " + setting, "sandbox"), 0) << err;
+    }
+    EXPECT_EQ(readFile(home / "cfg" / "dorvane" / "DV01.ini").find("secret"), std::string::npos);
+
+    WebConnectorStandIn::Options options;
+    options.url = "http://127.0.0.1:" + std::to_string(port) + "/qbwc";
+    options.office = home / "sandbox";
+    {
+        WebConnectorStandIn connector(options);
+        EXPECT_EQ(dorvane("list Invoice --timeframe ALL", "settings"), 0) << err;
+        EXPECT_EQ(out, directList);
+        EXPECT_TRUE(connector.waitFor([](const auto& c) { return c.closed >= 1; }));
+        EXPECT_EQ(connector.counts().lastClose, "OK");
+    }
+    EXPECT_EQ(dorvane("webconnector status", "settings"), 0) << err;
+    EXPECT_NE(out.find("Connection:      webconnector"), std::string::npos) << out;
+    EXPECT_NE(out.find("user office from 127.0.0.1"), std::string::npos) << out;
+    EXPECT_NE(out.find("Serving now:     no"), std::string::npos) << out;
+    EXPECT_NE(out.find("Company file:    C:\\Office\\Harbor Lane.QBW"), std::string::npos) << out;
+
+    options.password = "guess";
+    WebConnectorStandIn stranger(options);
+    EXPECT_EQ(dorvane("list Invoice --timeframe ALL", "settings"), 2);
+    EXPECT_EQ(out, "");
+    EXPECT_NE(err.find("waiting up to 3 s for the Web Connector at http://localhost:" +
+                       std::to_string(port) + "/qbwc"),
+              std::string::npos)
+        << err;
+    EXPECT_NE(err.find("Could not start QuickBooks.(-2147220472)"), std::string::npos) << err;
+    EXPECT_GE(stranger.counts().refusals, 1);
+
+    ASSERT_EQ(dorvane("webconnector qwc '" + (home / "office.qwc").string() + "'", "settings"), 0)
+        << err;
+    EXPECT_NE(readFile(home / "office.qwc").find("<UserName>office</UserName>"), std::string::npos);
 }
 
 }  // namespace
