@@ -22,6 +22,12 @@ constexpr int kPercentGoingOn = 50;
 constexpr int kPercentDone = 100;
 constexpr auto kTick = std::chrono::milliseconds(100);
 
+// A name someone typed, as the log shows it: short, on one line.
+std::string shown(const std::string& name) {
+    constexpr std::size_t kLongest = 64;
+    return name.size() > kLongest ? name.substr(0, kLongest) + "..." : name;
+}
+
 Error couldNotStart() {
     return qbgateway::processorError(qbgateway::kErrCouldNotStart, kCouldNotStart);
 }
@@ -132,7 +138,8 @@ Bridge::Reply Bridge::answer(const SoapCall& call, const std::string& peer) {
 
 std::string Bridge::clientVersion(const std::string& version) {
     std::lock_guard lock(m_mutex);
-    event("version", "Web Connector " + (version.empty() ? std::string("(unnamed)") : version));
+    event("version",
+          "Web Connector " + (version.empty() ? std::string("(unnamed)") : shown(version)));
     return "";
 }
 
