@@ -2,6 +2,8 @@
 #include "gui/gui.h"
 
 #include <iostream>
+#include <string>
+#include <vector>
 
 #include <QApplication>
 
@@ -10,6 +12,7 @@
 #include "gui/qtuiport.h"
 #include "shell/application.h"
 #include "shell/programhome.h"
+#include "webconnector/service.h"
 
 namespace dorvane::gui {
 
@@ -20,24 +23,39 @@ int runWindow(int argc, char** argv, const std::string& homeOption) {
 
     const shell::HomeReport home = shell::setUpProgramHome(homeOption);
     QtUiPort ui;
-    shell::Application app(ui, shell::StartOptions{homeOption});
+    // The window keeps the Web Connector's session open while it runs.
+    shell::Application app(ui, shell::StartOptions{homeOption, true});
     registerDialogs(ui, app.settings());
     MainWindowView window(app);
     ui.setParentWidget(&window);
     window.show();
-    app.window().startUp();
-    // What preparing the program folder did shows in the status bar and on standard error.
-    std::string notices;
-    for (const std::string& line : home.notices) {
-        std::cerr << "dorvane: " << line << '\n';
-        notices += (notices.empty() ? "" : " ") + line;
-    }
+
+    // What preparing the program folder did, and where the Web Connector reaches this
+    // program, show on standard error and in the status bar.
+    std::vector<std::string> notices = home.notices;
     if (!home.error.empty()) {
-        std::cerr << "dorvane: " << home.error << '\n';
-        notices += (notices.empty() ? "" : " ") + home.error;
+        notices.push_back(home.error);
     }
-    if (!notices.empty()) {
-        app.window().setStatusText(notices);
+    if (webconnector::Service* service = app.webConnector()) {
+        // Listening before the first request lets the Web Connector connect while start-up
+        // waits for it.
+        const Status started = service->start();
+        notices.push_back(started ? service->notice()
+                                  : "Dorvane cannot serve the Web Connector on port " +
+                                        std::to_string(service->port()) + ": " +
+                                        started.error().description);
+    }
+    std::string statusText;
+    for (const std::string& line : notices) {
+        std::cerr << "dorvane: " << line << '\n';
+        statusText += (statusText.empty() ? "" : " ") + line;
+    }
+    window.startUp();
+    if (!window.isVisible()) {
+        return 0;  // closed while start-up waited for QuickBooks
+    }
+    if (!statusText.empty()) {
+        app.window().setStatusText(statusText);
     }
     return QApplication::exec();
 }

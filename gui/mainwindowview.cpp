@@ -25,6 +25,7 @@
 
 #include "gui/importwindowview.h"
 #include "gui/qtstrings.h"
+#include "gui/webconnectorwait.h"
 #include "mail/preferences.h"
 #include "qbgateway/programfolder.h"
 #include "ui/uiport.h"
@@ -84,6 +85,11 @@ MainWindowView::MainWindowView(shell::Application& app, QWidget* parent)
     m_progressBar->setMaximumWidth(200);
     status->addPermanentWidget(m_progressBar);
     setStatusBar(status);
+    if (webconnector::Service* service = m_app.webConnector()) {
+        m_webConnectorWait = new WebConnectorWait(
+            *service, [this] { return m_commandRunning; }, this);
+        m_webConnectorWait->addStatusBar(status);
+    }
 
     resize(820, 560);
 
@@ -456,6 +462,13 @@ void MainWindowView::runCommand(const std::function<void()>& command) {
     }
     const QScopedValueRollback running(m_commandRunning, true);
     command();
+    if (m_webConnectorWait != nullptr) {
+        m_webConnectorWait->commandEnded();
+    }
+}
+
+void MainWindowView::startUp() {
+    runCommand([this] { m_app.window().startUp(); });
 }
 
 // The dialog writes the preferences itself when closed with OK (see registerDialogs), so the
@@ -474,6 +487,9 @@ void MainWindowView::openImportWindow() {
             m_app.importWindow(), this,
             [this](const std::function<void()>& command) { runCommand(command); });
         m_importView->attachBatchImport(m_app.batchImport());
+        if (m_webConnectorWait != nullptr) {
+            m_webConnectorWait->addStatusBar(m_importView->statusBar());
+        }
     }
     m_importView->show();
     m_importView->raise();

@@ -10,7 +10,8 @@
 // shares that guard. Import opens the import window (one, kept until the window closes, raised
 // when open already) and Import Preferences shows the import preferences; both are also
 // signals. Update and the web-update menu are signals only: nothing happens until someone
-// connects to them.
+// connects to them. With the Web Connector connection, a wait for it shows in this window's
+// status bar and the import window's, with a Cancel (see WebConnectorWait).
 #pragma once
 
 #include <functional>
@@ -35,6 +36,7 @@ class QTreeWidgetItem;
 namespace dorvane::gui {
 
 class ImportWindowView;
+class WebConnectorWait;
 
 class MainWindowView final : public QMainWindow,
                              private shell::MainWindowObserver,
@@ -46,6 +48,10 @@ public:
     ~MainWindowView() override;
 
     shell::Application& application() { return m_app; }
+
+    // Core's start-up (company information, default records), run as a command: nothing else
+    // starts while it waits for QuickBooks.
+    void startUp();
 
     // `ImageList1`: the row icons 1..4, as loaded from the program folder.
     const QList<QIcon>& imageList() const { return m_imageList; }
@@ -103,6 +109,8 @@ private:
     bool m_commandRunning = false;             // set while a command runs in core
     int m_resets = 0;
     bool m_fitPending = false;
+    // The wait for the Web Connector in the status bars; only with that connection.
+    WebConnectorWait* m_webConnectorWait = nullptr;
 };
 
 }  // namespace dorvane::gui

@@ -15,6 +15,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QProgressBar>
+#include <QPushButton>
 #include <QSignalSpy>
 #include <QStatusBar>
 #include <QTreeWidget>
@@ -24,6 +25,8 @@
 #include "guitestsupport.h"
 #include "shell/application.h"
 #include "support/testsupport.h"
+#include "support/webconnectorstandin.h"
+#include "webconnector/config.h"
 
 namespace dorvane::test {
 
@@ -59,6 +62,8 @@ private slots:
     void commandsReachTheirHooks();
     void commandsAreIgnoredWhileOneRuns();
     void typeSelectionShowsTheBusyPointerAndKeepsPainting();
+    void webConnectorWaitShowsInBothStatusBarsAndCancels_data();
+    void webConnectorWaitShowsInBothStatusBarsAndCancels();
 
 private:
     QTreeWidget* listView() const {
@@ -403,6 +408,128 @@ void Form3Test::typeSelectionShowsTheBusyPointerAndKeepsPainting() {
     QCOMPARE(during, Qt::WaitCursor);
     QVERIFY(QGuiApplication::overrideCursor() == nullptr);
     QVERIFY2(paints.count > paintsBeforeYield, "the status text was not painted while loading");
+}
+
+void Form3Test::webConnectorWaitShowsInBothStatusBarsAndCancels_data() {
+    QTest::addColumn<bool>("stalled");
+    QTest::addColumn<QString>("awaited");  // Cancel is pressed while the wait says this
+    QTest::addColumn<QString>("failure");  // what the gateway's box says then
+    QTest::newRow("no Web Connector")
+        << false << QStringLiteral("Waiting for the Web Connector to connect (")
+        << QStringLiteral("\nCould not start QuickBooks.(");
+    QTest::newRow("stalled Web Connector")
+        << true << QStringLiteral("Waiting for QuickBooks to answer through the Web Connector (")
+        << QStringLiteral("\nCould not access QuickBooks.(");
+}
+
+// QuickBooks through the Web Connector, and none comes or the one that comes never answers:
+// each wait shows in the status bars of both windows, no other command starts meanwhile, and
+// Cancel ends the wait, and every further one of the same command, with the gateway's failure.
+void Form3Test::webConnectorWaitShowsInBothStatusBarsAndCancels() {
+    QFETCH(bool, stalled);
+    QFETCH(QString, awaited);
+    QFETCH(QString, failure);
+    // The connection is chosen at start from the user's settings; port 0: any free one.
+    TempDir config;
+    std::filesystem::create_directories(config / "dorvane");
+    writeFile(config / "dorvane" / "DV01.ini",
+              "[QuickBooks]\nConnection=webconnector\n[WebConnector]\nPort=0\nWaitSeconds=30\n");
+    if (stalled) {
+        shell::SettingsStore store(config / "dorvane" / "DV01.ini");
+        QVERIFY(webconnector::setUser(store, "office", "secret"));
+    }
+    const bool hadConfig = qEnvironmentVariableIsSet("XDG_CONFIG_HOME");
+    const QByteArray configBefore = qgetenv("XDG_CONFIG_HOME");
+    qputenv("XDG_CONFIG_HOME", QByteArray::fromStdString(config.path().string()));
+    gui::QtUiPort ui;
+    shell::Application app(ui, shell::StartOptions{m_home->path().string(), true});
+    hadConfig ? qputenv("XDG_CONFIG_HOME", configBefore) : qunsetenv("XDG_CONFIG_HOME");
+    webconnector::Service* service = app.webConnector();
+    QVERIFY(service != nullptr);
+    int dialogsOpened = 0;
+    ui.registerDialog("Dialog", [&dialogsOpened](QWidget*, ui::DialogModel&) {
+        ++dialogsOpened;
+        return false;
+    });
+    gui::MainWindowView view(app);
+    ui.setParentWidget(&view);
+    view.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&view));
+    TempDir office;
+    std::unique_ptr<WebConnectorStandIn> connector;
+    if (stalled) {
+        QVERIFY(service->start());
+        WebConnectorStandIn::Options stall;
+        stall.url = "http://127.0.0.1:" + std::to_string(service->port()) + "/qbwc";
+        stall.office = office.path();
+        stall.mode = WebConnectorStandIn::Mode::Stall;
+        connector = std::make_unique<WebConnectorStandIn>(stall);
+    }
+
+    // Watches the indicator in `bar`: how often it came up and, once it says what is awaited,
+    // tries other commands and then presses its Cancel.
+    struct Watch {
+        QLabel* label = nullptr;
+        QPushButton* cancel = nullptr;
+        QString awaited;
+        int showings = 0;
+        QString cancelledAt;
+        bool shownBefore = false;
+    };
+    Watch watch;
+    const auto watchBar = [&watch](QStatusBar* bar, const QString& awaited) {
+        watch = {};
+        watch.awaited = awaited;
+        watch.label = bar->findChild<QLabel*>(QStringLiteral("webConnectorWait"));
+        watch.cancel = bar->findChild<QPushButton*>(QStringLiteral("webConnectorCancel"));
+        QVERIFY(watch.label && watch.cancel);
+        QVERIFY(!watch.label->isVisible() && !watch.cancel->isVisible());
+    };
+    MessageBoxRecorder boxes;
+    const auto failed = [&boxes](const QString& text) {
+        return !boxes.texts.filter(text).isEmpty();
+    };
+    QTimer poll;
+    poll.setInterval(20);
+    connect(&poll, &QTimer::timeout, &view, [&] {
+        const bool shown = watch.label->isVisible() && watch.cancel->isVisible();
+        watch.showings += shown && !watch.shownBefore ? 1 : 0;
+        watch.shownBefore = shown;
+        if (shown && watch.cancelledAt.isEmpty() && watch.label->text().startsWith(watch.awaited)) {
+            watch.cancelledAt = watch.label->text();
+            view.findChild<QAction*>(QStringLiteral("SelectEstimate"))->trigger();
+            view.findChild<QAction*>(QStringLiteral("Parameter"))->trigger();
+            QTest::mouseClick(view.findChild<QPushButton*>(QStringLiteral("RefreshBtn")),
+                              Qt::LeftButton);
+            QTest::mouseClick(watch.cancel, Qt::LeftButton);
+        }
+    });
+    poll.start();
+
+    // Start-up asks for the company information and the default records.
+    watchBar(view.statusBar(), awaited);
+    view.startUp();
+    QCOMPARE(watch.showings, 1);
+    QVERIFY(!watch.cancelledAt.isEmpty());
+    QCOMPARE(watch.label->text(), watch.cancelledAt);  // no wait went on after Cancel
+    QVERIFY(!watch.label->isVisible() && !watch.cancel->isVisible());
+    QVERIFY2(failed(failure), qPrintable(boxes.texts.join(QLatin1Char('|'))));
+    QCOMPARE(dialogsOpened, 0);
+    QVERIFY(!view.windowTitle().contains(QStringLiteral("Estimate")));
+
+    // With the import window open its status bar shows the wait too, and its Cancel works.
+    QTest::mouseClick(view.findChild<QPushButton*>(QStringLiteral("ImportBtn")), Qt::LeftButton);
+    auto* importWindow = view.findChild<QMainWindow*>(QStringLiteral("Form1"));
+    QVERIFY(importWindow && importWindow->isVisible());
+    watchBar(importWindow->statusBar(), QStringLiteral("Waiting for "));
+    boxes.texts.clear();
+    view.findChild<QAction*>(QStringLiteral("SelectInvoice"))->trigger();
+    QCOMPARE(watch.showings, 1);
+    QVERIFY(!watch.cancelledAt.isEmpty());
+    QVERIFY(!watch.label->isVisible());
+    QVERIFY(!view.findChild<QLabel*>(QStringLiteral("webConnectorWait"))->isVisible());
+    QVERIFY2(failed(QStringLiteral("QuickBooks")), qPrintable(boxes.texts.join(QLatin1Char('|'))));
+    QCOMPARE(dialogsOpened, 0);
 }
 
 int runForm3Tests(int argc, char** argv) {
