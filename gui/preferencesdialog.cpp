@@ -5,17 +5,24 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <tuple>
 
 #include <QAbstractButton>
 #include <QButtonGroup>
 #include <QCheckBox>
+#include <QDir>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QFormLayout>
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QPushButton>
 #include <QRadioButton>
+#include <QTabWidget>
 #include <QVBoxLayout>
 
 #include "gui/dialogs.h"
@@ -61,21 +68,51 @@ bool isTextBox(const Control& control) {
     return control.kind == Control::Text || control.kind == Control::Password;
 }
 
+bool sameConnection(const webconnector::ConnectionPreferences& a,
+                    const webconnector::ConnectionPreferences& b) {
+    auto fields = [](const webconnector::ConnectionPreferences& p) {
+        return std::tie(p.webConnector, p.port, p.host, p.certificate, p.key, p.waitSeconds,
+                        p.userName, p.newPassword);
+    };
+    return fields(a) == fields(b);
+}
+
+QLineEdit* lineEdit(QWidget* parent, const char* name, const char* placeholder = "") {
+    auto* edit = new QLineEdit(parent);
+    edit->setObjectName(QString::fromUtf8(name));
+    edit->setPlaceholderText(QString::fromUtf8(placeholder));
+    return edit;
+}
+
 }  // namespace
 
 PreferencesDialog::PreferencesDialog(mail::MailPreferencesModel& model, shell::SettingsStore& store,
                                      QWidget* parent)
     : QDialog(parent), m_model(model), m_store(store) {
     setObjectName(QStringLiteral("Dialog"));
-    setWindowTitle(QStringLiteral("Mail Preferences"));
-    buildControls();
+    setWindowTitle(QStringLiteral("Preferences"));
+
+    m_pages = new QTabWidget(this);
+    m_pages->setObjectName(QStringLiteral("preferencesTabs"));
+    auto* mailPage = new QWidget(m_pages);
+    mailPage->setObjectName(QStringLiteral("mailTab"));
+    mailPage->setLayout(buildControls());
+    m_pages->addTab(mailPage, QStringLiteral("Mail"));
+    m_connectionPage = buildConnectionPage();
+    m_pages->addTab(m_connectionPage, QStringLiteral("QuickBooks connection"));
+    auto* body = new QVBoxLayout;
+    body->addWidget(m_pages);
+    layOutWithOkCancel(this, body);
+
     showModel();
+    m_connection = webconnector::ConnectionPreferences::load(m_store);
+    showConnection();
 }
 
 // Laid out in the table's order, two columns: a text box sits beside its label, and a text box
 // that follows a check box sits beside that check box with its caption as the placeholder
 // ("Send BCC to:" [enter your BCC email address]). Option buttons go into the frame before them.
-void PreferencesDialog::buildControls() {
+QLayout* PreferencesDialog::buildControls() {
     auto* grid = new QGridLayout;
     grid->setColumnStretch(1, 1);
     grid->setColumnMinimumWidth(1, 240);
@@ -145,8 +182,167 @@ void PreferencesDialog::buildControls() {
             }
         }
     }
+    return grid;
+}
 
-    layOutWithOkCancel(this, grid);
+// The QuickBooks connection: the embedded sandbox, or QuickBooks on the office's Windows PC
+// through the Web Connector, which calls this program's service.
+QWidget* PreferencesDialog::buildConnectionPage() {
+    auto* page = new QWidget(m_pages);
+    page->setObjectName(QStringLiteral("qbConnectionTab"));
+
+    m_webConnector = new QCheckBox(
+        QStringLiteral("Reach QuickBooks through the Web Connector (else the sandbox company)"),
+        page);
+    m_webConnector->setObjectName(QStringLiteral("wcEnabledCheck"));
+    m_port = lineEdit(page, "wcPortText", "8438");
+    m_host = lineEdit(page, "wcHostText");
+    m_host->setPlaceholderText(toQString(webconnector::thisHostName()));
+    m_host->setToolTip(QStringLiteral("The name the Web Connector's PC reaches this computer by"));
+    m_certificate = lineEdit(page, "wcCertificateText", "none: this computer only, plain HTTP");
+    m_key = lineEdit(page, "wcKeyText", "none: this computer only, plain HTTP");
+    m_wait = lineEdit(page, "wcWaitText", "120");
+    m_wait->setToolTip(
+        QStringLiteral("How long a request waits for the Web Connector before it fails"));
+    m_user = lineEdit(page, "wcUserText");
+    m_password = lineEdit(page, "wcPasswordText");
+    m_password->setEchoMode(QLineEdit::Password);
+
+    auto* form = new QFormLayout;
+    form->addRow(m_webConnector);
+    form->addRow(QStringLiteral("&Port:"), m_port);
+    form->addRow(QStringLiteral("&Host:"), m_host);
+    const std::tuple<const char*, const char*, QLineEdit*> files[] = {
+        {"&Certificate:", "wcCertificateBrowse", m_certificate},
+        {"&Key:", "wcKeyBrowse", m_key},
+    };
+    for (const auto& [caption, buttonName, edit] : files) {
+        auto* browseButton = new QPushButton(QStringLiteral("..."), page);
+        browseButton->setObjectName(QString::fromUtf8(buttonName));
+        browseButton->setToolTip(QStringLiteral("Choose the file"));
+        browseButton->setMaximumWidth(
+            browseButton->fontMetrics().horizontalAdvance(browseButton->text()) + 24);
+        const QString title = QString::fromUtf8(caption).remove(QLatin1Char('&')).chopped(1);
+        connect(browseButton, &QPushButton::clicked, this,
+                [this, edit, title] { browse(edit, title); });
+        auto* row = new QHBoxLayout;
+        row->addWidget(edit, 1);
+        row->addWidget(browseButton);
+        form->addRow(QString::fromUtf8(caption), row);
+        qobject_cast<QLabel*>(form->labelForField(row))->setBuddy(edit);
+    }
+    form->addRow(QStringLiteral("&Wait (seconds):"), m_wait);
+    form->addRow(QStringLiteral("&User name:"), m_user);
+    form->addRow(QStringLiteral("Pass&word:"), m_password);
+    for (QLabel* label : page->findChildren<QLabel*>()) {
+        if (label->buddy() != nullptr) {
+            label->setObjectName(label->buddy()->objectName() + QStringLiteral("Label"));
+        }
+    }
+
+    auto* saveQwc = new QPushButton(QStringLiteral("Save .qwc file..."), page);
+    saveQwc->setObjectName(QStringLiteral("wcSaveQwcButton"));
+    saveQwc->setToolTip(QStringLiteral(
+        "Saves this page, then the file to add to the Web Connector on the QuickBooks PC"));
+    connect(saveQwc, &QPushButton::clicked, this, &PreferencesDialog::saveQwc);
+    auto* qwcRow = new QHBoxLayout;
+    qwcRow->addWidget(saveQwc);
+    qwcRow->addStretch(1);
+    form->addRow(qwcRow);
+
+    auto* note = new QLabel(
+        QStringLiteral("Dorvane chooses its connection when it starts: a changed connection takes "
+                       "effect the next time Dorvane starts."),
+        page);
+    note->setObjectName(QStringLiteral("wcNoteLabel"));
+    note->setWordWrap(true);
+    form->addRow(note);
+
+    page->setLayout(form);
+    return page;
+}
+
+void PreferencesDialog::browse(QLineEdit* edit, const QString& title) {
+    const QString current = edit->text().trimmed();
+    QFileDialog dialog(this, title,
+                       current.isEmpty() ? QDir::homePath() : QFileInfo(current).absolutePath(),
+                       QStringLiteral("PEM files (*.pem *.crt *.key);;All files (*)"));
+    dialog.setObjectName(QStringLiteral("wcBrowseDialog"));
+    dialog.setAcceptMode(QFileDialog::AcceptOpen);
+    dialog.setFileMode(QFileDialog::ExistingFile);
+    if (dialog.exec() == QDialog::Accepted && !dialog.selectedFiles().isEmpty()) {
+        edit->setText(dialog.selectedFiles().front());
+    }
+}
+
+void PreferencesDialog::showConnection() {
+    m_webConnector->setChecked(m_connection.webConnector);
+    m_port->setText(toQString(m_connection.port));
+    m_host->setText(toQString(m_connection.host));
+    m_certificate->setText(toQString(m_connection.certificate));
+    m_key->setText(toQString(m_connection.key));
+    m_wait->setText(toQString(m_connection.waitSeconds));
+    m_user->setText(toQString(m_connection.userName));
+    m_password->clear();
+    const bool stored = !m_store.get(webconnector::kSection, "PasswordHash").empty();
+    m_password->setPlaceholderText(stored ? QStringLiteral("empty keeps the stored password")
+                                          : QStringLiteral("the Web Connector user's password"));
+}
+
+webconnector::ConnectionPreferences PreferencesDialog::shownConnection() const {
+    webconnector::ConnectionPreferences shown;
+    shown.webConnector = m_webConnector->isChecked();
+    shown.port = toStdString(m_port->text());
+    shown.host = toStdString(m_host->text());
+    shown.certificate = toStdString(m_certificate->text());
+    shown.key = toStdString(m_key->text());
+    shown.waitSeconds = toStdString(m_wait->text());
+    shown.userName = toStdString(m_user->text());
+    shown.newPassword = toStdString(m_password->text());
+    return shown;
+}
+
+bool PreferencesDialog::saveConnection() {
+    const webconnector::ConnectionPreferences shown = shownConnection();
+    if (sameConnection(shown, m_connection)) {
+        return true;
+    }
+    if (const Status saved = shown.save(m_store); !saved) {
+        m_pages->setCurrentWidget(m_connectionPage);
+        QMessageBox::warning(this, windowTitle(), toQString(saved.error().description));
+        return false;
+    }
+    m_connection = webconnector::ConnectionPreferences::load(m_store);
+    showConnection();
+    return true;
+}
+
+// The .qwc names the user and the service's address as stored, so the page is saved first.
+void PreferencesDialog::saveQwc() {
+    if (!saveConnection()) {
+        return;
+    }
+    if (m_connection.userName.empty()) {
+        QMessageBox::warning(this, windowTitle(),
+                             QStringLiteral("Enter the Web Connector user's name and password "
+                                            "first: the .qwc file names that user."));
+        return;
+    }
+    QFileDialog dialog(this, QStringLiteral("Save .qwc file"),
+                       QDir::home().filePath(QStringLiteral("Dorvane.qwc")),
+                       QStringLiteral("Web Connector files (*.qwc)"));
+    dialog.setObjectName(QStringLiteral("wcQwcDialog"));
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setDefaultSuffix(QStringLiteral("qwc"));
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) {
+        return;
+    }
+    const QString file = dialog.selectedFiles().front();
+    if (const Status written = webconnector::writeQwc(m_store, toStdString(file)); !written) {
+        QMessageBox::warning(this, windowTitle(),
+                             QStringLiteral("Could not save %1: %2")
+                                 .arg(file, toQString(written.error().description)));
+    }
 }
 
 void PreferencesDialog::showModel() {
@@ -192,6 +388,9 @@ void PreferencesDialog::accept() {
                              QStringLiteral("Could not save the preferences in %1: %2")
                                  .arg(QString::fromStdString(m_store.file().string()),
                                       toQString(saved.error().description)));
+        return;
+    }
+    if (!saveConnection()) {
         return;
     }
     QDialog::accept();

@@ -1,18 +1,29 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Dorvane — the mail preferences dialog `Dialog`: renders core's MailPreferencesModel.
+// Dorvane — the preferences dialog `Dialog`: the mail preferences (core's
+// MailPreferencesModel) on its first page, the QuickBooks connection on its second.
 //
-// The controls are built from core's control table, each with its control name as objectName.
-// Opening shows the model; OK copies the controls back into the model and writes it to the
-// settings store, once; Cancel (or Escape) closes and writes nothing. When the store cannot be
-// written the dialog says so and stays open.
+// The mail controls are built from core's control table, each with its control name as
+// objectName. Opening shows the model and the stored connection; OK copies the controls back
+// into the model and writes it to the settings store, once, then the connection when it was
+// changed; Cancel (or Escape) closes and writes nothing. When the store cannot be written, or
+// a connection value makes no sense, the dialog says so and stays open.
+//
+// The connection page also saves the .qwc file to add to the Web Connector. The program
+// chooses its connection when it starts, so a changed one takes effect at the next start.
 #pragma once
 
 #include <QDialog>
 
 #include "mail/preferences.h"
 #include "shell/settings.h"
+#include "webconnector/config.h"
 
 class QButtonGroup;
+class QCheckBox;
+class QLayout;
+class QLineEdit;
+class QTabWidget;
+class QWidget;
 
 namespace dorvane::gui {
 
@@ -26,13 +37,32 @@ public:
     void accept() override;
 
 private:
-    void buildControls();
+    QLayout* buildControls();
+    QWidget* buildConnectionPage();
     void showModel();
     void takeModel();
+    void showConnection();
+    webconnector::ConnectionPreferences shownConnection() const;
+    // Writes the connection page when it differs from what is stored; false (having said
+    // why) when it could not.
+    bool saveConnection();
+    void saveQwc();
+    void browse(QLineEdit* edit, const QString& title);
 
     mail::MailPreferencesModel& m_model;
     shell::SettingsStore& m_store;
     QButtonGroup* m_options = nullptr;
+    QTabWidget* m_pages = nullptr;
+    QWidget* m_connectionPage = nullptr;
+    webconnector::ConnectionPreferences m_connection;  // as stored
+    QCheckBox* m_webConnector = nullptr;
+    QLineEdit* m_port = nullptr;
+    QLineEdit* m_host = nullptr;
+    QLineEdit* m_certificate = nullptr;
+    QLineEdit* m_key = nullptr;
+    QLineEdit* m_wait = nullptr;
+    QLineEdit* m_user = nullptr;
+    QLineEdit* m_password = nullptr;
 };
 
 }  // namespace dorvane::gui

@@ -16,10 +16,12 @@
 #include <QCursor>
 #include <QDesktopServices>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QGroupBox>
 #include <QGuiApplication>
 #include <QInputDialog>
 #include <QRadioButton>
+#include <QTabWidget>
 #include <QUrl>
 
 #include "company/companyeditor.h"
@@ -102,7 +104,7 @@ std::string shownIn(QWidget* dialog, const Place& place) {
 
 // Every control of a dialog in the order it was made, as "objectName=caption" or, with
 // `values`, each text box as "objectName=text".
-QString controlsOf(QDialog* dialog, bool values = false) {
+QString controlsOf(QWidget* dialog, bool values = false) {
     QStringList out;
     for (QWidget* widget : dialog->findChildren<QWidget*>()) {
         auto* edit = qobject_cast<QLineEdit*>(widget);
@@ -154,6 +156,9 @@ private slots:
     void preferencesCancelWritesNothing();
     void preferencesUnwritableStoreKeepsDialogOpen();
     void parameterMenuOpensWhatTheFileHoldsNow();
+    void connectionPageShowsAndWritesTheStoredConnection();
+    void connectionPageRefusesValuesThatMakeNoSense();
+    void connectionPageSavesTheQwcFile();
 
     void companyOpensWithTheRecordInLabelledBoxes();
     void companyOkWritesAddressIntoBothPlacesAndOptionalsMayBeEmpty();
@@ -347,11 +352,25 @@ void QtUiPortTest::dialogsAreFoundByName() {
 
 // ---- mail preferences ----------------------------------------------------------------------
 
+// The mail page, the QuickBooks connection page, and OK and Cancel below both.
 void QtUiPortTest::preferencesControlsCarryTheirNamesAndCaptions() {
-    QString controls;
-    openPreferences([&controls](QDialog* dialog) { controls = controlsOf(dialog); });
+    QStringList pages;
+    QString mail;
+    QString connection;
+    QString all;
+    openPreferences([&](QDialog* dialog) {
+        auto* tabs = dialog->findChild<QTabWidget*>(QStringLiteral("preferencesTabs"));
+        for (int i = 0; i < tabs->count(); ++i) {
+            pages << tabs->widget(i)->objectName() + QLatin1Char('=') + tabs->tabText(i);
+        }
+        mail = controlsOf(tabs->widget(0));
+        connection = controlsOf(tabs->widget(1));
+        all = controlsOf(dialog);
+    });
+    QCOMPARE(pages.join(QStringLiteral(", ")),
+             QStringLiteral("mailTab=Mail, qbConnectionTab=QuickBooks connection"));
     QCOMPARE(
-        controls,
+        mail,
         QStringLiteral(
             "smtpservertext=SMTP Server Name, SmtpUsername=SMTP User Name, "
             "SMTPPassword=SMTP Password, SMTPPort=SMTP Port, tracecheck=Trace, "
@@ -360,17 +379,26 @@ void QtUiPortTest::preferencesControlsCarryTheirNamesAndCaptions() {
             "directdeliveryoption=direct delivery, returnReceiptCheck=RequestDeliveryReceipts, "
             "bccCheck=Send BCC to:, bcctext=enter your BCC email address, "
             "alwayssendBCC=Always send BCC, altEmailCheck=Choose Alternate Email Address, "
-            "EncryptCheck=Encrypt with Digital Envelope, attachCheck=SendXMLAttachments, "
-            "OKButton=OK, CancelButton=Cancel"));
-    openPreferences([&controls](QDialog* dialog) {
-        controls =
-            QStringLiteral("%1 %2 %3")
+            "EncryptCheck=Encrypt with Digital Envelope, attachCheck=SendXMLAttachments"));
+    QCOMPARE(connection,
+             QStringLiteral(
+                 "wcEnabledCheck=Reach QuickBooks through the Web Connector (else the sandbox "
+                 "company), wcPortText=&Port:, wcHostText=&Host:, wcCertificateText=&Certificate:, "
+                 "wcKeyText=&Key:, wcWaitText=&Wait (seconds):, wcUserText=&User name:, "
+                 "wcPasswordText=Pass&word:, wcCertificateBrowse=..., wcKeyBrowse=..., "
+                 "wcSaveQwcButton=Save .qwc file..."));
+    QVERIFY2(all.endsWith(QStringLiteral(", OKButton=OK, CancelButton=Cancel")), qPrintable(all));
+    openPreferences([&all](QDialog* dialog) {
+        all =
+            QStringLiteral("%1 %2 %3 %4")
                 .arg(dialog->objectName(),
                      QString::number(
                          dialog->findChild<QLineEdit*>(QStringLiteral("SMTPPassword"))->echoMode()),
+                     QString::number(dialog->findChild<QLineEdit*>(QStringLiteral("wcPasswordText"))
+                                         ->echoMode()),
                      dialog->findChild<QRadioButton*>()->parent()->objectName());
     });
-    QCOMPARE(controls, QStringLiteral("Dialog %1 Frame1").arg(QLineEdit::Password));
+    QCOMPARE(all, QStringLiteral("Dialog %1 %1 Frame1").arg(QLineEdit::Password));
 }
 
 // One key at a time, so that a control showing another control's value is caught.
@@ -411,6 +439,8 @@ void QtUiPortTest::preferencesOkWritesEveryKey() {
         QCOMPARE(stored(place.section, place.key), expected[place.key]);
     }
     QCOMPARE(expected["Trace"], std::string("0"));  // was on
+    // The connection page, untouched, wrote nothing.
+    QCOMPARE(stored("QuickBooks", "Connection") + stored("WebConnector", "Port"), std::string());
     QCOMPARE(stored("Settings", "MailOption"), std::string("2"));
     // The store the program reads from has them too, without reading the file again.
     QCOMPARE(m_store->get("SMTP", "Pwd"), expected["Pwd"]);
@@ -504,6 +534,170 @@ void QtUiPortTest::parameterMenuOpensWhatTheFileHoldsNow() {
     view.findChild<QAction*>(QStringLiteral("Parameter"))->trigger();
     QCOMPARE(shown, QStringLiteral("second.example.com"));
     QCOMPARE(shell::SettingsStore(userFile).get("SMTP", "Port"), std::string("2525"));
+}
+
+// ---- the QuickBooks connection page --------------------------------------------------------
+
+namespace {
+
+constexpr const char* kConnectionBoxes[] = {"wcPortText",    "wcHostText", "wcCertificateText",
+                                            "wcKeyText",     "wcWaitText", "wcUserText",
+                                            "wcPasswordText"};
+
+QWidget* showConnectionPage(QDialog* dialog) {
+    auto* tabs = dialog->findChild<QTabWidget*>(QStringLiteral("preferencesTabs"));
+    QWidget* page = dialog->findChild<QWidget*>(QStringLiteral("qbConnectionTab"));
+    tabs->setCurrentWidget(page);
+    return page;
+}
+
+QLineEdit* box(QWidget* dialog, const char* name) {
+    return dialog->findChild<QLineEdit*>(QString::fromUtf8(name));
+}
+
+// What the page shows: the connection, each box, and what the password box says when empty.
+QString connectionShown(QDialog* dialog) {
+    QStringList out;
+    out << (dialog->findChild<QCheckBox*>(QStringLiteral("wcEnabledCheck"))->isChecked()
+                ? QStringLiteral("webconnector")
+                : QStringLiteral("sandbox"));
+    for (const char* name : kConnectionBoxes) {
+        out << QString::fromUtf8(name) + QLatin1Char('=') + box(dialog, name)->text();
+    }
+    out << box(dialog, "wcPasswordText")->placeholderText();
+    return out.join(QStringLiteral(", "));
+}
+
+}  // namespace
+
+// Fresh, the page shows the defaults; OK writes what was typed, the password only as a salted
+// hash; opened again it shows what was written, and OK with the password box left empty keeps
+// the stored hash.
+void QtUiPortTest::connectionPageShowsAndWritesTheStoredConnection() {
+    const QString password = QStringLiteral("Harbour&Light 7");
+    QString fresh;
+    bool accepted = openPreferences([&](QDialog* dialog) {
+        fresh = connectionShown(dialog);
+        showConnectionPage(dialog);
+        tick(dialog->findChild<QCheckBox*>(QStringLiteral("wcEnabledCheck")));
+        const std::pair<const char*, const char*> typed[] = {
+            {"wcPortText", "9443"},
+            {"wcHostText", "books.example.com"},
+            {"wcCertificateText", "/etc/dorvane/books.pem"},
+            {"wcKeyText", "/etc/dorvane/books.key"},
+            {"wcWaitText", "45"},
+            {"wcUserText", "office"},
+        };
+        for (const auto& [name, text] : typed) {
+            typeInto(box(dialog, name), QString::fromUtf8(text));
+        }
+        typeInto(box(dialog, "wcPasswordText"), password);
+        press(dialog, "OKButton");
+    });
+    QVERIFY(accepted);
+    QCOMPARE(fresh, QStringLiteral("sandbox, wcPortText=8438, wcHostText=, wcCertificateText=, "
+                                   "wcKeyText=, wcWaitText=120, wcUserText=, wcPasswordText=, "
+                                   "the Web Connector user's password"));
+    const std::pair<const char*, const char*> written[] = {
+        {"Port", "9443"},       {"Host", "books.example.com"},
+        {"WaitSeconds", "45"},  {"Certificate", "/etc/dorvane/books.pem"},
+        {"UserName", "office"}, {"Key", "/etc/dorvane/books.key"},
+    };
+    for (const auto& [key, value] : written) {
+        QCOMPARE(stored("WebConnector", key), std::string(value));
+    }
+    QCOMPARE(stored("QuickBooks", "Connection"), std::string("webconnector"));
+    const std::string hash = stored("WebConnector", "PasswordHash");
+    QVERIFY2(hash.starts_with("$y$"), hash.c_str());
+    QVERIFY(readFile(m_file).find(password.toStdString()) == std::string::npos);
+
+    QString again;
+    accepted = openPreferences([&again](QDialog* dialog) {
+        again = connectionShown(dialog);
+        press(dialog, "OKButton");
+    });
+    QVERIFY(accepted);
+    QCOMPARE(again, QStringLiteral("webconnector, wcPortText=9443, wcHostText=books.example.com, "
+                                   "wcCertificateText=/etc/dorvane/books.pem, "
+                                   "wcKeyText=/etc/dorvane/books.key, wcWaitText=45, "
+                                   "wcUserText=office, wcPasswordText=, "
+                                   "empty keeps the stored password"));
+    QCOMPARE(stored("WebConnector", "PasswordHash"), hash);
+}
+
+// A value that makes no sense: OK says why over the dialog, which stays open on the connection
+// page, and nothing of the connection is written.
+void QtUiPortTest::connectionPageRefusesValuesThatMakeNoSense() {
+    const std::tuple<const char*, const char*, const char*> cases[] = {
+        {"wcPortText", "84x8", "The port must be a number from 1 to 65535."},
+        {"wcPortText", "70000", "The port must be a number from 1 to 65535."},
+        {"wcWaitText", "0", "The wait must be a number of seconds from 1 to 86400."},
+        {"wcKeyText", "/etc/dorvane/books.key",
+         "Give both the certificate and its key, or neither."},
+        {"wcUserText", "office", "Give the Web Connector user a password."},
+    };
+    for (const auto& [name, value, sentence] : cases) {
+        useSettings({});
+        MessageBoxRecorder boxes;
+        QString after;
+        const bool accepted = openPreferences([&](QDialog* dialog) {
+            showConnectionPage(dialog);
+            typeInto(box(dialog, name), QString::fromUtf8(value));
+            dialog->findChild<QTabWidget*>()->setCurrentIndex(0);
+            press(dialog, "OKButton");
+            after = dialog->isVisible()
+                        ? dialog->findChild<QTabWidget*>()->currentWidget()->objectName()
+                        : QStringLiteral("closed");
+        });
+        QVERIFY(!accepted);
+        QCOMPARE(after, QStringLiteral("qbConnectionTab"));
+        QCOMPARE(boxes.texts, QStringList{QString::fromUtf8(sentence)});
+        QCOMPARE(boxes.owners, QStringList{QStringLiteral("Dialog")});
+        QVERIFY(readFile(m_file).find("[WebConnector]") == std::string::npos &&
+                readFile(m_file).find("Connection") == std::string::npos);
+    }
+}
+
+// Save .qwc file saves the page first (the file names its user and address), then writes
+// where the person says; without a user, or where it cannot be written, it says so.
+void QtUiPortTest::connectionPageSavesTheQwcFile() {
+    TempDir out;
+    MessageBoxRecorder boxes;
+    QString proposed;
+    QString passwordAfter;
+    openPreferences([&](QDialog* dialog) {
+        showConnectionPage(dialog);
+        press(dialog, "wcSaveQwcButton");  // no user yet
+        typeInto(box(dialog, "wcPortText"), QStringLiteral("9443"));
+        typeInto(box(dialog, "wcUserText"), QStringLiteral("office"));
+        typeInto(box(dialog, "wcPasswordText"), QStringLiteral("secret"));
+        for (const char* file : {"office.qwc", "missing/office.qwc"}) {
+            const QString chosen = QString::fromStdString((out / file).string());
+            whenModal<QFileDialog>([&proposed, chosen](QFileDialog* fileDialog) {
+                proposed = QFileInfo(fileDialog->selectedFiles().value(0)).fileName();
+                fileDialog->selectFile(chosen);
+                static_cast<QDialog*>(fileDialog)->accept();
+            });
+            press(dialog, "wcSaveQwcButton");
+        }
+        passwordAfter = box(dialog, "wcPasswordText")->text();
+        press(dialog, "CancelButton");
+    });
+    QCOMPARE(proposed, QStringLiteral("Dorvane.qwc"));
+    QCOMPARE(boxes.texts.size(), 2);
+    QCOMPARE(boxes.texts[0], QStringLiteral("Enter the Web Connector user's name and password "
+                                            "first: the .qwc file names that user."));
+    QVERIFY2(boxes.texts[1].startsWith(QStringLiteral("Could not save ")) &&
+                 boxes.texts[1].contains(QStringLiteral("missing/office.qwc")),
+             qPrintable(boxes.texts[1]));
+    const std::string qwc = readFile(out / "office.qwc");
+    QVERIFY2(qwc.find("<UserName>office</UserName>") != std::string::npos &&
+                 qwc.find(":9443/qbwc</AppURL>") != std::string::npos,
+             qwc.c_str());
+    // The page was saved before the file, and Cancel afterwards does not take it back.
+    QVERIFY(stored("WebConnector", "PasswordHash").starts_with("$y$"));
+    QCOMPARE(stored("WebConnector", "Port"), std::string("9443"));
+    QCOMPARE(passwordAfter, QString());
 }
 
 // ---- company information -------------------------------------------------------------------
