@@ -339,7 +339,11 @@ std::string Bridge::closeConnection(const std::string& ticket) {
     std::lock_guard lock(m_mutex);
     Session* session = sessionFor(ticket);
     if (session == nullptr) {
-        return kInvalidTicket;
+        // The session Dorvane ended itself (after a connectionError, or when it stopped
+        // polling) is closed once more without complaint.
+        const bool last = m_session && !ticket.empty() &&
+                          constantTimeEquals(ticket, m_session->ticket);
+        return last ? "OK" : kInvalidTicket;
     }
     session->closed = true;
     failJobs(couldNotAccess(), session->ticket);

@@ -203,6 +203,7 @@ void WebConnectorStandIn::update() {
         call("connectionError", {{"ticket", ticket},
                                  {"hresult", m_options.connectionError.first},
                                  {"message", m_options.connectionError.second}});
+        close();
         return;
     }
     bool first = true;

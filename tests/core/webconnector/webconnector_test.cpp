@@ -230,6 +230,10 @@ TEST_F(WebConnectorTest, FailuresReadAsTheGatewayShowsQuickBooksOwn) {
         EXPECT_EQ(app->gateway().processRequest(c.request), "");
         ASSERT_EQ(ui.messages.size(), 1u);
         EXPECT_EQ(ui.messages[0].text, c.shown);
+        if (c.mode == WebConnectorStandIn::Mode::ConnectionError) {
+            EXPECT_TRUE(connector.waitFor([](const auto& n) { return n.closed == 1; }));
+            EXPECT_EQ(connector.counts().lastClose, "OK");
+        }
         if (c.password != std::string("secret")) {
             EXPECT_GE(connector.counts().refusals, 1);
             EXPECT_EQ(connector.counts().logins, 0);
@@ -363,6 +367,9 @@ TEST_F(WebConnectorTest, RefusesMalformedAndHostileMessages) {
               std::vector<std::string>{"The ticket parameter is invalid."});
     EXPECT_EQ(ask("closeConnection", {{"ticket", second[0]}}), std::vector<std::string>{"OK"});
     EXPECT_EQ(ask("getLastError", {{"ticket", second[0]}}),
+              std::vector<std::string>{"The ticket parameter is invalid."});
+    EXPECT_EQ(ask("sendRequestXML", {{"ticket", second[0]}}), std::vector<std::string>{""});
+    EXPECT_EQ(ask("closeConnection", {{"ticket", first[0]}}),
               std::vector<std::string>{"The ticket parameter is invalid."});
     EXPECT_EQ(ask("authenticate", {{"strUserName", "Office"}, {"strPassword", "secret"}})[1],
               "nvu");
