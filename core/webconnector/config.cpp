@@ -19,16 +19,21 @@
 namespace dorvane::webconnector {
 namespace {
 
-int intSetting(const shell::SettingsStore& store, const char* key, int fallback, int low,
-               int high) {
-    const std::string text = store.value(kSection, key).value_or("");
+// `text` as a whole number from `low` to `high`; nothing when it is not one.
+std::optional<int> wholeNumber(std::string_view text, long low, long high) {
+    const std::string t(text::trim(text));
     char* end = nullptr;
     errno = 0;
-    const long value = std::strtol(text.c_str(), &end, 10);
-    if (text.empty() || errno != 0 || *end != '\0' || value < low || value > high) {
-        return fallback;
+    const long value = std::strtol(t.c_str(), &end, 10);
+    if (t.empty() || errno != 0 || *end != '\0' || value < low || value > high) {
+        return std::nullopt;
     }
     return static_cast<int>(value);
+}
+
+int intSetting(const shell::SettingsStore& store, const char* key, int fallback, int low,
+               int high) {
+    return wholeNumber(store.value(kSection, key).value_or(""), low, high).value_or(fallback);
 }
 
 std::string hostPart(const std::string& host) {
@@ -258,17 +263,10 @@ ConnectionPreferences ConnectionPreferences::load(const shell::SettingsStore& st
 }
 
 Status ConnectionPreferences::save(shell::SettingsStore& store) const {
-    auto number = [](const std::string& text, long low, long high) {
-        const std::string t(text::trim(text));
-        char* end = nullptr;
-        errno = 0;
-        const long v = std::strtol(t.c_str(), &end, 10);
-        return !t.empty() && errno == 0 && *end == '\0' && v >= low && v <= high;
-    };
-    if (!number(port, 1, 65535)) {
+    if (!wholeNumber(port, 1, 65535)) {
         return Error{EINVAL, "The port must be a number from 1 to 65535."};
     }
-    if (!number(waitSeconds, 1, 86400)) {
+    if (!wholeNumber(waitSeconds, 1, 86400)) {
         return Error{EINVAL, "The wait must be a number of seconds from 1 to 86400."};
     }
     const std::string cert(text::trim(certificate));
