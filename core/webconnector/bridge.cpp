@@ -22,6 +22,18 @@ constexpr int kPercentGoingOn = 50;
 constexpr int kPercentDone = 100;
 constexpr auto kTick = std::chrono::milliseconds(100);
 
+// Counts a call for as long as it waits (under the bridge's lock).
+class Counted {
+public:
+    explicit Counted(int& count) : m_count(count) { ++m_count; }
+    ~Counted() { --m_count; }
+    Counted(const Counted&) = delete;
+    Counted& operator=(const Counted&) = delete;
+
+private:
+    int& m_count;
+};
+
 // A name someone typed, as the log shows it: short, on one line.
 std::string shown(const std::string& name) {
     constexpr std::size_t kLongest = 64;
@@ -86,7 +98,7 @@ std::uint32_t parseHresult(const std::string& text) {
 Bridge::Bridge(BridgeOptions options) : m_options(std::move(options)) {}
 
 Bridge::~Bridge() {
-    shutdown();
+    (void)shutdown();
 }
 
 std::string Bridge::versionText() {
@@ -245,6 +257,7 @@ std::string Bridge::sendRequestXML(const std::string& ticket, const std::string&
     m_changed.notify_all();
     const auto deadline = Clock::now() + m_options.pollWait;
     const std::string mine = session->ticket;
+    const Counted waiting(m_callsWaiting);
     while (true) {
         session = sessionFor(mine);
         if (session == nullptr) {
@@ -303,6 +316,7 @@ int Bridge::receiveResponseXML(const std::string& ticket, const std::string& res
     }
     // A command-line job usually sends its next request at once; if none comes, the session
     // ends here and the Web Connector reports success.
+    const Counted waiting(m_callsWaiting);
     const bool more = m_changed.wait_for(lock, m_options.linger,
                                          [this] { return m_shutdown || nextQueued() != nullptr; });
     return more && !m_shutdown ? kPercentGoingOn : kPercentDone;
@@ -341,8 +355,8 @@ std::string Bridge::closeConnection(const std::string& ticket) {
     if (session == nullptr) {
         // The session Dorvane ended itself (after a connectionError, or when it stopped
         // polling) is closed once more without complaint.
-        const bool last = m_session && !ticket.empty() &&
-                          constantTimeEquals(ticket, m_session->ticket);
+        const bool last =
+            m_session && !ticket.empty() && constantTimeEquals(ticket, m_session->ticket);
         return last ? "OK" : kInvalidTicket;
     }
     session->closed = true;
@@ -475,15 +489,11 @@ Result<std::string> Bridge::exchange(const std::string& request, std::chrono::se
     }
 }
 
-void Bridge::shutdown() {
+bool Bridge::shutdown() {
     std::lock_guard lock(m_mutex);
     m_shutdown = true;
     m_changed.notify_all();
-}
-
-bool Bridge::sessionOpen() const {
-    std::lock_guard lock(m_mutex);
-    return m_session && !m_session->closed;
+    return m_callsWaiting > 0;
 }
 
 void Bridge::waitForSessionEnd(std::chrono::milliseconds limit) {

@@ -108,9 +108,9 @@ public:
                                  std::chrono::seconds answerLimit, const WaitHook& hook);
 
     // Stops serving: every wait ends, a waiting poll answers "" and getLastError says why.
-    void shutdown();
-    // Whether a session is open (logged in, not closed).
-    bool sessionOpen() const;
+    // True when a poll or a lingering answer was waiting: its Web Connector learns at once
+    // that Dorvane stopped, and closes its session (see waitForSessionEnd).
+    bool shutdown();
     // Waits up to `limit` for the open session to close.
     void waitForSessionEnd(std::chrono::milliseconds limit);
 
@@ -142,6 +142,8 @@ private:
     // fail at once until a session comes, so a job does not wait once per request.
     bool m_gaveUp = false;
     int m_refusalsInRow = 0;
+    // Polls and lingering answers under way: each ends the session when Dorvane stops.
+    int m_callsWaiting = 0;
     std::uint64_t m_refusals = 0;
     bool m_shutdown = false;
     EventSink m_sink;

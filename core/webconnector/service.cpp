@@ -107,11 +107,12 @@ Service::Service(ServiceOptions options)
 }
 
 Service::~Service() {
-    m_bridge.shutdown();
+    const bool polling = m_bridge.shutdown();
     std::lock_guard lock(m_startMutex);
     if (m_server) {
-        // A session in the middle of a poll is told that Dorvane stopped, and closes.
-        if (m_bridge.sessionOpen()) {
+        // A session in the middle of a poll is told that Dorvane stopped, and closes. One
+        // that is pausing, or stalled, finds nobody at its next call.
+        if (polling) {
             m_bridge.waitForSessionEnd(std::chrono::milliseconds(1500));
         }
         m_server.reset();

@@ -208,6 +208,10 @@ void WebConnectorStandIn::update() {
     }
     bool first = true;
     while (true) {
+        {
+            std::lock_guard lock(m_mutex);
+            m_counts.polling = true;
+        }
         const auto request =
             call("sendRequestXML", {{"ticket", ticket},
                                     {"strHCPResponse", first ? kHostCompanyPreferences : ""},
@@ -216,6 +220,10 @@ void WebConnectorStandIn::update() {
                                     {"qbXMLMajorVers", "13"},
                                     {"qbXMLMinorVers", "0"}});
         first = false;
+        {
+            std::lock_guard lock(m_mutex);
+            m_counts.polling = false;
+        }
         if (request.empty() || request[0].empty()) {
             const auto said = call("getLastError", {{"ticket", ticket}});
             const std::string text = said.empty() ? "" : said[0];

@@ -51,6 +51,7 @@ public:
         int noOps = 0;
         int unreachable = 0;  // calls that did not get through
         int closed = 0;
+        bool polling = false;   // a sendRequestXML is under way
         std::string lastError;  // the last getLastError text other than NoOp
         std::string lastClose;  // what closeConnection answered last
     };

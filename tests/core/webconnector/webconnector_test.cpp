@@ -44,7 +44,8 @@ protected:
     }
 
     // Dorvane with the Web Connector connection, serving on a port of the system's choosing.
-    void startDorvane(bool hold = true, int waitSeconds = 20) {
+    void startDorvane(bool hold = true, int waitSeconds = 20,
+                      std::chrono::milliseconds pollWait = std::chrono::milliseconds(300)) {
         webconnector::ServiceOptions o;
         o.settings.port = 0;
         o.settings.userName = "office";
@@ -53,7 +54,7 @@ protected:
         o.settings.maxRequestBytes = 1024 * 1024;
         o.logFile = home / "dorvane" / webconnector::kLogFile;
         o.holdSession = hold;
-        o.pollWait = std::chrono::milliseconds(300);
+        o.pollWait = pollWait;
         o.linger = std::chrono::milliseconds(300);
         o.refusalDelay = std::chrono::milliseconds(10);
         service = std::make_unique<Service>(std::move(o));
@@ -105,7 +106,7 @@ protected:
 // The window's lists through the Web Connector are the office company's, row for row; the
 // session stays open between requests (NoOp) and carries them all on one login.
 TEST_F(WebConnectorTest, ListsThroughTheWebConnectorEqualTheOfficeCompanysOwn) {
-    startDorvane();
+    startDorvane(true, 20, std::chrono::seconds(2));
     WebConnectorStandIn connector(standIn());
     app->window().startUp();
     ASSERT_TRUE(ui.messages.empty()) << ui.texts().front();
@@ -120,7 +121,7 @@ TEST_F(WebConnectorTest, ListsThroughTheWebConnectorEqualTheOfficeCompanysOwn) {
         EXPECT_FALSE(bridged.empty()) << type;
         EXPECT_EQ(bridged, rows(*office, type)) << type;
     }
-    ASSERT_TRUE(connector.waitFor([](const auto& c) { return c.noOps >= 2; }));
+    ASSERT_TRUE(connector.waitFor([](const auto& c) { return c.noOps >= 1; }));
     const auto afterPause = rows(*app, "Invoice");
     EXPECT_EQ(afterPause, rows(*office, "Invoice"));
     EXPECT_TRUE(ui.messages.empty());
@@ -131,6 +132,7 @@ TEST_F(WebConnectorTest, ListsThroughTheWebConnectorEqualTheOfficeCompanysOwn) {
 
     // Closing Dorvane ends the session in an orderly way: the waiting poll answers "" and
     // getLastError says why.
+    ASSERT_TRUE(connector.waitFor([](const auto& c) { return c.polling; }));
     app.reset();
     service.reset();
     ASSERT_TRUE(connector.waitFor([](const auto& c) { return c.closed == 1; }))
@@ -193,27 +195,45 @@ TEST_F(WebConnectorTest, SendsAndImportsThroughTheWebConnector) {
 // What the gateway shows when QuickBooks cannot be had through the Web Connector: the
 // Web Connector's own HRESULT and text, or "Could not start QuickBooks." when no session came.
 TEST_F(WebConnectorTest, FailuresReadAsTheGatewayShowsQuickBooksOwn) {
+    const std::string hostQuery =
+        "<?xml version=\"1.0\" ?><?qbxml version=\"2.0\"?><QBXML><QBXMLMsgsRq "
+        "onError=\"stopOnError\"><HostQueryRq/></QBXMLMsgsRq></QBXML>";
+    const std::string modal =
+        "A modal dialog box is showing in the QuickBooks user interface. Your application "
+        "cannot access QuickBooks until the user dismisses the dialog box.";
     struct Case {
         const char* name;
         WebConnectorStandIn::Mode mode;
         const char* password;
-        const char* request;
-        const char* shown;
+        std::pair<std::string, std::string> connectionError;
+        std::string request;
+        std::string shown;
     };
     const Case cases[] = {
-        {"connectionError", WebConnectorStandIn::Mode::ConnectionError, "secret",
-         "<?xml version=\"1.0\" ?><?qbxml version=\"2.0\"?><QBXML><QBXMLMsgsRq "
-         "onError=\"stopOnError\"><HostQueryRq/></QBXMLMsgsRq></QBXML>",
-         "QuickBooks Access Error\r\nA modal dialog box is showing in the QuickBooks user "
-         "interface. Your application cannot access QuickBooks until the user dismisses the "
-         "dialog box.(-2147220460)"},
-        {"an HRESULT for the request", WebConnectorStandIn::Mode::Answer, "secret",
+        {"connectionError",
+         WebConnectorStandIn::Mode::ConnectionError,
+         "secret",
+         {"0x80040414", modal},
+         hostQuery,
+         "QuickBooks Access Error\r\n" + modal + "(-2147220460)"},
+        {"no company file open",
+         WebConnectorStandIn::Mode::ConnectionError,
+         "secret",
+         {"0x80040416", "If QuickBooks is not running, a company file must be named."},
+         hostQuery,
+         qbgateway::kNoCompanyMessage},
+        {"an HRESULT for the request",
+         WebConnectorStandIn::Mode::Answer,
+         "secret",
+         {},
          "<QBXML><QBXMLMsgsRq onError=\"stopOnError\"><HostQueryRq>",
          "QuickBooks Access Error\r\nQuickBooks found an error when parsing the provided XML "
          "text stream.(-2147220480)"},
-        {"a wrong password", WebConnectorStandIn::Mode::Answer, "guess",
-         "<?xml version=\"1.0\" ?><?qbxml version=\"2.0\"?><QBXML><QBXMLMsgsRq "
-         "onError=\"stopOnError\"><HostQueryRq/></QBXMLMsgsRq></QBXML>",
+        {"a wrong password",
+         WebConnectorStandIn::Mode::Answer,
+         "guess",
+         {},
+         hostQuery,
          kCouldNotStart},
     };
     for (const Case& c : cases) {
@@ -222,10 +242,7 @@ TEST_F(WebConnectorTest, FailuresReadAsTheGatewayShowsQuickBooksOwn) {
         startDorvane(true, 2);
         auto options = standIn(c.mode);
         options.password = c.password;
-        options.connectionError = {"0x80040414",
-                                   "A modal dialog box is showing in the QuickBooks user "
-                                   "interface. Your application cannot access QuickBooks until "
-                                   "the user dismisses the dialog box."};
+        options.connectionError = c.connectionError;
         WebConnectorStandIn connector(options);
         EXPECT_EQ(app->gateway().processRequest(c.request), "");
         ASSERT_EQ(ui.messages.size(), 1u);
