@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Draws the README's pictures from the real program: the main window on the sandbox's demo
-// company, an invoice as its customer receives it, and the import window with an invoice that
-// a vendor sent. Run through scripts/screenshots.sh.
+// company, an invoice as its customer receives it, the import window with an invoice that a
+// vendor sent, and the preferences' QuickBooks connection page. Run through
+// scripts/screenshots.sh.
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -9,13 +10,16 @@
 
 #include <QApplication>
 #include <QPushButton>
+#include <QTabWidget>
 #include <QTextBrowser>
 #include <QTimer>
 
 #include "gui/mainwindowview.h"
+#include "gui/preferencesdialog.h"
 #include "gui/qtuiport.h"
 #include "shell/application.h"
 #include "shell/programhome.h"
+#include "webconnector/config.h"
 #include "xml/xml.h"
 
 namespace {
@@ -146,6 +150,30 @@ int main(int argc, char** argv) {
             app.importWindow().openExchangeFile(exchange.string());
             importWindow->resize(1000, 640);
             if (!save(*importWindow, out / "import-window.png")) {
+                status = 1;
+            }
+        }
+
+        // The preferences' QuickBooks connection page, filled in as an office fills it in.
+        shell::SettingsStore& store = app.settings();
+        const Status user = webconnector::setUser(store, "office", "office password");
+        const Status entries =
+            store.setEntries({{"QuickBooks", "Connection", "webconnector"},
+                              {"WebConnector", "Host", "books.harbourlight.example"},
+                              {"WebConnector", "Certificate", "/etc/dorvane/books.pem"},
+                              {"WebConnector", "Key", "/etc/dorvane/books.key"}});
+        if (!user || !entries) {
+            status = 1;
+        }
+        mail::MailPreferencesModel preferences(store);
+        gui::PreferencesDialog dialog(preferences, store);
+        auto* tabs = dialog.findChild<QTabWidget*>(QStringLiteral("preferencesTabs"));
+        auto* connection = dialog.findChild<QWidget*>(QStringLiteral("qbConnectionTab"));
+        if (tabs == nullptr || connection == nullptr) {
+            status = 1;
+        } else {
+            tabs->setCurrentWidget(connection);
+            if (!save(dialog, out / "preferences-quickbooks.png")) {
                 status = 1;
             }
         }
