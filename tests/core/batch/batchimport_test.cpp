@@ -8,10 +8,7 @@
 #include <regex>
 
 #include "import/importlog.h"
-#include "qbsandbox/state.h"
-#include "shell/application.h"
-#include "support/mailservers.h"
-#include "support/testsupport.h"
+#include "support/demoapp.h"
 
 namespace dorvane::batch {
 namespace {
@@ -24,18 +21,10 @@ const std::string kStandard = (test::dataDir() / "batch" / "standard-utf8.txt").
 const std::string kCutLine =
     std::string("<dt>Transaction 60123456784 not imported: ") + kCutQuoteReason + ".</dt>";
 
-class BatchImportTest : public ::testing::Test {
+class BatchImportTest : public test::DemoAppTest {
 protected:
-    BatchImportTest() {
-        std::filesystem::create_directories(program);
-        for (const auto& f : std::filesystem::directory_iterator(test::programSource())) {
-            if (f.is_regular_file()) {
-                std::filesystem::copy(f.path(), program / f.path().filename());
-            }
-        }
-        test::copyDemoCompany(home / "a.dvq");
-        EXPECT_TRUE(qbsandbox::writeState(home / "sandbox", {true, home / "a.dvq"}));
-        app = std::make_unique<shell::Application>(ui, shell::StartOptions{program.string()});
+    BatchImportTest() : DemoAppTest("a.dvq") {
+        startApp();
         batch().onRecord([this](const RecordOutcome& o) { outcomes.push_back(o); });
     }
 
@@ -47,13 +36,6 @@ protected:
         ASSERT_TRUE(app->settings().set("Import", key, value));
     }
 
-    xml::Document query(const std::string& body) {
-        auto doc = xml::Document::parse(app->gateway().processRequest(
-            "<?xml version=\"1.0\" ?><?qbxml version=\"2.0\"?><QBXML><QBXMLMsgsRq "
-            "onError=\"continueOnError\">" +
-            body + "</QBXMLMsgsRq></QBXML>"));
-        return doc ? std::move(*doc) : xml::Document::withRoot("QBXML");
-    }
     // The receipts whose memo names the transaction.
     std::vector<xml::Node> receipts(const std::string& txnId, xml::Document& doc) {
         doc = query(
@@ -67,14 +49,6 @@ protected:
         return receipts(txnId, doc).size();
     }
 
-    test::TempDir home;
-    std::filesystem::path program = home / "program";
-    test::ScopedEnvironment sandbox{"DORVANE_SANDBOX_DIR", (home / "sandbox").string()};
-    test::ScopedEnvironment today{"DORVANE_TODAY", "2026-11-18"};
-    test::ScopedEnvironment config{"XDG_CONFIG_HOME", (home / "cfg").string()};
-    test::ScopedEnvironment noFaults{"DORVANE_SANDBOX_FAULTS", std::nullopt};
-    test::ScriptedUi ui;
-    std::unique_ptr<shell::Application> app;
     std::vector<RecordOutcome> outcomes;
 };
 

@@ -9,33 +9,14 @@
 #include "qbgateway/templates.h"
 #include "qbsandbox/demo.h"
 #include "qbsandbox/state.h"
-#include "shell/application.h"
-#include "support/mailservers.h"
+#include "support/demoapp.h"
 
 namespace dorvane::browser {
 namespace {
 
-using test::ScopedEnvironment;
-using test::ScriptedUi;
-using test::TempDir;
-
-class DemoCompanyTest : public ::testing::Test {
+class DemoCompanyTest : public test::DemoAppTest {
 protected:
-    DemoCompanyTest() {
-        test::copyProgramFiles(home / "program");
-        test::copyDemoCompany(home / "demo.dvq");
-        EXPECT_TRUE(qbsandbox::writeState(home / "sandbox", {true, home / "demo.dvq"}));
-        app = std::make_unique<shell::Application>(
-            ui, shell::StartOptions{(home / "program").string()});
-    }
-
-    TempDir home;
-    ScopedEnvironment sandbox{"DORVANE_SANDBOX_DIR", (home / "sandbox").string()};
-    ScopedEnvironment today{"DORVANE_TODAY", "2026-11-18"};
-    ScopedEnvironment config{"XDG_CONFIG_HOME", (home / "cfg").string()};
-    ScopedEnvironment noFaults{"DORVANE_SANDBOX_FAULTS", std::nullopt};
-    ScriptedUi ui;
-    std::unique_ptr<shell::Application> app;
+    DemoCompanyTest() { startApp(); }
 };
 
 // Every template the program ships is a request QuickBooks accepts: no parse failure of the

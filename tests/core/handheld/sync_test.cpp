@@ -8,10 +8,7 @@
 #include "handheld/folderdevice.h"
 #include "handheld/timetracksync.h"
 #include "import/importwindow.h"
-#include "qbsandbox/state.h"
-#include "shell/application.h"
-#include "support/mailservers.h"
-#include "support/testsupport.h"
+#include "support/demoapp.h"
 
 namespace dorvane::handheld {
 namespace {
@@ -31,18 +28,10 @@ struct StatusLog : imports::ImportWindowObserver {
     std::vector<std::string> texts;
 };
 
-class SyncTest : public ::testing::Test {
+class SyncTest : public test::DemoAppTest {
 protected:
     SyncTest() {
-        fs::create_directories(program);
-        for (const auto& f : fs::directory_iterator(test::programSource())) {
-            if (f.is_regular_file()) {
-                fs::copy(f.path(), program / f.path().filename());
-            }
-        }
-        test::copyDemoCompany(home / "demo.dvq");
-        EXPECT_TRUE(qbsandbox::writeState(home / "sandbox", {true, home / "demo.dvq"}));
-        app = std::make_unique<shell::Application>(ui, shell::StartOptions{program.string()});
+        startApp();
         app->window().startUp();
         sync = std::make_unique<TimeTrackingSync>(ui, app->folder(), app->gateway(), window(),
                                                   folderDeviceFactory(app->settings()));
@@ -77,13 +66,6 @@ protected:
         };
     }
 
-    xml::Document query(const std::string& body) {
-        auto doc = xml::Document::parse(app->gateway().processRequest(
-            "<?xml version=\"1.0\" ?><?qbxml version=\"2.0\"?><QBXML><QBXMLMsgsRq "
-            "onError=\"continueOnError\">" +
-            body + "</QBXMLMsgsRq></QBXML>"));
-        return doc ? std::move(*doc) : xml::Document::withRoot("QBXML");
-    }
     std::vector<xml::Node> timeEntries(xml::Document& answer) {
         answer = query(
             "<TimeTrackingQueryRq><TxnDateRangeFilter><FromTxnDate>2026-11-16</"
@@ -97,15 +79,8 @@ protected:
         return timeEntries(answer).size();
     }
 
-    test::TempDir home;
-    fs::path program = home / "program";
     fs::path device = home / "device";
-    test::ScopedEnvironment sandbox{"DORVANE_SANDBOX_DIR", (home / "sandbox").string()};
-    test::ScopedEnvironment config{"XDG_CONFIG_HOME", (home / "cfg").string()};
     test::ScopedEnvironment deviceDir{"DORVANE_DEVICE_DIR", device.string()};
-    test::ScopedEnvironment noFaults{"DORVANE_SANDBOX_FAULTS", std::nullopt};
-    test::ScriptedUi ui;
-    std::unique_ptr<shell::Application> app;
     std::unique_ptr<TimeTrackingSync> sync;
     StatusLog statuses;
     int ended = 0;

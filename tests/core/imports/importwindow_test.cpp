@@ -8,47 +8,24 @@
 #include <gtest/gtest.h>
 
 #include "import/importlog.h"
-#include "qbsandbox/state.h"
-#include "shell/application.h"
-#include "support/mailservers.h"
-#include "support/testsupport.h"
+#include "support/demoapp.h"
 
 namespace dorvane::imports {
 namespace {
 
 using test::readFile;
-using test::ScopedEnvironment;
-using test::ScriptedUi;
-using test::TempDir;
 using test::writeFile;
 
 constexpr const char* kSender = "Harbor Lane Landscaping";  // the demo company's name
 
-class ImportWindowTest : public ::testing::Test {
+class ImportWindowTest : public test::DemoAppTest {
 protected:
-    ImportWindowTest() {
-        test::copyProgramFiles(program);
-        openCompany("a.dvq");
-        app = std::make_unique<shell::Application>(ui, shell::StartOptions{program.string()});
+    ImportWindowTest() : DemoAppTest("a.dvq") {
+        startApp();
         app->window().startUp();
     }
 
-    // Opens a fresh copy of the demo company.
-    void openCompany(const std::string& name) {
-        test::copyDemoCompany(home / name);
-        ASSERT_TRUE(qbsandbox::writeState(home / "sandbox", {true, home / name}));
-    }
-
     ImportWindow& window() { return app->importWindow(); }
-
-    // One request's answer from the open company.
-    xml::Document query(const std::string& body) {
-        auto doc = xml::Document::parse(app->gateway().processRequest(
-            "<?xml version=\"1.0\" ?><?qbxml version=\"2.0\"?><QBXML><QBXMLMsgsRq "
-            "onError=\"continueOnError\">" +
-            body + "</QBXMLMsgsRq></QBXML>"));
-        return doc ? std::move(*doc) : xml::Document::withRoot("QBXML");
-    }
 
     std::size_t count(const std::string& kind) {
         return query("<" + kind + "QueryRq/>").selectAll("//" + kind + "Ret").size();
@@ -93,15 +70,6 @@ protected:
         EXPECT_EQ(status, 0);
         return dvx.string();
     }
-
-    TempDir home;
-    std::filesystem::path program = home / "program";
-    ScopedEnvironment sandbox{"DORVANE_SANDBOX_DIR", (home / "sandbox").string()};
-    ScopedEnvironment today{"DORVANE_TODAY", "2026-11-18"};
-    ScopedEnvironment config{"XDG_CONFIG_HOME", (home / "cfg").string()};
-    ScopedEnvironment noFaults{"DORVANE_SANDBOX_FAULTS", std::nullopt};
-    ScriptedUi ui;
-    std::unique_ptr<shell::Application> app;
 };
 
 double amount(const xml::Node& node, const char* path) {
@@ -116,7 +84,7 @@ TEST_F(ImportWindowTest, MailedDocumentsBecomeTheCounterDocumentsOfTheReceiver) 
     const std::string estimateFile = mailOne("Estimate", server);
     const std::string receiptFile = mailOne("SalesReceipt", server);
     ASSERT_FALSE(receiptFile.empty());
-    openCompany("b.dvq");
+    useCompany("b.dvq");
     window().open();
     ui.messages.clear();
 
@@ -200,7 +168,7 @@ TEST_F(ImportWindowTest, MailedDocumentsBecomeTheCounterDocumentsOfTheReceiver) 
 TEST_F(ImportWindowTest, ABillAlreadyBookedIsCaughtBeforeItIsAddedAgain) {
     test::SmtpTestServer server;
     const std::string file = mailOne("Invoice", server);
-    openCompany("b.dvq");
+    useCompany("b.dvq");
     window().open();
     window().openExchangeFile(file);
     window().importSelectedDocument();

@@ -9,25 +9,15 @@
 
 #include "qbsandbox/demo.h"
 #include "qbsandbox/state.h"
-#include "shell/application.h"
-#include "support/testsupport.h"
+#include "support/demoapp.h"
 #include "support/webserver.h"
 
 namespace dorvane::webupdate {
 namespace {
 
-using test::ScopedEnvironment;
-using test::ScriptedUi;
-using test::TempDir;
-
-class WebUpdateTest : public ::testing::Test {
+class WebUpdateTest : public test::DemoAppTest {
 protected:
-    WebUpdateTest() {
-        test::copyProgramFiles(program);
-        test::copyDemoCompany(home / "demo.dvq");
-        EXPECT_TRUE(qbsandbox::writeState(home / "sandbox", {true, home / "demo.dvq"}));
-        app = std::make_unique<shell::Application>(ui, shell::StartOptions{program.string()});
-    }
+    WebUpdateTest() { startApp(); }
 
     WebUpdater& updater() { return app->webUpdater(); }
     shell::MainWindow& window() { return app->window(); }
@@ -66,15 +56,6 @@ protected:
                    (home / "bodies.json").string() + "' '" + (home / "want.txt").string() + "'") ==
                0;
     }
-
-    TempDir home;
-    std::filesystem::path program = home / "program";
-    ScopedEnvironment sandbox{"DORVANE_SANDBOX_DIR", (home / "sandbox").string()};
-    ScopedEnvironment today{"DORVANE_TODAY", "2026-11-18"};
-    ScopedEnvironment config{"XDG_CONFIG_HOME", (home / "cfg").string()};
-    ScopedEnvironment noFaults{"DORVANE_SANDBOX_FAULTS", std::nullopt};
-    ScriptedUi ui;
-    std::unique_ptr<shell::Application> app;
 };
 
 // Each kind lists with its five columns from its own paths, every item ticked; the window
