@@ -11,16 +11,26 @@
 namespace dorvane::test {
 namespace {
 
+const std::string ok = "statusCode=\"0\" statusSeverity=\"Info\" statusMessage=\"Status OK\"";
+
 class Cli : public ::testing::Test {
 protected:
     Cli() {
         std::filesystem::create_directories(home / "qb");
         std::filesystem::create_directories(home / "program");
+        copyProgram(".xml");
+    }
+    // Copies the shipped program files whose names end in `extension`.
+    void copyProgram(const std::string& extension) {
         for (const auto& f : std::filesystem::directory_iterator(programSource())) {
-            if (f.is_regular_file() && f.path().extension() == ".xml") {
+            if (f.is_regular_file() && f.path().extension() == extension) {
                 std::filesystem::copy(f.path(), home / "program" / f.path().filename());
             }
         }
+    }
+    // Creates and opens a copy of the demo company in the sandbox.
+    int newDemo(const std::string& name = "demo.dvq") {
+        return dorvane("sandbox new '" + (home / name).string() + "' --demo", "sandbox");
     }
     // Runs dorvane with the program folder and QuickBooks of this test.
     int dorvane(const std::string& args, const std::string& processor = "responses") {
@@ -144,7 +154,6 @@ TEST_F(Cli, SettingsReadTheirDefaultsUntilSet) {
 }
 
 TEST_F(Cli, CompanySetKeepsTheRecordAsTheWindowsEditorDoes) {
-    const std::string ok = "statusCode=\"0\" statusSeverity=\"Info\" statusMessage=\"Status OK\"";
     writeFile(home / "qb" / "CompanyQueryRs.xml",
               "<?xml version=\"1.0\" ?><QBXML><QBXMLMsgsRs><CompanyQueryRs " + ok +
                   "/></QBXMLMsgsRs></QBXML>");
@@ -228,13 +237,8 @@ TEST_F(Cli, ANewCompanyFileKnowsOnlyItsName) {
 // One line of outcome and an exit status a script can act on: booked, not booked and why,
 // QuickBooks not there; the same document or receipt is booked again only with --again.
 TEST_F(Cli, ImportBooksADocumentOnceAndSaysWhatHappened) {
-    for (const auto& f : std::filesystem::directory_iterator(programSource())) {
-        if (f.is_regular_file() && f.path().extension() == ".xslt") {
-            std::filesystem::copy(f.path(), home / "program" / f.path().filename());
-        }
-    }
-    ASSERT_EQ(dorvane("sandbox new '" + (home / "demo.dvq").string() + "' --demo", "sandbox"), 0)
-        << err;
+    copyProgram(".xslt");
+    ASSERT_EQ(newDemo(), 0) << err;
     const std::string invoice = (home / "invoice.dvx").string();
     writeFile(
         invoice,
@@ -291,8 +295,7 @@ TEST_F(Cli, ImportBooksADocumentOnceAndSaysWhatHappened) {
 // makes the exit status 1.
 TEST_F(Cli, WebUpdatePublishesTheChosenItems) {
     std::filesystem::copy(programSource() / "UpdateItemToWeb.xslt", home / "program");
-    ASSERT_EQ(dorvane("sandbox new '" + (home / "demo.dvq").string() + "' --demo", "sandbox"), 0)
-        << err;
+    ASSERT_EQ(newDemo(), 0) << err;
     EXPECT_EQ(dorvane("webupdate gadgets", "sandbox"), 64);
     HttpServerOptions refuseSecond;
     refuseSecond.fail = {2};
@@ -317,7 +320,6 @@ TEST_F(Cli, SettingsAndSendThroughARealServer) {
     EXPECT_EQ(dorvane("settings set SMTP Hostname 127.0.0.1"), 0) << err;
     EXPECT_EQ(dorvane("settings set smtp port " + server.portText()), 0);
 
-    const std::string ok = "statusCode=\"0\" statusSeverity=\"Info\" statusMessage=\"Status OK\"";
     writeFile(home / "qb" / "CompanyQueryRs.xml",
               "<?xml version=\"1.0\" ?><QBXML><QBXMLMsgsRs><CompanyQueryRs " + ok +
                   "><CompanyRet><CompanyName>Harbor Lane Joinery</CompanyName><Address><Addr1>12 "
@@ -336,11 +338,7 @@ TEST_F(Cli, SettingsAndSendThroughARealServer) {
                   "<CustomerRet><ListID>C2</ListID><Email>no@example.test</Email></CustomerRet>"
                   "</CustomerQueryRs></QBXMLMsgsRs></QBXML>");
     writeFile(home / "program" / "EmailsSent.log", "");
-    for (const auto& f : std::filesystem::directory_iterator(programSource())) {
-        if (f.path().extension() == ".xslt") {
-            std::filesystem::copy(f.path(), home / "program" / f.path().filename());
-        }
-    }
+    copyProgram(".xslt");
 
     EXPECT_EQ(dorvane("send Invoice --preview"), 0) << err;
     EXPECT_EQ(out,
@@ -380,7 +378,6 @@ TEST_F(Cli, SendExitsWithOneWhenADocumentDidNotGoOut) {
     SmtpTestServer server(options);
     dorvane("settings set SMTP Hostname 127.0.0.1");
     dorvane("settings set SMTP Port " + server.portText());
-    const std::string ok = "statusCode=\"0\" statusSeverity=\"Info\" statusMessage=\"Status OK\"";
     writeFile(home / "qb" / "EstimateQueryRs.xml",
               "<?xml version=\"1.0\" ?><QBXML><QBXMLMsgsRs><EstimateQueryRs " + ok +
                   "><EstimateRet><TxnID>E-1</TxnID><CustomerRef><ListID>C1</ListID><FullName>"
@@ -391,9 +388,7 @@ TEST_F(Cli, SendExitsWithOneWhenADocumentDidNotGoOut) {
                   "<Email>able@example.test</Email></CustomerRet></CustomerQueryRs></QBXMLMsgsRs>"
                   "</QBXML>");
     writeFile(home / "program" / "EmailsSent.log", "");
-    std::filesystem::copy(programSource() / "estimate.xslt", home / "program" / "estimate.xslt");
-    std::filesystem::copy(programSource() / "document-parts.xslt",
-                          home / "program" / "document-parts.xslt");
+    copyProgram(".xslt");
     EXPECT_EQ(dorvane("send Estimate"), 1);
     EXPECT_EQ(out, "failed\tE-1\tAble Co\table@example.test\n");
     EXPECT_NE(err.find("able@example.test"), std::string::npos) << "the refusal is reported";
@@ -402,13 +397,8 @@ TEST_F(Cli, SendExitsWithOneWhenADocumentDidNotGoOut) {
 // An Authorize.Net download from a script: one line per transaction, each booked once; a
 // value cut at a quoted comma is refused until --quoted.
 TEST_F(Cli, ImportBatchBooksEachTransactionOnce) {
-    for (const auto& f : std::filesystem::directory_iterator(programSource())) {
-        if (f.is_regular_file() && f.path().extension() == ".xslt") {
-            std::filesystem::copy(f.path(), home / "program" / f.path().filename());
-        }
-    }
-    ASSERT_EQ(dorvane("sandbox new '" + (home / "demo.dvq").string() + "' --demo", "sandbox"), 0)
-        << err;
+    copyProgram(".xslt");
+    ASSERT_EQ(newDemo(), 0) << err;
     const std::string file = (dataDir() / "batch" / "expanded-latin1.csv").string();
     const std::string cut =
         "60123456784: refused: a quoted value holds the delimiter and was cut there";
@@ -456,13 +446,8 @@ TEST_F(Cli, ImportBatchBooksEachTransactionOnce) {
 }
 
 TEST_F(Cli, HandheldSyncHandsOverTheListsAndBooksTheHours) {
-    for (const auto& f : std::filesystem::directory_iterator(programSource())) {
-        if (f.is_regular_file() && f.path().extension() == ".xslt") {
-            std::filesystem::copy(f.path(), home / "program" / f.path().filename());
-        }
-    }
-    ASSERT_EQ(dorvane("sandbox new '" + (home / "demo.dvq").string() + "' --demo", "sandbox"), 0)
-        << err;
+    copyProgram(".xslt");
+    ASSERT_EQ(newDemo(), 0) << err;
     const auto device = home / "device";
     const auto data = device / "Program Files" / "TimeTrack" / "data.xml";
     std::filesystem::create_directories(data.parent_path());
@@ -508,17 +493,10 @@ TEST_F(Cli, HandheldSyncHandsOverTheListsAndBooksTheHours) {
     EXPECT_EQ(hedges, 2u);
 }
 
-}  // namespace
-}  // namespace dorvane::test
-
-namespace dorvane::test {
-namespace {
-
 // `dorvane list` through a Web Connector that polls while it runs shows the office company's
 // invoices exactly as the direct list does; with a wrong password it gives up after the wait.
 TEST_F(Cli, WebConnectorListEqualsTheDirectList) {
-    ASSERT_EQ(dorvane("sandbox new '" + (home / "office.dvq").string() + "' --demo", "sandbox"), 0)
-        << err;
+    ASSERT_EQ(newDemo("office.dvq"), 0) << err;
     ASSERT_EQ(dorvane("list Invoice --timeframe ALL", "sandbox"), 0) << err;
     const std::string directList = out;
     ASSERT_NE(directList.find('\n'), std::string::npos);
