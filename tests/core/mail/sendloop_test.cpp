@@ -77,8 +77,11 @@ protected:
     void answer(const std::string& file, const std::string& text) {
         test::writeFile(home / "qb" / file, text);
     }
-    // Three invoices; the third customer has no address unless one is given.
-    void invoices(const std::string& thirdEmail = "") {
+    // Lists three invoices under `settings`; the third customer has no address unless one is
+    // given.
+    void listInvoices(const std::vector<shell::SettingsStore::Change>& settings = {},
+                      const std::string& thirdEmail = "") {
+        ASSERT_TRUE(app.settings().setEntries(settings).ok());
         answer("InvoiceQueryRs.xml",
                qbAnswer(qbRs("InvoiceQueryRs",
                              invoice("11-1", "1041", "C1", "Able Co", "100.00", "5.00") +
@@ -89,6 +92,7 @@ protected:
                                  customer("C2", "Baker &amp; Sons", "baker@example.test") +
                                  customer("C3", "No Mail Ltd", thirdEmail)) +
                         qbRs("CompanyQueryRs", kCompanyRet)));
+        pick("Invoice");
     }
     void pick(const std::string& type) {
         app.window().startUp();
@@ -105,8 +109,7 @@ protected:
 };
 
 TEST_F(SendLoopTest, InvoicesGoOutOverOneConnectionAndAreLogged) {
-    invoices();
-    pick("Invoice");
+    listInvoices();
     ui.messages.clear();
     app.sender().sendSelectedDocuments();
 
@@ -151,8 +154,7 @@ TEST_F(SendLoopTest, InvoicesGoOutOverOneConnectionAndAreLogged) {
 // The program is killed right after the first message went out: nothing of the end of the run
 // happens, and yet the next start knows that message was sent.
 TEST_F(SendLoopTest, AKilledRunNeverMailsADocumentTwice) {
-    invoices();
-    pick("Invoice");
+    listInvoices();
     const pid_t child = ::fork();
     ASSERT_GE(child, 0);
     if (child == 0) {
@@ -186,8 +188,7 @@ TEST_F(SendLoopTest, ARefusedMessageStaysCheckedAndTheRunGoesOn) {
     SmtpServerOptions options;
     options.refuseRecipients = {"able@example.test"};
     useServer(options);
-    invoices();
-    pick("Invoice");
+    listInvoices();
     ui.messages.clear();
     app.sender().sendSelectedDocuments();
     ASSERT_EQ(outcomes.size(), 2u);
@@ -252,10 +253,8 @@ TEST_F(SendLoopTest, RecipientSettingsDecideWhoGetsEachMessage) {
             {"Settings", "Test", "0"}, {"Settings", "EmailAdr", ""},
         };
         changes.insert(changes.end(), c.settings.begin(), c.settings.end());
-        ASSERT_TRUE(app.settings().setEntries(changes).ok());
         test::writeFile(home / "program" / "EmailsSent.log", "");
-        invoices();
-        pick("Invoice");
+        listInvoices(changes);
         app.window().list().setChecked(2, c.checkRowWithoutAddress);
         ui.messages.clear();
         app.sender().sendSelectedDocuments();
@@ -280,13 +279,9 @@ TEST_F(SendLoopTest, DirectDeliverySendsEachBlindCopyOverItsOwnConnection) {
         "mx.archive.test. 60 IN A 127.0.0.1\n");
     ScopedEnvironment useDns(kDnsServerVariable, dns.address());
     ScopedEnvironment usePort(kDirectPortVariable, server->portText());
-    app.settings()
-        .setEntries({{"Settings", "MailOption", "2"},
-                     {"Settings", "BCC", "1"},
-                     {"Settings", "BCCAdr", "boss@corp.test;files@archive.test"}})
-        .ok();
-    invoices();
-    pick("Invoice");
+    listInvoices({{"Settings", "MailOption", "2"},
+                  {"Settings", "BCC", "1"},
+                  {"Settings", "BCCAdr", "boss@corp.test;files@archive.test"}});
     app.window().list().setChecked(1, false);
     app.sender().sendSelectedDocuments();
 
@@ -316,8 +311,7 @@ TEST_F(SendLoopTest, ASentLogThatCannotBeWrittenStopsTheRun) {
         std::filesystem::remove_all(logPath);
         std::filesystem::create_directory(logPath);
     };
-    invoices("carr@example.test");
-    pick("Invoice");
+    listInvoices({}, "carr@example.test");
     const auto& list = app.window().list();
 
     // Unwritable before the run: nothing is sent.
@@ -358,15 +352,11 @@ TEST_F(SendLoopTest, ASentLogThatCannotBeWrittenStopsTheRun) {
 }
 
 TEST_F(SendLoopTest, TestModeBlindCopiesAndAttachments) {
-    app.settings()
-        .setEntries({{"Settings", "Test", "1"},
-                     {"Settings", "EmailAdr", "me@example.test"},
-                     {"Settings", "BCC", "1"},
-                     {"Settings", "BCCAdr", "boss@example.test;files@example.test"},
-                     {"Settings", "Attachment", "1"}})
-        .ok();
-    invoices();
-    pick("Invoice");
+    listInvoices({{"Settings", "Test", "1"},
+                  {"Settings", "EmailAdr", "me@example.test"},
+                  {"Settings", "BCC", "1"},
+                  {"Settings", "BCCAdr", "boss@example.test;files@example.test"},
+                  {"Settings", "Attachment", "1"}});
     app.window().list().setChecked(1, false);
     app.sender().sendSelectedDocuments();
     auto accepted = server->record().accepted();
@@ -399,8 +389,7 @@ TEST_F(SendLoopTest, TestModeBlindCopiesAndAttachments) {
 }
 
 TEST_F(SendLoopTest, PreviewRendersEveryCheckedRowAndSendsNothing) {
-    invoices();
-    pick("Invoice");
+    listInvoices();
     app.window().list().setChecked(2, true);  // no address, rendered all the same
     app.window().setPreviewChecked(true);
     app.sender().sendSelectedDocuments();
@@ -505,8 +494,7 @@ TEST_F(SendLoopTest, TimesheetsByEntityAndAMissingStyleSheetSendNothing) {
     EXPECT_EQ(server->record().connections, 0);
     EXPECT_TRUE(app.window().list().row(0).checked);
 
-    invoices();
-    pick("Invoice");
+    listInvoices();
     std::filesystem::remove(home / "program" / "invoice.xslt");
     app.sender().sendSelectedDocuments();
     EXPECT_EQ(app.window().statusText(), "Invoice conversion failed");
@@ -515,13 +503,9 @@ TEST_F(SendLoopTest, TimesheetsByEntityAndAMissingStyleSheetSendNothing) {
 }
 
 TEST_F(SendLoopTest, TheAddressPromptCanSendToBlindCopiesOnly) {
-    app.settings()
-        .setEntries({{"Settings", "altEmail", "1"},
-                     {"Settings", "BCC", "1"},
-                     {"Settings", "BCCAdr", "files@example.test"}})
-        .ok();
-    invoices();
-    pick("Invoice");
+    listInvoices({{"Settings", "altEmail", "1"},
+                  {"Settings", "BCC", "1"},
+                  {"Settings", "BCCAdr", "files@example.test"}});
     app.window().list().setChecked(2, true);  // checked by hand, though it has no address
     ui.inputs = {std::string("other@example.test"), std::nullopt, std::string("new@example.test")};
     app.sender().sendSelectedDocuments();
