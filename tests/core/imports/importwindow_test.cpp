@@ -57,17 +57,13 @@ protected:
         if (accepted.size() != before + 1) {
             return {};
         }
-        const auto mail = home / "mail.eml";
         const auto dvx = home / (type + ".dvx");
-        writeFile(mail, accepted.back().data);
-        const int status = test::runCommand(
-            "/usr/bin/python3 -c \"import email,sys\n"
-            "m = email.message_from_binary_file(open(sys.argv[1], 'rb'))\n"
-            "for p in m.walk():\n"
-            "    if (p.get_filename() or '').endswith('.dvx'):\n"
-            "        open(sys.argv[2], 'wb').write(p.get_payload(decode=True))\" '" +
-            mail.string() + "' '" + dvx.string() + "'");
-        EXPECT_EQ(status, 0);
+        for (const auto& part : accepted.back().mime.parts) {
+            if (part.filename.ends_with(".dvx")) {
+                writeFile(dvx, part.body);
+            }
+        }
+        EXPECT_TRUE(std::filesystem::exists(dvx)) << "no exchange file in the mail";
         return dvx.string();
     }
 };
