@@ -7,10 +7,7 @@
 #include "import/exchangefile.h"
 #include "qbgateway/defaultrecords.h"
 #include "qbgateway/response.h"
-#include "qbsandbox/state.h"
-#include "shell/application.h"
-#include "support/mailservers.h"
-#include "support/testsupport.h"
+#include "support/demoapp.h"
 
 namespace dorvane::imports {
 namespace {
@@ -220,22 +217,11 @@ TEST(ImportPreferences, ListsSelectTheStoredEntryAndOkWritesTheSelection) {
 
 // Against the demo company: the lists come from QuickBooks through the gateway, names it knows
 // stay, and the rewritten request, behind the qbXML 1.1 prolog, is booked.
-TEST(ItemAssignmentByLookup, DemoCompanyKeepsItsOwnItemsAndBooksTheBill) {
-    TempDir home;
-    std::filesystem::create_directories(home / "program");
-    for (const auto& f : std::filesystem::directory_iterator(test::programSource())) {
-        if (f.is_regular_file()) {
-            std::filesystem::copy(f.path(), home / "program" / f.path().filename());
-        }
-    }
-    test::copyDemoCompany(home / "demo.dvq");
-    ASSERT_TRUE(qbsandbox::writeState(home / "sandbox", {true, home / "demo.dvq"}));
-    test::ScopedEnvironment sandbox{"DORVANE_SANDBOX_DIR", (home / "sandbox").string()};
-    test::ScopedEnvironment config{"XDG_CONFIG_HOME", (home / "cfg").string()};
-    test::ScopedEnvironment noFaults{"DORVANE_SANDBOX_FAULTS", std::nullopt};
-    test::ScriptedUi ui;
-    shell::Application app(ui, shell::StartOptions{(home / "program").string()});
-    app.defaultRecords().ensureDefaultRecords();
+using ItemAssignmentByLookupTest = test::DemoAppTest;
+
+TEST_F(ItemAssignmentByLookupTest, DemoCompanyKeepsItsOwnItemsAndBooksTheBill) {
+    startApp();
+    app->defaultRecords().ensureDefaultRecords();
 
     ImportSettings settings;
     settings.importItemName = "Uncategorized Item";
@@ -249,13 +235,13 @@ TEST(ItemAssignmentByLookup, DemoCompanyKeepsItsOwnItemsAndBooksTheBill) {
         "<ItemLineAdd><ItemRef><FullName>Their Widget</FullName></ItemRef><Quantity>1</Quantity>"
         "<Cost>5.00</Cost></ItemLineAdd>"
         "</BillAdd></BillAddRq></QBXMLMsgsRq></QBXML>";
-    ASSERT_TRUE(app.defaultRecords().itemList().empty());
-    applyItemAssignmentByLookup(request, settings, app.defaultRecords());
-    EXPECT_FALSE(app.defaultRecords().itemList().empty());
+    ASSERT_TRUE(app->defaultRecords().itemList().empty());
+    applyItemAssignmentByLookup(request, settings, app->defaultRecords());
+    EXPECT_FALSE(app->defaultRecords().itemList().empty());
     EXPECT_EQ(texts(request, "//ItemRef/FullName"), (Texts{"Soil", "Uncategorized Item"}));
     EXPECT_EQ(texts(request, "//AccountRef/FullName"), Texts{"Uncategorized Expenses"});
 
-    const std::string response = app.gateway().processRequest(withRequestProlog(request));
+    const std::string response = app->gateway().processRequest(withRequestProlog(request));
     EXPECT_TRUE(qbgateway::isResponseOK(response, ui)) << response;
     EXPECT_NE(test::readFile(home / "program" / "QBXMLReq.txt")
                   .find("<!DOCTYPE QBXML PUBLIC '-//INTUIT//DTD QBXML QBD 1.1//EN'"),
