@@ -24,6 +24,7 @@
 #include "gui/qtuiport.h"
 #include "guitestsupport.h"
 #include "shell/application.h"
+#include "support/mailservers.h"
 #include "support/testsupport.h"
 #include "support/webconnectorstandin.h"
 #include "webconnector/config.h"
@@ -438,12 +439,9 @@ void Form3Test::webConnectorWaitShowsInBothStatusBarsAndCancels() {
         shell::SettingsStore store(config / "dorvane" / "DV01.ini");
         QVERIFY(webconnector::setUser(store, "office", "secret"));
     }
-    const bool hadConfig = qEnvironmentVariableIsSet("XDG_CONFIG_HOME");
-    const QByteArray configBefore = qgetenv("XDG_CONFIG_HOME");
-    qputenv("XDG_CONFIG_HOME", QByteArray::fromStdString(config.path().string()));
+    ScopedEnvironment useConfig("XDG_CONFIG_HOME", config.path().string());
     gui::QtUiPort ui;
     shell::Application app(ui, shell::StartOptions{m_home->path().string(), true});
-    hadConfig ? qputenv("XDG_CONFIG_HOME", configBefore) : qunsetenv("XDG_CONFIG_HOME");
     webconnector::Service* service = app.webConnector();
     QVERIFY(service != nullptr);
     int dialogsOpened = 0;

@@ -31,6 +31,7 @@
 #include "mail/preferences.h"
 #include "shell/application.h"
 #include "shell/settings.h"
+#include "support/mailservers.h"
 #include "support/testsupport.h"
 #include "xml/xml.h"
 
@@ -512,15 +513,12 @@ void QtUiPortTest::preferencesUnwritableStoreKeepsDialogOpen() {
 // Preferences > Parameter opens the dialog with what the user's settings file holds now
 // (another copy of the program may have written it), and OK writes that file.
 void QtUiPortTest::parameterMenuOpensWhatTheFileHoldsNow() {
-    const bool hadConfig = qEnvironmentVariableIsSet("XDG_CONFIG_HOME");
-    const QByteArray configBefore = qgetenv("XDG_CONFIG_HOME");
-    qputenv("XDG_CONFIG_HOME", QByteArray::fromStdString(m_dir->path().string()));
+    ScopedEnvironment config("XDG_CONFIG_HOME", m_dir->path().string());
     const std::filesystem::path userFile = m_dir->path() / "dorvane" / "DV01.ini";
     std::filesystem::create_directories(userFile.parent_path());
     writeFile(userFile, "[SMTP]\nHostname=first.example.com\n");
     TempDir home;
     shell::Application app(*m_ui, shell::StartOptions{home.path().string()}, noQuickBooks());
-    hadConfig ? qputenv("XDG_CONFIG_HOME", configBefore) : qunsetenv("XDG_CONFIG_HOME");
     gui::registerDialogs(*m_ui, app.settings());
     gui::MainWindowView view(app);
 
