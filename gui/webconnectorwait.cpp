@@ -7,6 +7,7 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QStatusBar>
+#include <QWidget>
 
 #include "gui/qtstrings.h"
 #include "webconnector/service.h"
@@ -73,6 +74,11 @@ void WebConnectorWait::commandEnded() {
 }
 
 bool WebConnectorWait::onWait(const webconnector::WaitProgress& progress) {
+    // A window closed during the wait ends it, as Cancel would: the program is on its way out.
+    if (const auto* window = qobject_cast<const QWidget*>(parent());
+        window != nullptr && !window->isVisible()) {
+        m_cancelled = true;
+    }
     if (m_cancelled) {
         return false;
     }
@@ -87,6 +93,10 @@ bool WebConnectorWait::onWait(const webconnector::WaitProgress& progress) {
     setShown(true);
     m_idle.start();
     QCoreApplication::processEvents();
+    if (const auto* window = qobject_cast<const QWidget*>(parent());
+        window != nullptr && !window->isVisible()) {
+        m_cancelled = true;
+    }
     return !m_cancelled;
 }
 

@@ -6,7 +6,8 @@
 // one waits, each status bar given here shows what is awaited (`webConnectorWait`) and a
 // Cancel (`webConnectorCancel`); the event loop runs, so the windows stay responsive. Cancel
 // stops the wait under way and every further one of the same command, which then fails as
-// when QuickBooks cannot be started. Both hide as soon as the waits stop.
+// when QuickBooks cannot be started. Closing the window given as parent does the same. Both
+// hide as soon as the waits stop.
 #pragma once
 
 #include <functional>

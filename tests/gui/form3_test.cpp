@@ -528,6 +528,17 @@ void Form3Test::webConnectorWaitShowsInBothStatusBarsAndCancels() {
     QVERIFY(!view.findChild<QLabel*>(QStringLiteral("webConnectorWait"))->isVisible());
     QVERIFY2(failed(QStringLiteral("QuickBooks")), qPrintable(boxes.texts.join(QLatin1Char('|'))));
     QCOMPARE(dialogsOpened, 0);
+
+    // Closing the main window during a wait ends the wait: nothing waits on, unseen.
+    auto* label = view.statusBar()->findChild<QLabel*>(QStringLiteral("webConnectorWait"));
+    QString closedAt;
+    QTimer::singleShot(300, &view, [&] {
+        closedAt = label->text();
+        view.close();
+    });
+    view.findChild<QAction*>(QStringLiteral("SelectEstimate"))->trigger();
+    QVERIFY(closedAt.startsWith(QStringLiteral("Waiting for ")));
+    QCOMPARE(label->text(), closedAt);  // no wait went on after the close
 }
 
 int runForm3Tests(int argc, char** argv) {
