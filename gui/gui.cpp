@@ -40,10 +40,7 @@ int runWindow(int argc, char** argv, const std::string& homeOption) {
         // Listening before the first request lets the Web Connector connect while start-up
         // waits for it.
         const Status started = service->start();
-        notices.push_back(started ? service->notice()
-                                  : "Dorvane cannot serve the Web Connector on port " +
-                                        std::to_string(service->port()) + ": " +
-                                        started.error().description);
+        notices.push_back(started ? service->notice() : started.error().description);
     }
     std::string statusText;
     for (const std::string& line : notices) {

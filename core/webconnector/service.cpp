@@ -44,10 +44,7 @@ public:
     Status openConnection(const std::string&, const std::string&) override {
         Status started = m_service.start();
         if (!started) {
-            return qbgateway::processorError(kErrCouldNotAccess,
-                                             "Dorvane cannot serve the Web Connector on port " +
-                                                 std::to_string(m_service.settings().port) + ": " +
-                                                 started.error().description);
+            return qbgateway::processorError(kErrCouldNotAccess, started.error().description);
         }
         return {};
     }
@@ -131,6 +128,11 @@ Status Service::start() {
         return *m_startError;
     }
     const ServiceSettings& s = m_options.settings;
+    // Said once, for the gateway's box and the window's status bar alike.
+    const auto cannotServe = [&s](const Error& reason) {
+        return Error{reason.code, "Dorvane cannot serve the Web Connector on port " +
+                                      std::to_string(s.port) + ": " + reason.description};
+    };
     HttpServerOptions http;
     http.port = s.port;
     http.maxBodyBytes = s.maxRequestBytes;
@@ -139,9 +141,9 @@ Status Service::start() {
         auto cert = files::readAll(s.certificate);
         auto key = files::readAll(s.key);
         if (!cert || !key) {
-            m_startError = Error{(cert ? key.error() : cert.error()).code,
-                                 "the certificate or key cannot be read: " +
-                                     (cert ? key.error() : cert.error()).description};
+            const Error& unread = cert ? key.error() : cert.error();
+            m_startError = cannotServe(
+                Error{unread.code, "the certificate or key cannot be read: " + unread.description});
             return *m_startError;
         }
         http.bindAddress = "";
@@ -150,7 +152,7 @@ Status Service::start() {
     }
     auto server = HttpServer::start(http, [this](const HttpRequest& r) { return handle(r); });
     if (!server) {
-        m_startError = server.error();
+        m_startError = cannotServe(server.error());
         return *m_startError;
     }
     m_server = std::move(*server);

@@ -42,7 +42,8 @@ public:
     Service(const Service&) = delete;
     Service& operator=(const Service&) = delete;
 
-    // Starts listening (once; later calls answer how the first went).
+    // Starts listening (once; later calls answer how the first went). A failure reads
+    // "Dorvane cannot serve the Web Connector on port N: " and the reason.
     Status start();
     bool running() const;
     // The port it listens on (the setting, or the one the system chose for port 0).
