@@ -1,7 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "cli/cli.h"
 
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
 #include <ostream>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "cli/commands.h"
@@ -114,6 +118,53 @@ void announceWaits(webconnector::Service& service, std::ostream& err) {
 }
 
 }  // namespace
+
+int checkInputFile(const std::string& path, std::ostream& err) {
+    if (path == "-") {
+        return kExitOk;
+    }
+    auto cannot = [&](int error) {
+        err << "Cannot read " << path << ": " << std::strerror(error) << '\n';
+        return kExitNoInput;
+    };
+    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    if (fd < 0) {
+        return cannot(errno);
+    }
+    struct stat st {};
+    if (::fstat(fd, &st) != 0) {
+        const int error = errno;
+        ::close(fd);
+        return cannot(error);
+    }
+    if (S_ISDIR(st.st_mode)) {
+        ::close(fd);
+        return cannot(EISDIR);
+    }
+    // Only a regular file can be looked into without consuming it (a pipe is taken as it is).
+    bool blank = S_ISREG(st.st_mode);
+    while (blank) {
+        char buffer[4096];
+        const ssize_t n = ::read(fd, buffer, sizeof buffer);
+        if (n < 0) {
+            const int error = errno;
+            ::close(fd);
+            return cannot(error);
+        }
+        if (n == 0) {
+            break;
+        }
+        for (ssize_t i = 0; i < n && blank; ++i) {
+            blank = std::strchr(" \t\r\n", buffer[i]) != nullptr && buffer[i] != '\0';
+        }
+    }
+    ::close(fd);
+    if (blank) {
+        err << "Cannot read " << path << ": the file is empty\n";
+        return kExitData;
+    }
+    return kExitOk;
+}
 
 GlobalOptions parseGlobalOptions(const std::vector<std::string>& args) {
     GlobalOptions options;

@@ -13,6 +13,8 @@ inline constexpr int kExitOk = 0;
 inline constexpr int kExitFailed = 1;   // the job ran, and something in it failed
 inline constexpr int kExitGateway = 2;  // QuickBooks could not be reached
 inline constexpr int kExitUsage = 64;
+inline constexpr int kExitData = 65;     // the input is there but unusable (empty, wrong layout)
+inline constexpr int kExitNoInput = 66;  // the input file is missing, a folder or unreadable
 
 // Runs one command line (without the program name). Output goes to `out`, messages that
 // the window would show in boxes go to `err`.

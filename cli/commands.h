@@ -47,6 +47,10 @@ std::optional<std::string> documentTypeNamed(std::string_view name);
 int loadListFromArgs(CommandContext& ctx, const Args& args, const char* usage,
                      std::vector<std::string>* rest);
 void printList(const ui::ListModel& list, std::ostream& out);
+// Checks a command's input file before anything else reads it: "-" (standard input) and a
+// readable, non-empty file pass (kExitOk). Otherwise says "Cannot read FILE: reason" on `err`
+// and answers kExitNoInput, or says that FILE is empty and answers kExitData.
+int checkInputFile(const std::string& path, std::ostream& err);
 // `dorvane sandbox status|open|close|stop|new|load|fail ...`: runs without an Application.
 int sandboxCommand(const Args& args, std::ostream& out, std::ostream& err);
 

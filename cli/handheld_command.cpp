@@ -162,6 +162,9 @@ int importFile(CommandContext& ctx, const Args& args) {
     }
     const std::string file =
         args.size() == 2 ? args[1] : ctx.app.folder().filePath(handheld::kDataFromPdaFile);
+    if (const int rc = checkInputFile(file, ctx.err); rc != kExitOk) {
+        return rc;
+    }
     if (!reachQuickBooks(ctx)) {
         return kExitGateway;
     }

@@ -105,7 +105,7 @@ std::optional<std::string> readReceipt(const std::string& file, std::ostream& er
     }
     std::ifstream in(file, std::ios::binary);
     if (!in) {
-        err << "dorvane: cannot read " << file << '\n';
+        err << "Cannot read " << file << '\n';
         return std::nullopt;
     }
     text << in.rdbuf();
@@ -175,9 +175,16 @@ int importCommand(CommandContext& ctx, const Args& args) {
     if (!parsed) {
         return kExitUsage;
     }
+    if (const int rc = checkInputFile(parsed->file, ctx.err); rc != kExitOk) {
+        return rc;
+    }
     std::optional<std::string> receiptText;
     if (parsed->receipt && !(receiptText = readReceipt(parsed->file, ctx.err))) {
-        return kExitFailed;
+        return kExitNoInput;
+    }
+    if (receiptText && text::trim(*receiptText).empty()) {
+        ctx.err << "Cannot read standard input: the receipt is empty\n";
+        return kExitData;
     }
     ctx.app.window().startUp();
     if (ctx.app.gateway().currentCompanyFile().empty()) {

@@ -68,6 +68,9 @@ int importBatchCommand(CommandContext& ctx, const Args& args) {
         ctx.err << kUsage;
         return kExitUsage;
     }
+    if (const int rc = checkInputFile(file, ctx.err); rc != kExitOk) {
+        return rc;
+    }
     ctx.app.window().startUp();
     if (ctx.app.gateway().currentCompanyFile().empty()) {
         ctx.out << "Not imported: QuickBooks could not be reached\n";

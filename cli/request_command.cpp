@@ -14,10 +14,13 @@ int requestCommand(CommandContext& ctx, const Args& args) {
         ctx.err << "Usage: dorvane request FILE\n";
         return kExitUsage;
     }
+    if (const int rc = checkInputFile(args[0], ctx.err); rc != kExitOk) {
+        return rc;
+    }
     auto request = files::readAll(args[0]);
     if (!request) {
-        ctx.err << "Could not read " << args[0] << ": " << request.error().description << '\n';
-        return kExitUsage;
+        ctx.err << "Cannot read " << args[0] << ": " << request.error().description << '\n';
+        return kExitNoInput;
     }
     std::string response = ctx.app.gateway().processRequest(*request);
     if (response.empty()) {

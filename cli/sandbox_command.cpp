@@ -159,6 +159,9 @@ int newCompany(const fs::path& folder, const std::vector<std::string>& args, std
 }
 
 int load(const fs::path& folder, const std::string& file, std::ostream& out, std::ostream& err) {
+    if (const int rc = checkInputFile(file, err); rc != kExitOk) {
+        return rc;
+    }
     auto state = sb::currentState(folder);
     if (!state || !state->running || state->company.empty()) {
         err << "No company file is open; open one with `dorvane sandbox open FILE` first.\n";
@@ -166,8 +169,8 @@ int load(const fs::path& folder, const std::string& file, std::ostream& out, std
     }
     auto text = files::readAll(file);
     if (!text) {
-        err << "Could not read " << file << ": " << text.error().description << "\n";
-        return kExitFailed;
+        err << "Cannot read " << file << ": " << text.error().description << "\n";
+        return kExitNoInput;
     }
     try {
         auto company = sb::CompanyFile::open(state->company);
