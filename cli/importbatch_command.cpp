@@ -24,8 +24,12 @@ constexpr const char* kUsage =
     "  to back up the company file: --yes answers it). --quoted reads values in double quotes\n"
     "  whole (\"O'Brien, Inc.\", \"1,234.50\"), as the import setting QuotedFields does;\n"
     "  without it such a transaction is refused and nothing of it is booked.\n"
+    "  A file without the columns the import reads (Transaction ID, Authorization Code, Total\n"
+    "  Amount, Company, Customer First Name, Customer Last Name) is refused whole, and so is\n"
+    "  a transaction without its ID.\n"
     "  Exit status: 0 nothing refused, 1 something refused, 2 QuickBooks could not be\n"
-    "  reached.\n";
+    "  reached (the run says where it stopped: the same file again goes on there), 65 the\n"
+    "  file lacks a column, 66 the file cannot be read.\n";
 
 const char* kindText(batch::RecordOutcome::Kind kind) {
     using Kind = batch::RecordOutcome::Kind;
@@ -83,10 +87,10 @@ int importBatchCommand(CommandContext& ctx, const Args& args) {
         importer.setQuotedFields(true);
     }
     importer.onRecord([&](const batch::RecordOutcome& o) {
-        std::string who = o.transactionId;
-        for (const std::string* part : {&o.company, &o.amount}) {
+        std::string who;
+        for (const std::string* part : {&o.transactionId, &o.company, &o.amount}) {
             if (!part->empty()) {
-                who += ' ' + *part;
+                who += (who.empty() ? "" : " ") + *part;
             }
         }
         ctx.out << who << ": " << kindText(o.kind);
@@ -106,6 +110,10 @@ int importBatchCommand(CommandContext& ctx, const Args& args) {
         importer.processAuthNetBatch(file);
     }
     const batch::RunSummary& run = importer.lastRun();
+    if (!run.refusedFile.empty()) {
+        ctx.err << run.refusedFile << '\n';
+        return kExitData;
+    }
     ctx.out << run.added << " added, " << run.notApproved << " not approved, "
             << run.alreadyImported << " already imported, " << run.refused << " refused";
     if (run.cancelled) {
@@ -116,6 +124,9 @@ int importBatchCommand(CommandContext& ctx, const Args& args) {
         ctx.out << "; stopped: " << window.statusText();
     }
     ctx.out << '\n';
+    if (const std::string stop = batch::stopReport(run); !stop.empty()) {
+        ctx.out << stop << '\n';
+    }
     if (run.unreachable) {
         return kExitGateway;
     }

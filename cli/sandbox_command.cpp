@@ -26,8 +26,10 @@ constexpr const char* kUsage =
     "  open FILE                   start QuickBooks with this company file open\n"
     "  close                       keep QuickBooks running with no company file open\n"
     "  stop                        QuickBooks not running (connections fail)\n"
-    "  new FILE [--demo] [--customers N] [--invoices N]\n"
-    "                              create a company file (empty, or the demo company) and open it\n"
+    "  new FILE [--demo] [--customers N] [--invoices N] [--force]\n"
+    "                              create a company file (empty, or the demo company) and open\n"
+    "                              it; an existing company file is replaced only with --force,\n"
+    "                              any other file never\n"
     "  load RESPONSE.xml           add the records of a captured qbXML response to the open "
     "company\n"
     "  fail OPERATION N CODE [--delay MS]\n"
@@ -121,11 +123,14 @@ int newCompany(const fs::path& folder, const std::vector<std::string>& args, std
                std::ostream& err) {
     std::string file;
     bool demo = false;
+    bool force = false;
     sb::DemoOptions options;
     for (std::size_t i = 0; i < args.size(); ++i) {
         const std::string& a = args[i];
         if (a == "--demo") {
             demo = true;
+        } else if (a == "--force") {
+            force = true;
         } else if ((a == "--customers" || a == "--invoices") && i + 1 < args.size()) {
             int n = 0;
             if (!parseCount(args[++i], n) || n < 1) {
@@ -144,6 +149,21 @@ int newCompany(const fs::path& folder, const std::vector<std::string>& args, std
         return usage(err);
     }
     fs::path path = fs::absolute(file);
+    std::error_code ec;
+    if (fs::exists(fs::symlink_status(path, ec)) || fs::exists(path, ec)) {
+        if (!sb::CompanyFile::isCompanyFile(path)) {
+            err << path.string()
+                << " exists and is not a company file: it is left as it is. Choose another "
+                   "name.\n";
+            return kExitFailed;
+        }
+        if (!force) {
+            err << path.string()
+                << " is a company file already: `dorvane sandbox open` opens it; add --force to "
+                   "replace it with a new one (its records are lost).\n";
+            return kExitFailed;
+        }
+    }
     try {
         if (demo) {
             sb::createDemoCompany(path, options);

@@ -52,7 +52,71 @@ std::string dt(const std::string& text) {
     return "<dt>" + text + "</dt>";
 }
 
+// The records a reader has left: its lines with anything on them.
+std::size_t countRecords(CsvLineReader& reader) {
+    std::size_t count = 0;
+    while (auto line = reader.next()) {
+        if (line->find_first_not_of(" \t") != std::string::npos) {
+            ++count;
+        }
+    }
+    return count;
+}
+
+bool blank(std::string_view text) {
+    return text.find_first_not_of(" \t\r\n") == std::string_view::npos;
+}
+
 }  // namespace
+
+std::string missingColumns(const Fields& header, const std::string& fileName) {
+    std::string missing;
+    for (const RequiredColumn& column : kRequiredColumns) {
+        if (std::find(header.begin(), header.end(), column.field) == header.end()) {
+            missing += missing.empty() ? "" : ", ";
+            missing += '"';
+            missing += column.heading;
+            missing += '"';
+        }
+    }
+    if (missing.empty()) {
+        return {};
+    }
+    // A hostile header may hold thousands of names: the first few tell what the file is.
+    constexpr std::size_t kNamesShown = 30;
+    std::string holds;
+    for (std::size_t i = 0; i < header.size() && i < kNamesShown; ++i) {
+        holds += i == 0 ? "" : ", ";
+        holds += header[i].substr(0, 64);
+    }
+    if (header.size() > kNamesShown) {
+        holds += ", ... (" + std::to_string(header.size()) + " columns)";
+    }
+    const bool one = missing.find(',') == std::string::npos;
+    return fileName + " is not imported: its header lacks the column" + (one ? " " : "s ") +
+           missing + " of an Authorize.Net transaction download (the header holds: " +
+           (holds.empty() ? std::string("nothing") : holds) +
+           "). Download the transactions again with these columns; nothing was booked.";
+}
+
+std::string stopReport(const RunSummary& run) {
+    if (!run.stopped || !run.refusedFile.empty()) {
+        return {};
+    }
+    const char* why = run.unreachable ? "QuickBooks could not be reached"
+                      : run.cancelled ? "cancelled"
+                                      : "a failure";
+    std::string text = "The import stopped";
+    text += run.stoppedAt.empty() ? " before its first transaction"
+                                  : " at transaction " + run.stoppedAt;
+    text += ": ";
+    text += why;
+    text += ". " + std::to_string(run.notTried) +
+            (run.notTried == 1 ? " transaction was" : " transactions were") + " not tried";
+    text += run.stoppedAt.empty() ? "" : ", that one included";
+    text += ". Import the same file again to go on where it stopped; nothing is booked twice.";
+    return text;
+}
 
 struct BatchImport::Sheets {
     xml::Stylesheet receipt;
@@ -101,7 +165,7 @@ CsvOptions BatchImport::csvOptions(std::vector<std::size_t>* cut) const {
 
 // Starts a run: the waiting page, the settings, the log, and the receipt an earlier run may
 // have left unfinished. False when the run cannot start.
-bool BatchImport::beginRun() {
+bool BatchImport::beginRun(const std::string& fileName) {
     if (m_running) {
         return false;
     }
@@ -113,16 +177,52 @@ bool BatchImport::beginRun() {
     m_window.ui().yield();
     m_window.reloadImportSettings();
     m_log.refresh();
-    if (!recoverInterruptedReceipt()) {
+    CsvLineReader reader(fileName, csvOptions(nullptr).quoting);
+    Fields names;
+    std::string delimiter = ",";
+    if (auto header = reader.next()) {
+        names = headerFieldNames(*header, delimiter, csvOptions(nullptr).quoting);
+    }
+    bool ok = acceptHeader(names, fileName);
+    if (ok && !recoverInterruptedReceipt()) {
         m_summary.unreachable = true;
         m_summary.stopped = true;
+        m_summary.notTried = countRecords(reader);
         m_window.setImportStatusText(imports::kErrorStatus);
+        showStop(kResultsHead);
+        ok = false;
+    }
+    if (!ok) {
         m_running = false;
         progress(-1);
         return false;
     }
     progress(0);
     return true;
+}
+
+bool BatchImport::acceptHeader(const Fields& names, const std::string& fileName) {
+    m_summary.refusedFile = missingColumns(names, fileName);
+    if (m_summary.refusedFile.empty()) {
+        return true;
+    }
+    m_summary.stopped = true;
+    m_window.setImportStatusText("Not imported: columns missing");
+    m_window.setBrowserBody(std::string(kResultsHead) + "<p>" +
+                            xml::escapeText(m_summary.refusedFile) + "</p></body>");
+    return false;
+}
+
+// The page of a run that stopped early ends with where it stopped and what to do.
+void BatchImport::showStop(std::string page) {
+    if (const std::string stop = stopReport(m_summary); !stop.empty()) {
+        page += "<p>" + xml::escapeText(stop) + "</p>";
+        if (m_summary.unreachable) {
+            m_window.setImportStatusText("Import stopped: QuickBooks could not be reached");
+        }
+    }
+    page += kReviewTail;
+    m_window.setBrowserBody(std::move(page));
 }
 
 void BatchImport::endRun() {
@@ -236,7 +336,7 @@ void BatchImport::progress(int percent) {
 }
 
 void BatchImport::processAuthNetBatch(const std::string& fileName) {
-    if (!beginRun()) {
+    if (!beginRun(fileName)) {
         return;
     }
     std::string delimiter = ",";
@@ -255,8 +355,7 @@ void BatchImport::processAuthNetBatch(const std::string& fileName) {
     for (const std::string& line : results) {
         page += line;
     }
-    page += kReviewTail;
-    m_window.setBrowserBody(std::move(page));
+    showStop(std::move(page));
     if (m_summary.cancelled) {
         m_window.setImportStatusText("Import cancelled");
     }
@@ -264,7 +363,7 @@ void BatchImport::processAuthNetBatch(const std::string& fileName) {
 }
 
 void BatchImport::processAuthNetBulk(const std::string& fileName) {
-    if (!beginRun()) {
+    if (!beginRun(fileName)) {
         return;
     }
     const CsvOptions options = csvOptions(nullptr);
@@ -297,14 +396,15 @@ void BatchImport::processAuthNetBulk(const std::string& fileName) {
     }
     if (going) {
         chunk();
+    } else {
+        m_summary.notTried += countRecords(reader);
     }
     std::string page = kExceptionsHead;
     for (const std::string& text : exceptions) {
         page += dt(text);
     }
-    page += kReviewTail;
-    m_window.setBrowserBody(std::move(page));
     m_window.setImportStatusText(m_summary.cancelled ? "Import cancelled" : "Done");
+    showStop(std::move(page));
     endRun();
 }
 
@@ -364,8 +464,13 @@ bool BatchImport::processRecords(const xml::Document& document, const std::vecto
     qbgateway::Gateway& gateway = m_window.gateway();
     const bool batch = mode == Mode::Batch;
     const std::vector<xml::Node> records = document.root().selectAll(kRecordTag);
+    std::size_t at = 0;
     auto stop = [&](const std::string& why) {
         m_summary.stopped = true;
+        m_summary.notTried += records.size() - at;
+        if (at < records.size()) {
+            m_summary.stoppedAt = field(records[at], "TransactionID");
+        }
         if (!why.empty()) {
             ui.messageBox("The batch import stopped: " + why, ui::kProgramTitle,
                           ui::Icon::Exclamation);
@@ -377,6 +482,7 @@ bool BatchImport::processRecords(const xml::Document& document, const std::vecto
     };
     auto cutAt = cut.begin();
     for (std::size_t i = 0; i < records.size(); ++i) {
+        at = i;
         if (m_cancelRequested) {
             m_summary.cancelled = true;
             return stop({});
@@ -407,6 +513,15 @@ bool BatchImport::processRecords(const xml::Document& document, const std::vecto
         if (field(record, "AuthorizationCode").empty()) {
             outcome.kind = RecordOutcome::Kind::NotApproved;
             line("Transaction for " + company + " " + amount + " not approved.");
+            report(std::move(outcome));
+            continue;
+        }
+        if (blank(txnId)) {
+            // Without its ID a receipt could be booked again by every later run.
+            outcome.kind = RecordOutcome::Kind::NotImported;
+            outcome.reason = kNoTransactionIdReason;
+            line("Transaction for " + company + " " + amount +
+                 " not imported: " + kNoTransactionIdReason + ".");
             report(std::move(outcome));
             continue;
         }

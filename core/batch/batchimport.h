@@ -66,6 +66,28 @@ inline constexpr const char* kCutQuoteReason =
     "Turn on quoted fields in the import preferences (or use --quoted), or download the file "
     "tab-delimited, and import it again";
 
+// Why an approved record without a transaction ID is not booked: the ID is what keeps it from
+// being booked twice.
+inline constexpr const char* kNoTransactionIdReason = "no transaction ID";
+
+// The columns the import reads: their names as records carry them, and as a download heads
+// them. A file without one of them is refused whole, before anything is booked.
+struct RequiredColumn {
+    const char* field;
+    const char* heading;
+};
+inline constexpr RequiredColumn kRequiredColumns[] = {
+    {"TransactionID", "Transaction ID"},
+    {"AuthorizationCode", "Authorization Code"},
+    {"TotalAmount", "Total Amount"},
+    {"Company", "Company"},
+    {"CustomerFirstName", "Customer First Name"},
+    {"CustomerLastName", "Customer Last Name"},
+};
+// Empty when the header names every required column; otherwise what is missing and what the
+// header holds, as a sentence about `fileName`.
+std::string missingColumns(const Fields& header, const std::string& fileName);
+
 // What became of one record.
 struct RecordOutcome {
     enum class Kind { Added, NotApproved, AlreadyImported, Refused, NotImported };
@@ -85,7 +107,14 @@ struct RunSummary {
     bool unreachable = false;  // QuickBooks could not be reached; the run stopped
     bool stopped = false;      // the run ended early (cancelled, a failure)
     bool cancelled = false;
+    std::string refusedFile;   // why the file was refused whole; nothing of it was booked
+    std::string stoppedAt;     // the transaction under way when the run stopped
+    std::size_t notTried = 0;  // records the stopped run left untried, that one included
 };
+
+// After a run that stopped early: where, how much was left, and that running the same file
+// again goes on there. Empty for a run that went through.
+std::string stopReport(const RunSummary& run);
 
 class BatchImport {
 public:
@@ -128,7 +157,10 @@ private:
     enum class Mode { Batch, Bulk };
     struct Sheets;
 
-    bool beginRun();
+    bool beginRun(const std::string& fileName);
+    // Refuses a file whose header lacks a required column (the summary and the page say why).
+    bool acceptHeader(const Fields& names, const std::string& fileName);
+    void showStop(std::string page);
     void endRun();
     bool recoverInterruptedReceipt();
     std::optional<bool> receiptInQuickBooks(const BatchJournal::Entry& entry);

@@ -10,7 +10,16 @@ constexpr std::string_view kTxnTag = "<TxnID>";
 constexpr std::string_view kDateTag = "<RecordDate>";
 constexpr std::string_view kDateEnd = "</RecordDate>";
 
+// No transaction is known by a blank ID: one logged by an older version must not make every
+// transaction look imported.
+bool blank(std::string_view txnId) {
+    return txnId.find_first_not_of(" \t\r\n") == std::string_view::npos;
+}
+
 std::string::size_type findRecord(std::string_view log, std::string_view txnId) {
+    if (blank(txnId)) {
+        return std::string_view::npos;
+    }
     const std::string key = std::string(kTxnTag) + std::string(txnId);
     return log.find(key);
 }
@@ -72,6 +81,9 @@ void ImportLogIndex::add(std::string_view text) {
 }
 
 bool ImportLogIndex::holds(std::string_view txnId) const {
+    if (blank(txnId)) {
+        return false;
+    }
     if (txnId.find('<') != std::string_view::npos) {
         // The ID runs past the end of a logged one: only the text can say.
         return importLogHolds(m_text, txnId);
@@ -83,6 +95,9 @@ bool ImportLogIndex::holds(std::string_view txnId) const {
 }
 
 bool ImportLogIndex::holdsExactly(std::string_view txnId) const {
+    if (blank(txnId)) {
+        return false;
+    }
     return m_ids.contains(txnId) || (m_open && *m_open == txnId);
 }
 

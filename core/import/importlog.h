@@ -24,7 +24,7 @@ inline constexpr const char* kBatchLogFile = "BatchImport.log";
 std::string importLogRecord(std::string_view txnId,
                             std::chrono::system_clock::time_point when = clock::now());
 
-// Whether the log text holds "<TxnID>" + id.
+// Whether the log text holds "<TxnID>" + id. A blank ID is never held.
 bool importLogHolds(std::string_view log, std::string_view txnId);
 
 // The RecordDate of the first record that matches as importLogHolds does; nullopt when none

@@ -3,6 +3,8 @@
 
 #include <cstdio>
 #include <ctime>
+#include <fstream>
+#include <string_view>
 
 #include <sqlite3.h>
 
@@ -307,9 +309,37 @@ sqlite3* openHandle(const std::filesystem::path& path, int flags) {
 
 }  // namespace
 
+bool CompanyFile::isCompanyFile(const std::filesystem::path& path) {
+    // SQLite takes an empty file for an empty database and would write into it: only a file
+    // that starts as a database is opened at all, and then read-only.
+    constexpr std::string_view kMagic("SQLite format 3\0", 16);
+    std::ifstream in(path, std::ios::binary);
+    char head[16] = {};
+    if (!in.read(head, sizeof head) || std::string_view(head, sizeof head) != kMagic) {
+        return false;
+    }
+    sqlite3* handle = nullptr;
+    bool found = false;
+    if (sqlite3_open_v2(path.c_str(), &handle, SQLITE_OPEN_READONLY, nullptr) == SQLITE_OK) {
+        sqlite3_stmt* s = nullptr;
+        if (sqlite3_prepare_v2(handle,
+                               "SELECT 1 FROM sqlite_master WHERE type = 'table' AND name = "
+                               "'schema_version'",
+                               -1, &s, nullptr) == SQLITE_OK) {
+            found = sqlite3_step(s) == SQLITE_ROW;
+        }
+        sqlite3_finalize(s);
+    }
+    sqlite3_close_v2(handle);
+    return found;
+}
+
 std::unique_ptr<CompanyFile> CompanyFile::open(const std::filesystem::path& path) {
     if (!std::filesystem::exists(path)) {
         throw CompanyFileError("no company file at " + path.string());
+    }
+    if (!isCompanyFile(path)) {
+        throw CompanyFileError(path.string() + " is not a Dorvane company file");
     }
     std::unique_ptr<CompanyFile> file(
         new CompanyFile(path, openHandle(path, SQLITE_OPEN_READWRITE)));

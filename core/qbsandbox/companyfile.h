@@ -88,8 +88,11 @@ class CompanyFile {
 public:
     static constexpr int kSchemaVersion = 2;
 
-    // Opens (and migrates) an existing company file, or creates an empty one.
+    // Opens (and migrates) an existing company file, or creates an empty one. A file that is
+    // not a company file is refused (CompanyFileError) and left exactly as it was.
     static std::unique_ptr<CompanyFile> open(const std::filesystem::path& path);
+    // Whether `path` holds a company file, looked at without writing to it.
+    static bool isCompanyFile(const std::filesystem::path& path);
     static std::unique_ptr<CompanyFile> create(const std::filesystem::path& path);
     ~CompanyFile();
     CompanyFile(const CompanyFile&) = delete;

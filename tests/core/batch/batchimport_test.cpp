@@ -18,6 +18,9 @@ using test::writeFile;
 
 const std::string kExpanded = (test::dataDir() / "batch" / "expanded-latin1.csv").string();
 const std::string kStandard = (test::dataDir() / "batch" / "standard-utf8.txt").string();
+const std::string kHeader =
+    "Transaction ID,Authorization Code,Total Amount,Company,Customer First Name,Customer Last "
+    "Name\r\n";
 const std::string kCutLine =
     std::string("<dt>Transaction 60123456784 not imported: ") + kCutQuoteReason + ".</dt>";
 
@@ -188,7 +191,8 @@ TEST_F(BatchImportTest, RefusedReceiptsAreNotLoggedAndTriedAgain) {
     set("Item", "No Such Item");
     const std::string file = (home / "one.csv").string();
     writeFile(file,
-              "Transaction ID,Authorization Code,Total Amount,Company\r\n"
+              "Transaction ID,Authorization Code,Total Amount,Company,Customer First Name,Customer "
+              "Last Name\r\n"
               "555,OK1,12.00,Acme\r\n");
     batch().processAuthNetBatch(file);
     EXPECT_EQ(body(), std::string(kResultsHead) +
@@ -224,7 +228,8 @@ TEST_F(BatchImportTest, AnIdThatBeginsALoggedOneCountsAsImported) {
     writeFile(program / imports::kBatchLogFile, imports::importLogRecord("1234"));
     const std::string file = (home / "prefix.csv").string();
     writeFile(file,
-              "Transaction ID,Authorization Code,Total Amount,Company\r\n"
+              "Transaction ID,Authorization Code,Total Amount,Company,Customer First Name,Customer "
+              "Last Name\r\n"
               "123,OK1,5.00,Acme\r\n");
     batch().processAuthNetBatch(file);
     EXPECT_EQ(body(), std::string(kResultsHead) +
@@ -239,7 +244,9 @@ TEST_F(BatchImportTest, BulkImportReadsChunksOf51Lines) {
     for (const auto& [lines, expected] : {std::pair{102, std::vector<std::size_t>{51, 51, 0}},
                                           std::pair{51, std::vector<std::size_t>{51, 0}},
                                           std::pair{53, std::vector<std::size_t>{51, 2}}}) {
-        std::string text = "Transaction ID,Authorization Code,Total Amount,Company\r\n";
+        std::string text =
+            "Transaction ID,Authorization Code,Total Amount,Company,Customer First Name,Customer "
+            "Last Name\r\n";
         for (int i = 0; i < lines; ++i) {
             text += std::to_string(9000 + i) + ",,1.00,Declined Co\r\n";
         }
@@ -281,7 +288,8 @@ TEST_F(BatchImportTest, AReceiptWhoseAnswerWasLostIsNeverBookedTwice) {
     ASSERT_TRUE(qbsandbox::writeFaults(home / "sandbox", {{"EndSession", 1, 0x80040402, 0}}));
     const std::string file = (home / "one.csv").string();
     writeFile(file,
-              "Transaction ID,Authorization Code,Total Amount,Company\r\n"
+              "Transaction ID,Authorization Code,Total Amount,Company,Customer First Name,Customer "
+              "Last Name\r\n"
               "777,OK7,7.00,Acme\r\n");
     outcomes.clear();
     batch().processAuthNetBatch(file);
@@ -289,6 +297,152 @@ TEST_F(BatchImportTest, AReceiptWhoseAnswerWasLostIsNeverBookedTwice) {
     EXPECT_EQ(outcomes[0].kind, RecordOutcome::Kind::Added);
     EXPECT_EQ(receiptCount("777"), 1u);
     EXPECT_TRUE(imports::importLogHolds(log(), "777"));
+}
+
+// The journal is read from its last note: when the answer of a later receipt of a run is lost,
+// that receipt is the one asked about, never booked twice.
+TEST_F(BatchImportTest, TheLastReceiptNotedIsTheOneSettled) {
+    set("IgnoreAuthNetCust", "1");
+    const std::string file = (home / "three.csv").string();
+    writeFile(file, kHeader + "801,OK1,8.01,Acme\r\n802,OK2,8.02,Acme\r\n803,OK3,8.03,Acme\r\n");
+    batch().onRecord([this](const RecordOutcome& o) {
+        if (o.transactionId == "801") {  // the next receipt is booked, its answer lost
+            ASSERT_TRUE(
+                qbsandbox::writeFaults(home / "sandbox", {{"EndSession", 2, 0x80040402, 0}}));
+        }
+    });
+    batch().processAuthNetBatch(file);
+    EXPECT_TRUE(batch().lastRun().unreachable);
+    batch().onRecord({});
+    batch().processAuthNetBatch(file);
+    EXPECT_EQ(receiptCount("801"), 1u);
+    EXPECT_EQ(receiptCount("802"), 1u);
+    EXPECT_EQ(receiptCount("803"), 1u);
+}
+
+// What the import cannot keep apart is not booked: a download without a column the import
+// reads is refused whole, a record without its ID alone; an empty ID logged by an older version
+// never makes a transaction look imported.
+TEST_F(BatchImportTest, WhatCannotBeKeptApartIsNeverBooked) {
+    set("IgnoreAuthNetCust", "1");
+    struct Case {
+        const char* name;
+        std::string text;
+        std::string logBefore;
+        std::vector<std::string> booked;  // transaction IDs that get a receipt
+        const char* refusal;              // in the refusal of the whole file; null: accepted
+    };
+    const std::string poisoned = imports::importLogRecord("");
+    const Case cases[] = {
+        {"renamed ID column",
+         "Trans ID,Authorization Code,Total Amount,Company,Customer First Name,Customer Last "
+         "Name\r\n901,OK1,9.01,Acme\r\n",
+         "",
+         {},
+         "lacks the column \"Transaction ID\" of an Authorize.Net"},
+        {"only three columns",
+         "Transaction ID,Auth Code,Total Amount\r\n902,OK1,9.02\r\n",
+         "",
+         {},
+         "\"Authorization Code\", \"Company\", \"Customer First Name\", \"Customer Last Name\" "
+         "of an Authorize.Net transaction download (the header holds: TransactionID, AuthCode, "
+         "TotalAmount)"},
+        {"a record without its ID",
+         kHeader + ",OK1,9.03,Acme\r\n  ,OK2,9.04,Acme\r\n905,OK3,9.05,Acme\r\n",
+         "",
+         {"905"},
+         nullptr},
+        {"a log poisoned by an empty ID",
+         kHeader + "906,OK1,9.06,Acme\r\n",
+         poisoned,
+         {"906"},
+         nullptr},
+    };
+    for (const Case& c : cases) {
+        for (const bool bulk : {false, true}) {
+            SCOPED_TRACE(std::string(c.name) + (bulk ? " (bulk)" : ""));
+            writeFile(program / imports::kBatchLogFile, c.logBefore);
+            const std::string file = (home / "case.csv").string();
+            writeFile(file, c.text);
+            const auto receiptsBefore =
+                query("<SalesReceiptQueryRq/>").selectAll("//SalesReceiptRet").size();
+            outcomes.clear();
+            bulk ? batch().processAuthNetBulk(file) : batch().processAuthNetBatch(file);
+            const RunSummary& run = batch().lastRun();
+            if (c.refusal) {
+                EXPECT_NE(run.refusedFile.find(c.refusal), std::string::npos) << run.refusedFile;
+                EXPECT_NE(body().find("nothing was booked"), std::string::npos) << body();
+                EXPECT_TRUE(outcomes.empty());
+            } else {
+                EXPECT_EQ(run.refusedFile, "");
+            }
+            std::vector<std::string> added;
+            for (const RecordOutcome& o : outcomes) {
+                if (o.kind == RecordOutcome::Kind::Added) {
+                    added.push_back(o.transactionId);
+                } else {
+                    EXPECT_EQ(o.kind, RecordOutcome::Kind::NotImported);
+                    EXPECT_EQ(o.reason, kNoTransactionIdReason);
+                }
+            }
+            EXPECT_EQ(added, c.booked);
+            EXPECT_EQ(query("<SalesReceiptQueryRq/>").selectAll("//SalesReceiptRet").size(),
+                      receiptsBefore + c.booked.size());
+            EXPECT_EQ(log().find("<TxnID></TxnID>", c.logBefore.size()), std::string::npos);
+            EXPECT_EQ(log().find("<TxnID>  </TxnID>"), std::string::npos);
+        }
+    }
+}
+
+// QuickBooks lost in the middle of a run: the run says at which transaction it stopped and how
+// many were not tried, and the same file again books the rest, nothing twice.
+TEST_F(BatchImportTest, ARunThatLosesQuickBooksSaysWhereItStopped) {
+    set("IgnoreAuthNetCust", "1");
+    struct Case {
+        bool bulk;
+        const char* lostAfter;  // the last transaction QuickBooks answers for
+        const char* report;
+    };
+    const Case cases[] = {
+        {false, "7002",
+         "The import stopped at transaction 7003: QuickBooks could not be reached. 57 "
+         "transactions were not tried, that one included."},
+        {true, "8005",
+         "The import stopped at transaction 8006: QuickBooks could not be reached. 54 "
+         "transactions were not tried, that one included."},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.lostAfter);
+        std::string text = kHeader;
+        for (int i = 0; i < 60; ++i) {
+            text += std::to_string(c.bulk ? 8000 + i : 7000 + i) + ",OK,1.00,Acme\r\n";
+        }
+        const std::string file = (home / "sixty.csv").string();
+        writeFile(file, text);
+        batch().onRecord([&](const RecordOutcome& o) {
+            if (o.transactionId == c.lostAfter) {
+                ASSERT_TRUE(qbsandbox::writeFaults(home / "sandbox",
+                                                   {{"OpenConnection", 99, 0x80040408, 0}}));
+            }
+        });
+        c.bulk ? batch().processAuthNetBulk(file) : batch().processAuthNetBatch(file);
+        EXPECT_TRUE(batch().lastRun().unreachable);
+        EXPECT_EQ(stopReport(batch().lastRun()).rfind(c.report, 0), 0u)
+            << stopReport(batch().lastRun());
+        EXPECT_NE(body().find(c.report), std::string::npos) << body();
+        EXPECT_EQ(window().statusText(), "Import stopped: QuickBooks could not be reached");
+
+        ASSERT_TRUE(qbsandbox::writeFaults(home / "sandbox", {}));
+        batch().onRecord({});
+        batch().processAuthNetBatch(file);
+        EXPECT_EQ(stopReport(batch().lastRun()), "");
+        EXPECT_EQ(batch().lastRun().added + batch().lastRun().alreadyImported, 60u);
+    }
+    EXPECT_EQ(query("<SalesReceiptQueryRq/>")
+                  .selectAll("//SalesReceiptRet[starts-with(Memo, 'Authorize.Net transaction 70') "
+                             "or starts-with(Memo, 'Authorize.Net transaction 80')]")
+                  .size(),
+              120u);
 }
 
 // Cancel stops after the transaction under way; what QuickBooks got is logged, the rest is
@@ -309,7 +463,10 @@ TEST_F(BatchImportTest, CancelStopsAfterTheRecordUnderWay) {
     EXPECT_EQ(window().statusText(), "Import cancelled");
     EXPECT_EQ(body(), std::string(kResultsHead) +
                           "<dt>Sales receipt for M\xC3\xBC"
-                          "ller Gartenbau GmbH 185.40 added.</dt>" +
+                          "ller Gartenbau GmbH 185.40 added.</dt><p>The import stopped at "
+                          "transaction 60123456782: cancelled. 4 transactions were not tried, "
+                          "that one included. Import the same file again to go on where it "
+                          "stopped; nothing is booked twice.</p>" +
                           kReviewTail);
     EXPECT_TRUE(imports::importLogHolds(log(), "60123456781"));
     EXPECT_FALSE(imports::importLogHolds(log(), "60123456783"));
