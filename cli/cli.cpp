@@ -10,8 +10,11 @@
 
 #include "cli/commands.h"
 #include "cli/terminalui.h"
+#include "qbsandbox/sandbox.h"
+#include "qbsandbox/state.h"
 #include "shell/application.h"
 #include "shell/programhome.h"
+#include "webconnector/config.h"
 #include "webconnector/service.h"
 
 namespace dorvane::cli {
@@ -119,6 +122,51 @@ void announceWaits(webconnector::Service& service, std::ostream& err) {
 
 }  // namespace
 
+namespace {
+
+std::string unreachableAdvice(shell::Application& app) {
+    std::string folder;
+    switch (webconnector::chosenConnection(app.settings(), &folder)) {
+        case webconnector::Connection::WebConnector: {
+            const auto log =
+                webconnector::summarizeLog(app.folder().filePath(webconnector::kLogFile));
+            return "QuickBooks is reached through the Web Connector, which " +
+                   (log.lastConnected ? "last connected " + *log.lastConnected
+                                      : std::string("has never connected")) +
+                   ". Start QuickBooks and the Web Connector on the office PC with the company "
+                   "file open (dorvane webconnector status tells more).";
+        }
+        case webconnector::Connection::ResponseFolder:
+            return "The answers of " + folder + " do not reach QuickBooks.";
+        case webconnector::Connection::Sandbox:
+            break;
+    }
+    const auto state = qbsandbox::readState(qbsandbox::stateFolder());
+    const std::string last =
+        state && !state->last.empty() ? "'" + state->last.string() + "'" : std::string("FILE");
+    const bool stopped = state && !state->running;
+    return std::string(stopped ? "The sandbox QuickBooks is not running: start it"
+                               : "No company file is open in the sandbox QuickBooks: open one") +
+           " with `dorvane sandbox open " + last + "`" +
+           (last == "FILE" ? "" : " (the company file open last)") + ".";
+}
+
+}  // namespace
+
+int reportUnreachable(CommandContext& ctx) {
+    ctx.err << "dorvane: QuickBooks could not be reached. " << unreachableAdvice(ctx.app) << '\n';
+    return kExitGateway;
+}
+
+bool startUp(CommandContext& ctx) {
+    ctx.app.window().startUp();
+    if (!ctx.app.gateway().currentCompanyFile().empty()) {
+        return true;
+    }
+    reportUnreachable(ctx);
+    return false;
+}
+
 int checkInputFile(const std::string& path, std::ostream& err) {
     if (path == "-") {
         return kExitOk;
@@ -214,6 +262,7 @@ int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
             TerminalUi ui(err, options.yes, ::isatty(STDIN_FILENO) && ::isatty(STDERR_FILENO));
             reportHome(shell::setUpProgramHome(options.home), err);
             shell::Application app(ui, shell::StartOptions{options.home});
+            ui.holdBackWhile([&app] { return app.gateway().unreachable(); });
             if (webconnector::Service* service = app.webConnector()) {
                 announceWaits(*service, err);
             }

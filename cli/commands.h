@@ -40,6 +40,13 @@ int webupdateCommand(CommandContext& ctx, const Args& args);
 int handheldCommand(CommandContext& ctx, const Args& args);
 int webconnectorCommand(CommandContext& ctx, const Args& args);
 
+// The window's start-up: the company, the default records. When QuickBooks cannot be reached
+// it says so once, with what to do, and answers false (the job then exits kExitGateway).
+bool startUp(CommandContext& ctx);
+// Says once that QuickBooks cannot be reached, and what to do for the connection in use;
+// answers kExitGateway.
+int reportUnreachable(CommandContext& ctx);
+
 // The document type a command-line word names (any case), e.g. "invoice" → "Invoice".
 std::optional<std::string> documentTypeNamed(std::string_view name);
 // Takes TYPE and --timeframe from `args`, runs the window's start-up and the type's list

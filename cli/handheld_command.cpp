@@ -97,9 +97,7 @@ int bookTimeEntries(CommandContext& ctx, CommandSync& sync) {
 
 // Runs the window's start-up; false (and the line why) when QuickBooks does not answer.
 bool reachQuickBooks(CommandContext& ctx) {
-    ctx.app.window().startUp();
-    if (ctx.app.gateway().currentCompanyFile().empty()) {
-        ctx.out << "QuickBooks could not be reached\n";
+    if (!startUp(ctx)) {
         return false;
     }
     ctx.app.importWindow().open();

@@ -186,8 +186,7 @@ int importCommand(CommandContext& ctx, const Args& args) {
         ctx.err << "Cannot read standard input: the receipt is empty\n";
         return kExitData;
     }
-    ctx.app.window().startUp();
-    if (ctx.app.gateway().currentCompanyFile().empty()) {
+    if (!startUp(ctx)) {
         ctx.out << "Not imported: QuickBooks could not be reached\n";
         return kExitGateway;
     }

@@ -75,8 +75,7 @@ int importBatchCommand(CommandContext& ctx, const Args& args) {
     if (const int rc = checkInputFile(file, ctx.err); rc != kExitOk) {
         return rc;
     }
-    ctx.app.window().startUp();
-    if (ctx.app.gateway().currentCompanyFile().empty()) {
+    if (!startUp(ctx)) {
         ctx.out << "Not imported: QuickBooks could not be reached\n";
         return kExitGateway;
     }

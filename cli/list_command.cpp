@@ -86,7 +86,10 @@ int loadListFromArgs(CommandContext& ctx, const Args& args, const char* usage,
     window.selectTimeframe(std::string_view(*canonical));
     window.selectDocumentType(*type);
     printCompany(ctx, ctx.err);
-    return window.listDocument().empty() ? kExitGateway : kExitOk;
+    if (window.listDocument().empty()) {
+        return ctx.app.gateway().unreachable() ? reportUnreachable(ctx) : kExitGateway;
+    }
+    return kExitOk;
 }
 
 void printList(const ui::ListModel& list, std::ostream& out) {
@@ -129,7 +132,7 @@ int companyCommand(CommandContext& ctx, const Args& args) {
     if (args.empty()) {
         company.retrieveCompanyInfo();
         if (!quickBooksReached(ctx)) {
-            return kExitGateway;
+            return reportUnreachable(ctx);
         }
         printCompany(ctx, ctx.out);
         return company.companyNode() ? kExitOk : kExitFailed;

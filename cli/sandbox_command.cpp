@@ -112,7 +112,7 @@ int openCompany(const fs::path& folder, const std::string& file, std::ostream& o
         err << "Could not open the company file: " << e.what() << "\n";
         return kExitFailed;
     }
-    int rc = save(folder, {true, path}, err);
+    int rc = save(folder, {true, path, path}, err);
     if (rc == kExitOk) {
         out << "QuickBooks is running with " << path.string() << " open.\n";
     }
@@ -281,15 +281,21 @@ int sandboxCommand(const Args& args, std::ostream& out, std::ostream& err) {
     if (command == "open" && rest.size() == 1) {
         return openCompany(folder, rest[0], out, err);
     }
+    // Closing or stopping keeps which company file was open, for the messages that say how to
+    // open it again.
+    auto last = [&] {
+        const auto state = sb::readState(folder);
+        return !state ? fs::path() : state->company.empty() ? state->last : state->company;
+    };
     if (command == "close" && rest.empty()) {
-        int rc = save(folder, {true, {}}, err);
+        int rc = save(folder, {true, {}, last()}, err);
         if (rc == kExitOk) {
             out << "QuickBooks is running with no company file open.\n";
         }
         return rc;
     }
     if (command == "stop" && rest.empty()) {
-        int rc = save(folder, {false, {}}, err);
+        int rc = save(folder, {false, {}, last()}, err);
         if (rc == kExitOk) {
             out << "QuickBooks is not running.\n";
         }

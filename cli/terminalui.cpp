@@ -5,6 +5,7 @@
 #include <iostream>
 #include <ostream>
 #include <string>
+#include <utility>
 
 #include "common/text.h"
 #include "company/companyeditor.h"
@@ -17,6 +18,13 @@ TerminalUi::TerminalUi(std::ostream& err, bool assumeYes, bool interactive, std:
 ui::Answer TerminalUi::messageBox(std::string_view text, std::string_view title, ui::Icon,
                                   ui::Buttons buttons) {
     ++m_messages;
+    if (m_down && m_down() && buttons == ui::Buttons::Ok) {
+        if (std::exchange(m_downSaid, true)) {
+            return ui::Answer::Ok;
+        }
+    } else {
+        m_downSaid = false;
+    }
     std::string shown = text::replaceAll(text, "\r\n", "\n");
     if (title != ui::kProgramTitle) {
         m_err << title << ": ";

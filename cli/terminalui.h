@@ -7,6 +7,7 @@
 // answers its preset, as OK pressed on the unchanged box would.
 #pragma once
 
+#include <functional>
 #include <iosfwd>
 #include <istream>
 #include <optional>
@@ -35,6 +36,10 @@ public:
     void yield() override {}
     bool runDialog(ui::DialogModel& model) override;
 
+    // While `down` answers true, QuickBooks cannot be reached: the first message of such a
+    // spell is shown, the ones that merely follow from it are held back.
+    void holdBackWhile(std::function<bool()> down) { m_down = std::move(down); }
+
     // How many message boxes were shown (the commands' exit status looks at it).
     int messagesShown() const { return m_messages; }
 
@@ -55,6 +60,8 @@ private:
     bool m_interactive;
     std::istream* m_in;
     int m_messages = 0;
+    std::function<bool()> m_down;
+    bool m_downSaid = false;
     std::optional<FieldValues> m_companyValues;
     int m_companyEditorShown = 0;
     bool m_companyEditorAccepted = false;

@@ -43,8 +43,7 @@ int webupdateCommand(CommandContext& ctx, const Args& args) {
         ctx.err << kUsage;
         return kExitUsage;
     }
-    ctx.app.window().startUp();
-    if (ctx.app.gateway().currentCompanyFile().empty()) {
+    if (!startUp(ctx)) {
         return kExitGateway;
     }
     webupdate::WebUpdater& updater = ctx.app.webUpdater();

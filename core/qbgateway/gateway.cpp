@@ -81,6 +81,7 @@ std::string Gateway::exchange(const std::string& request, bool askCompanyFile) {
         std::string response = take(processor->processRequest(ticket, request));
         check(processor->endSession(ticket));
         check(processor->closeConnection());
+        m_unreachable = false;
         if (askCompanyFile) {
             noteCompanyFile(companyFile);
         }
@@ -95,6 +96,7 @@ std::string Gateway::exchange(const std::string& request, bool askCompanyFile) {
         });
         return response;
     } catch (const StepFailed& failed) {
+        m_unreachable = true;
         if (static_cast<std::uint32_t>(failed.error.code) == kErrNoCompanyFile) {
             m_ui.messageBox(kNoCompanyMessage);
         } else {

@@ -48,6 +48,9 @@ public:
         m_companyChanged = std::move(handler);
     }
 
+    // Whether the last exchange failed to reach QuickBooks (a step of the exchange failed).
+    bool unreachable() const { return m_unreachable; }
+
     // The message a failed step shows.
     static std::string failureMessage(const Error& error);
 
@@ -63,6 +66,7 @@ private:
     ProcessorFactory m_factory;
     std::string m_currentCompanyFile;
     std::function<void()> m_companyChanged;
+    bool m_unreachable = false;
     // Written by the trace writer, reported by the next exchange.
     std::optional<Error> m_traceFailure;
 };

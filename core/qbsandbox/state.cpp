@@ -69,6 +69,8 @@ std::optional<SandboxState> readState(const std::filesystem::path& folder) {
             state.running = value == "true";
         } else if (key == "company") {
             state.company = value;
+        } else if (key == "last") {
+            state.last = value;
         }
     }
     return state;
@@ -77,8 +79,9 @@ std::optional<SandboxState> readState(const std::filesystem::path& folder) {
 Status writeState(const std::filesystem::path& folder, const SandboxState& state) {
     std::error_code ec;
     std::filesystem::create_directories(folder, ec);
+    const std::filesystem::path& last = state.company.empty() ? state.last : state.company;
     std::string text = "[QuickBooks]\nrunning=" + std::string(state.running ? "true" : "false") +
-                       "\ncompany=" + state.company.string() + "\n";
+                       "\ncompany=" + state.company.string() + "\nlast=" + last.string() + "\n";
     return files::writeAtomically(statePath(folder), text);
 }
 
@@ -100,7 +103,7 @@ Result<SandboxState> currentState(const std::filesystem::path& folder) {
     } catch (const std::exception& e) {
         return Error{-1, std::string("Could not create the demo company: ") + e.what()};
     }
-    SandboxState state{true, demoCompanyPath(folder)};
+    SandboxState state{true, demoCompanyPath(folder), demoCompanyPath(folder)};
     if (auto written = writeState(folder, state); !written) {
         return written.error();
     }

@@ -20,6 +20,7 @@ namespace dorvane::qbsandbox {
 struct SandboxState {
     bool running = true;
     std::filesystem::path company;  // empty = no company file open
+    std::filesystem::path last;     // the company file open last (kept when it is closed)
 };
 
 // The state as stored; nullopt when the folder has none yet.

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The built `dorvane` executable, run as a script or cron job would run it.
+#include <algorithm>
 #include <gtest/gtest.h>
+#include <tuple>
 
 #include "support/mailservers.h"
 #include "support/testsupport.h"
@@ -89,7 +91,7 @@ TEST_F(Cli, RequestReportsAGatewayFailureWithItsText) {
             << command << ": " << err;
     }
 
-    EXPECT_EQ(dorvane("request " + (home / "missing.xml").string()), 64);
+    EXPECT_EQ(dorvane("request " + (home / "missing.xml").string()), 66);
 }
 
 TEST_F(Cli, ListPrintsRowsWithCheckMarks) {
@@ -232,6 +234,111 @@ TEST_F(Cli, ANewCompanyFileKnowsOnlyItsName) {
     EXPECT_NE(out.find("<CompanyName>Acme Tools</CompanyName>"), std::string::npos) << out;
     EXPECT_EQ(dorvane("company", "sandbox"), 0) << err;
     EXPECT_EQ(out, "Acme Tools\n");
+}
+
+// Every command that reads a file says what is wrong with it before QuickBooks is asked: a
+// missing file, a folder or an empty file never passes for an import with nothing in it.
+TEST_F(Cli, AFileThatCannotBeReadIsSaidSo) {
+    writeFile(home / "empty.csv", "");
+    writeFile(home / "blank.dvx", " \r\n");
+    const std::string missing = (home / "nothere.csv").string();
+    const std::string folder = home.path().string();
+    struct Case {
+        std::string args;
+        int status;
+        std::string message;
+    };
+    const Case cases[] = {
+        {"import-batch " + missing, 66, "Cannot read " + missing + ": No such file or directory"},
+        {"import-batch " + folder, 66, "Cannot read " + folder + ": Is a directory"},
+        {"import-batch " + (home / "empty.csv").string(), 65, "the file is empty"},
+        {"--yes import-batch --bulk " + missing, 66, "No such file or directory"},
+        {"import " + (home / "blank.dvx").string(), 65, "the file is empty"},
+        {"import --receipt " + folder, 66, "Is a directory"},
+        {"import --receipt - < " + (home / "empty.csv").string(), 65, "the receipt is empty"},
+        {"handheld import " + missing, 66, "No such file or directory"},
+        {"request " + folder, 66, "Is a directory"},
+        {"sandbox load " + (home / "empty.csv").string(), 65, "the file is empty"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.args);
+        EXPECT_EQ(dorvane(c.args, "sandbox"), c.status) << out << err;
+        EXPECT_NE(err.find(c.message), std::string::npos) << err;
+        EXPECT_EQ(out, "");
+    }
+    // Nothing reached QuickBooks: no request was traced.
+    EXPECT_FALSE(std::filesystem::exists(home / "program" / "QBXMLReq.txt"));
+}
+
+// A company file is never lost to a typing slip: `sandbox new` does not replace what is there
+// unless told to, and never anything but a company file; open and load leave a file that is
+// not a company file exactly as it was.
+TEST_F(Cli, SandboxNeverWritesOverWhatIsThere) {
+    const std::string company = (home / "mine.dvq").string();
+    const std::string text = (home / "notes.txt").string();
+    writeFile(text, "not a company\n");
+    writeFile(home / "blank.dvq", "");
+    ASSERT_EQ(newDemo("mine.dvq"), 0) << err;
+    struct Case {
+        std::string args;
+        int status;
+        const char* message;
+    };
+    const Case cases[] = {
+        {"sandbox new '" + company + "'", 1, "is a company file already"},
+        {"sandbox new '" + text + "' --force", 1, "is not a company file"},
+        {"sandbox new '" + (home / "blank.dvq").string() + "' --force", 1, "is not a company file"},
+        {"sandbox open '" + text + "'", 1, "is not a Dorvane company file"},
+        {"sandbox open '" + (home / "blank.dvq").string() + "'", 1,
+         "is not a Dorvane company file"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.args);
+        EXPECT_EQ(dorvane(c.args, "sandbox"), c.status) << out << err;
+        EXPECT_NE(err.find(c.message), std::string::npos) << err;
+    }
+    EXPECT_EQ(readFile(text), "not a company\n");
+    EXPECT_EQ(readFile(home / "blank.dvq"), "");
+    // The demo company is still there and still open; --force replaces it with an empty one.
+    EXPECT_EQ(dorvane("list Invoice --timeframe ALL", "sandbox"), 0) << err;
+    EXPECT_GT(std::count(out.begin(), out.end(), '\n'), 10);
+    EXPECT_EQ(dorvane("sandbox new '" + company + "' --force", "sandbox"), 0) << err;
+    EXPECT_EQ(dorvane("list Invoice --timeframe ALL", "sandbox"), 0) << err;
+    EXPECT_EQ(std::count(out.begin(), out.end(), '\n'), 1);
+}
+
+// QuickBooks out of reach: every job says so once, with what brings it back, and exits 2.
+TEST_F(Cli, QuickBooksOutOfReachIsSaidOnceWithWhatToDo) {
+    copyProgram(".xslt");
+    ASSERT_EQ(newDemo(), 0) << err;
+    const std::string company = (home / "demo.dvq").string();
+    writeFile(home / "batch.csv", readFile(dataDir() / "batch" / "standard-utf8.txt"));
+    const std::string jobs[] = {"list Invoice", "send Invoice", "company", "webupdate Service",
+                                "import-batch " + (home / "batch.csv").string()};
+    for (const auto& [state, failure, advice] :
+         {std::tuple{"stop", "Could not start QuickBooks.",
+                     "The sandbox QuickBooks is not running: start it with `dorvane sandbox "
+                     "open '" +
+                         company + "'` (the company file open last)."},
+          std::tuple{"close", "Please open Quickbooks and select the appropriate Company file",
+                     "No company file is open in the sandbox QuickBooks: open one with `dorvane "
+                     "sandbox open '" +
+                         company + "'`"}}) {
+        ASSERT_EQ(dorvane(std::string("sandbox ") + state, "sandbox"), 0);
+        for (const std::string& job : jobs) {
+            SCOPED_TRACE(std::string(state) + ": " + job);
+            EXPECT_EQ(dorvane("--yes " + job, "sandbox"), 2) << out << err;
+            std::size_t lines = 0;
+            for (std::size_t at = 0; (at = err.find(failure, at)) != std::string::npos; ++at) {
+                ++lines;
+            }
+            EXPECT_EQ(lines, 1u) << err;
+            EXPECT_NE(err.find("dorvane: QuickBooks could not be reached. " + advice),
+                      std::string::npos)
+                << err;
+            EXPECT_EQ(err.find("Could not access Quickbooks"), std::string::npos) << err;
+        }
+    }
 }
 
 // One line of outcome and an exit status a script can act on: booked, not booked and why,
