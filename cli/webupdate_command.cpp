@@ -69,6 +69,9 @@ int webupdateCommand(CommandContext& ctx, const Args& args) {
     });
     const webupdate::UpdateReport report = updater.updateItems();
     ctx.err << ctx.app.window().statusText() << '\n';
+    for (const std::string& note : report.notes()) {
+        ctx.err << note << '\n';
+    }
     return report.sheetMissing || report.failed > 0 ? kExitFailed : kExitOk;
 }
 

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <ctime>
 
+#include "xml/xml.h"
+
 namespace dorvane::browser {
 namespace {
 constexpr std::string_view kTxnTag = "<TxnID>";
@@ -22,6 +24,25 @@ std::string sentRecord(std::string_view txnId, std::string_view type,
     record += "</TxnID><SentDate>";
     record += sentDateText(when);
     record += "</SentDate></";
+    record += type;
+    record += ">\r\n";
+    return record;
+}
+
+std::string testSentRecord(std::string_view txnId, std::string_view type,
+                           std::string_view testAddress,
+                           std::chrono::system_clock::time_point when) {
+    // Escaped as element text: '<' never reaches the file, so neither "<TxnID>" nor a record
+    // of any kind can hide in the pieces.
+    std::string record = "<Test";
+    record += type;
+    record += "><TestTxnID>";
+    record += xml::escapeText(txnId);
+    record += "</TestTxnID><SentTo>";
+    record += xml::escapeText(testAddress);
+    record += "</SentTo><SentDate>";
+    record += sentDateText(when);
+    record += "</SentDate></Test";
     record += type;
     record += ">\r\n";
     return record;

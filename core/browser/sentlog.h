@@ -5,6 +5,11 @@
 // "<Type><TxnID>id</TxnID><SentDate>when</SentDate></Type>" CR LF. It is searched as text,
 // never parsed: a document counts as sent when the text holds "<TxnID>" directly followed by
 // its TxnID, so an identifier that begins a logged one matches too.
+//
+// A copy that test mode sent to the test address is noted as
+// "<TestType><TestTxnID>id</TestTxnID><SentTo>address</SentTo><SentDate>when</SentDate>
+// </TestType>" CR LF: on record, but never "<TxnID>", so the document still reads as not sent
+// and its customer gets it from the next run outside test mode.
 #pragma once
 
 #include <chrono>
@@ -21,6 +26,12 @@ inline constexpr const char* kSentLogFile = "EmailsSent.log";
 // One record for a document that went out, line break included.
 std::string sentRecord(std::string_view txnId, std::string_view type,
                        std::chrono::system_clock::time_point when = clock::now());
+
+// One record for a copy that test mode sent to `testAddress` instead of the recipient, line
+// break included. Identifier and address are escaped, so no text inside can read as a record.
+std::string testSentRecord(std::string_view txnId, std::string_view type,
+                           std::string_view testAddress,
+                           std::chrono::system_clock::time_point when = clock::now());
 
 // Appends one record for a document that went out.
 void appendSentRecord(std::string& sentLog, std::string_view txnId, std::string_view type,

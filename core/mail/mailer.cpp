@@ -177,6 +177,7 @@ int Mailer::connectTo(const MailContext& context, std::string_view port, std::st
         m_connectionProblem =
             explainConnectionFailure(result, host, port, directRecipient, m_smtp.lastResultText());
         const std::string text = "Cannot connect to SMTP Server  " + std::to_string(result);
+        m_lastFailure = m_connectionProblem.empty() ? text : m_connectionProblem;
         context.ui.messageBox(text);
         context.status(text);
         if (result == kResultTlsRequired) {
@@ -197,6 +198,7 @@ bool Mailer::composeAndSendSmtp(const MailContext& context, std::string_view sen
                                 std::string_view recipient, std::string_view subject,
                                 std::string_view html, std::string_view attachmentText,
                                 std::string_view bccAddresses) {
+    m_lastFailure.clear();
     DocumentMail mail;
     mail.sender = std::string(sender);
     mail.recipient = std::string(recipient);
@@ -213,8 +215,9 @@ bool Mailer::composeAndSendSmtp(const MailContext& context, std::string_view sen
             // A scratch file, read back at once and deleted once the message is sent.
             context.folder.writeProgramFile(attachmentText, name, files::Durability::Scratch);
         } catch (const qbgateway::FileWriteError& error) {
-            context.ui.messageBox(std::to_string(error.code()) + " " + error.description() + " " +
-                                  attachmentPath);
+            m_lastFailure =
+                std::to_string(error.code()) + " " + error.description() + " " + attachmentPath;
+            context.ui.messageBox(m_lastFailure);
             return false;
         }
         mail.attachment = attachmentPath;
@@ -226,11 +229,13 @@ bool Mailer::composeAndSendSmtp(const MailContext& context, std::string_view sen
     // The message stays composed until the next one replaces it: composing starts afresh.
     const int saved = m_message.save(messageFile);
     if (saved != 0) {
+        m_lastFailure = "the message could not be written to " + messageFile;
         return false;
     }
 
     const std::string recipients = envelopeRecipients(recipient, bccAddresses);
     if (recipients.empty()) {
+        m_lastFailure = "no recipient address";
         return false;
     }
     const int result = m_smtp.sendFile(messageFile, sender, recipients);
@@ -239,7 +244,8 @@ bool Mailer::composeAndSendSmtp(const MailContext& context, std::string_view sen
         const std::string& why = !m_smtp.connected() && !m_connectionProblem.empty()
                                      ? m_connectionProblem
                                      : m_smtp.lastResultText();
-        context.ui.messageBox(std::to_string(result) + " " + why + " " + recipients);
+        m_lastFailure = std::to_string(result) + " " + why + " " + recipients;
+        context.ui.messageBox(m_lastFailure);
         return false;
     }
     return true;
@@ -251,6 +257,7 @@ bool Mailer::deliverDirect(const MailContext& context, std::string_view sender,
     const std::vector<std::string> pieces = text::split(recipient, '@');
     const std::string domain = pieces.size() > 1 ? pieces[1] : std::string();
 
+    m_lastFailure.clear();
     context.status("Query SMTP Server");
     const std::string exchanger =
         domain.empty() ? std::string() : MxResolver::fromEnvironment().mailExchanger(domain);

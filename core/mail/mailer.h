@@ -118,6 +118,10 @@ public:
     // Ends the run's connection.
     void disconnect();
 
+    // Why the last message handed over did not go out (what the person was shown); empty
+    // when it went out.
+    const std::string& lastFailure() const { return m_lastFailure; }
+
     SmtpClient& smtpClient() { return m_smtp; }
 
 private:
@@ -132,6 +136,7 @@ private:
     bool m_outlookConnected = false;
     // Why the last connection failed, in the person's words; empty when it did not.
     std::string m_connectionProblem;
+    std::string m_lastFailure;
 };
 
 }  // namespace dorvane::mail

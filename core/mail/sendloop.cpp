@@ -252,6 +252,7 @@ struct DocumentSender::Rendered {
 };
 
 void DocumentSender::runRows(const RunPlan& plan) {
+    m_runEndText.clear();
     const std::string header = companyHeaderHtml();
     auto sheet = xml::Stylesheet::load(m_folder.filePath(plan.sheet));
     if (!sheet) {
@@ -305,7 +306,11 @@ void DocumentSender::runRows(const RunPlan& plan) {
         }
         const ui::ListRow& row = list.row(i);
         const std::string& email = cell(row, plan.emailCell);
-        RowOutcome outcome{i, cell(row, plan.keyCell), cell(row, plan.nameCell), email, false};
+        RowOutcome outcome;
+        outcome.row = i;
+        outcome.key = cell(row, plan.keyCell);
+        outcome.name = cell(row, plan.nameCell);
+        outcome.recipient = email;
         Rendered rendered = aheadRow == i ? ahead.get() : renderRow(outcome.key);
         aheadRow = -1;
         if (renderAhead && rendered.html && *rendered.html) {
@@ -323,22 +328,33 @@ void DocumentSender::runRows(const RunPlan& plan) {
         auto& html = *rendered.html;
         if (!html) {
             m_window.setStatusText(plan.failedText);
+            outcome.why = std::string(plan.failedText) + ": " + html.error().description;
         } else if (preview) {
             previewText += "<DIV style='page-break-after:always'>" + header + *html + "</div>";
         } else {
             std::string recipient = email;
-            if (m_settings.test == 1 && !m_settings.emailAdr.empty()) {
+            const bool testMode = m_settings.test == 1 && !m_settings.emailAdr.empty();
+            if (testMode) {
                 recipient = m_settings.emailAdr;
             }
+            m_notSentReason.clear();
             outcome.sent = sendDocumentMail(m_company.senderAddress(), recipient, subject,
                                             header + *html, attachment, outcome.name);
             outcome.recipient = recipient;
+            // A copy that reached only the test address leaves the document unsent for its
+            // customer: it is noted as a test, which the "Already sent" search never finds.
+            outcome.test = outcome.sent && testMode && recipient == m_settings.emailAdr;
+            if (!outcome.sent) {
+                outcome.why = !m_notSentReason.empty() ? m_notSentReason : m_mailer.lastFailure();
+            }
             if (outcome.sent) {
                 list.setChecked(i, false);
                 if (plan.logType) {
                     // On file at once: a run killed after this point never mails it again.
                     // The end of the run writes the whole log back as usual.
-                    const std::string record = browser::sentRecord(outcome.key, plan.logType);
+                    const std::string record =
+                        outcome.test ? browser::testSentRecord(outcome.key, plan.logType, recipient)
+                                     : browser::sentRecord(outcome.key, plan.logType);
                     m_window.sentLogText() += record;
                     try {
                         m_folder.appendProgramFile(record, browser::kSentLogFile);
@@ -381,6 +397,7 @@ void DocumentSender::runRows(const RunPlan& plan) {
         return;
     }
     saveSentLog();
+    m_runEndText = plan.sentText;
     m_window.setStatusText(plan.sentText);
 }
 
@@ -420,6 +437,7 @@ bool DocumentSender::sendDocumentMail(const std::string& sender, std::string& re
             m_ui.inputBox(displayName + "\r\n" + subject, "Specify the email address", recipient)
                 .value_or("");
         if (recipient.empty() && bcc.empty()) {
+            m_notSentReason = "no address was given for it";
             return false;
         }
     }
@@ -427,6 +445,7 @@ bool DocumentSender::sendDocumentMail(const std::string& sender, std::string& re
     switch (m_settings.mailOption) {
         case 1:
             if (!m_mailer.outlookConnected()) {
+                m_notSentReason = "Outlook could not be reached";
                 return false;
             }
             m_window.setStatusText("Connected to Outlook");
@@ -447,6 +466,8 @@ bool DocumentSender::sendDocumentMail(const std::string& sender, std::string& re
             return result;
         }
         default:
+            m_notSentReason = "no mail transport is chosen (Settings MailOption " +
+                              std::to_string(m_settings.mailOption) + ")";
             return false;
     }
 }

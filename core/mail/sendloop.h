@@ -42,6 +42,8 @@ struct RowOutcome {
     std::string name;       // the name shown in the row
     std::string recipient;  // where it went (after test mode and the address prompt)
     bool sent = false;
+    bool test = false;  // went to the test address only: noted as a test, not as sent
+    std::string why;    // why it did not go out, in the person's words
 };
 
 class DocumentSender {
@@ -79,6 +81,9 @@ public:
     }
 
     const shell::MailSettings& mailSettings() const { return m_settings; }
+    // The status text the last run ended on when it went through its rows ("Invoices sent");
+    // empty when it stopped before them.
+    const std::string& runEndText() const { return m_runEndText; }
     Mailer& mailer() { return m_mailer; }
 
 private:
@@ -104,6 +109,9 @@ private:
     Mailer m_mailer;
     shell::MailSettings m_settings;
     std::function<void(const RowOutcome&)> m_rowProcessed;
+    std::string m_runEndText;
+    // Why the last sendDocumentMail sent nothing when the transport did not say.
+    std::string m_notSentReason;
     // "attachment.xslt" as read at the start of the run that is under way, and the sender's
     // company record that the run's exchange files carry.
     std::optional<Result<xml::Stylesheet>> m_attachmentSheet;

@@ -127,7 +127,14 @@ UpdateReport WebUpdater::updateItems() {
             if (!status) {
                 why = status.error().description;
             } else if (*status < 200 || *status > 299) {
+                // A redirect is not followed: the post would turn into a fetch of another
+                // page, whose success says nothing about the item.
                 why = "the web site answered " + std::to_string(*status) + " for " + name;
+                if (*status >= 300 && *status <= 399) {
+                    why +=
+                        " (a redirect: nothing was stored; set Web UpdateURL to the address "
+                        "that takes the items)";
+                }
             }
         }
         if (why.empty()) {
@@ -135,7 +142,7 @@ UpdateReport WebUpdater::updateItems() {
             list.setChecked(r, false);
         } else {
             ++report.failed;
-            report.lastFailure = why;
+            report.refusals.push_back({list.row(r).key, name, why});
             m_window.setStatusText(why);
         }
         if (m_itemDone) {
@@ -145,15 +152,52 @@ UpdateReport WebUpdater::updateItems() {
         m_ui.yield();
     }
     m_window.setProgress(-1);
-    std::string status = "Update done";
-    if (report.noSite) {
-        status += "; no web site is set (Web UpdateURL), so nothing was sent";
-    } else if (report.failed > 0) {
-        status += "; " + std::to_string(report.failed) + " of " + std::to_string(report.ticked) +
-                  " not taken by the site, still ticked: " + report.lastFailure;
+    m_window.setStatusText("Update done");
+    if (!report.notes().empty()) {
+        showResultPage(report);
     }
-    m_window.setStatusText(status);
     return report;
+}
+
+std::vector<std::string> UpdateReport::notes() const {
+    std::vector<std::string> out;
+    if (noSite && ticked > 0) {
+        out.push_back(
+            "No web site is set, so nothing was sent: the items were converted and "
+            "unticked only. Set the address with: dorvane settings set Web UpdateURL "
+            "https://...");
+    }
+    if (failed > 0) {
+        out.push_back(std::to_string(failed) + " of " + std::to_string(ticked) +
+                      " not taken by the site, still ticked; press Update again to resend them.");
+    }
+    return out;
+}
+
+void WebUpdater::showResultPage(const UpdateReport& report) {
+    std::string page = "<html><body><h3>Web update</h3>";
+    for (const std::string& note : report.notes()) {
+        page += "<p>" + xml::escapeText(note) + "</p>";
+    }
+    if (!report.refusals.empty()) {
+        page +=
+            "<table border=1 cellspacing=0 cellpadding=3><tr><th>Name</th><th>ID</th>"
+            "<th>Why it is still ticked</th></tr>";
+        for (const UpdateReport::Refusal& r : report.refusals) {
+            page += "<tr><td>" + xml::escapeText(r.name) + "</td><td>" + xml::escapeText(r.listId) +
+                    "</td><td>" + xml::escapeText(r.why) + "</td></tr>";
+        }
+        page += "</table>";
+    }
+    page += "</body></html>";
+    try {
+        m_folder.writeProgramFile(page, kResultPage);
+    } catch (const qbgateway::FileWriteError& e) {
+        m_ui.messageBox("Could not write " + m_folder.filePath(kResultPage) + ": " +
+                        e.description());
+        return;
+    }
+    m_ui.openWithDesktop(m_folder.filePath(kResultPage));
 }
 
 }  // namespace dorvane::webupdate

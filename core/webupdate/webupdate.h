@@ -12,6 +12,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace dorvane::qbgateway {
 class Gateway;
@@ -59,14 +60,23 @@ const ItemKind* itemKindNamed(std::string_view name);
 // The web site's address from the settings ("Web" / "UpdateURL"), trimmed; "" for none.
 std::string siteAddress(const shell::SettingsStore& settings);
 
+inline constexpr const char* kResultPage = "webupdate.htm";
+
 // What one update run did.
 struct UpdateReport {
+    struct Refusal {
+        std::string listId, name, why;
+    };
     int ticked = 0;    // items the run took up
     int accepted = 0;  // unticked: the site took them (or no site is configured)
     int failed = 0;    // left ticked
     bool noSite = false;
     bool sheetMissing = false;
-    std::string lastFailure;
+    std::vector<Refusal> refusals;  // the items left ticked, in list order
+
+    // What the person should know beyond "Update done": that nothing was sent for want of an
+    // address, and which items the site did not take. Empty when every item reached the site.
+    std::vector<std::string> notes() const;
 };
 
 class WebUpdater {
@@ -77,7 +87,9 @@ public:
     // A Web-Update menu entry: the window switches to the update mode and lists the items of
     // the kind, each ticked. False when QuickBooks' answer could not be used.
     bool listItems(const ItemKind& kind);
-    // UpdateWebBtn: publishes the ticked items.
+    // UpdateWebBtn: publishes the ticked items. The status bar ends on "Update done"; when
+    // the run has more to say (see UpdateReport::notes) its result page, "webupdate.htm" in
+    // the program folder, says it and is opened.
     UpdateReport updateItems();
 
     // Called after each item with the list row and whether the site took it.
@@ -86,6 +98,8 @@ public:
     }
 
 private:
+    void showResultPage(const UpdateReport& report);
+
     ui::DocumentWindow& m_window;
     const qbgateway::ProgramFolder& m_folder;
     qbgateway::Gateway& m_gateway;

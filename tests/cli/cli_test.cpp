@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <tuple>
 
+#include "support/clirun.h"
 #include "support/mailservers.h"
 #include "support/testsupport.h"
 #include "support/webconnectorstandin.h"
@@ -14,43 +15,6 @@ namespace dorvane::test {
 namespace {
 
 const std::string ok = "statusCode=\"0\" statusSeverity=\"Info\" statusMessage=\"Status OK\"";
-
-class Cli : public ::testing::Test {
-protected:
-    Cli() {
-        std::filesystem::create_directories(home / "qb");
-        std::filesystem::create_directories(home / "program");
-        copyProgram(".xml");
-    }
-    // Copies the shipped program files whose names end in `extension`.
-    void copyProgram(const std::string& extension) {
-        for (const auto& f : std::filesystem::directory_iterator(programSource())) {
-            if (f.is_regular_file() && f.path().extension() == extension) {
-                std::filesystem::copy(f.path(), home / "program" / f.path().filename());
-            }
-        }
-    }
-    // Creates and opens a copy of the demo company in the sandbox.
-    int newDemo(const std::string& name = "demo.dvq") {
-        return dorvane("sandbox new '" + (home / name).string() + "' --demo", "sandbox");
-    }
-    // Runs dorvane with the program folder and QuickBooks of this test.
-    int dorvane(const std::string& args, const std::string& processor = "responses") {
-        std::string env = "XDG_CONFIG_HOME=" + (home / "cfg").string() +
-                          " DORVANE_SANDBOX_DIR=" + (home / "sandbox").string() +
-                          // Each test puts into its program folder what it needs.
-                          " DORVANE_SHARE_DIR=" + (home / "no-shipped-files").string() + " ";
-        if (processor == "responses") {
-            env += "DORVANE_PROCESSOR=responses:" + (home / "qb").string() + " ";
-        }
-        return runCommand(
-            env + DORVANE_EXECUTABLE + " --home " + (home / "program").string() + " " + args, &out,
-            &err);
-    }
-
-    TempDir home;
-    std::string out, err;
-};
 
 TEST_F(Cli, HelpAndVersion) {
     EXPECT_EQ(dorvane("--help"), 0);

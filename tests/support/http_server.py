@@ -12,10 +12,12 @@ record file:
 the request body as text, escaped for XML.
 
 --fail N answers 500 to the Nth request (counted from 1, repeatable); --stall N answers the Nth
-request only after --stall-seconds (default 5). Once listening it prints "READY <port>" on
+request only after --stall-seconds (default 5); --redirect N answers the Nth request with a
+302 to /moved, a page that answers any GET with 200 and stores nothing. Once listening it prints "READY <port>" on
 stdout; it stops on SIGTERM.
 
 Usage: http_server.py --record FILE [--fail N]... [--stall N]... [--stall-seconds S]
+                      [--redirect N]...
 """
 
 import argparse
@@ -34,6 +36,7 @@ def main():
     parser.add_argument("--fail", type=int, action="append", default=[])
     parser.add_argument("--stall", type=int, action="append", default=[])
     parser.add_argument("--stall-seconds", type=float, default=5.0)
+    parser.add_argument("--redirect", type=int, action="append", default=[])
     options = parser.parse_args()
     lock = threading.Lock()
     counter = [0]
@@ -44,6 +47,9 @@ def main():
         def log_message(self, *args):
             pass
 
+        def do_GET(self):
+            self.answer(200, "")
+
         def do_POST(self):
             length = int(self.headers.get("Content-Length") or 0)
             body = self.rfile.read(length).decode("utf-8", "replace")
@@ -52,7 +58,11 @@ def main():
                 number = counter[0]
             if number in options.stall:
                 time.sleep(options.stall_seconds)
-            status = 500 if number in options.fail else 200
+            status = (500 if number in options.fail else 302 if number in options.redirect
+                      else 200)
+            self.answer(status, body)
+
+        def answer(self, status, body):
             answer = b'{"ok":true}' if status == 200 else b'{"ok":false}'
             with lock, open(options.record, "a", encoding="utf-8") as record:
                 record.write(
@@ -63,6 +73,8 @@ def main():
                        quoteattr(self.headers.get("Content-Type") or ""),
                        quoteattr(self.headers.get("Authorization") or ""), escape(body)))
             self.send_response(status)
+            if status == 302:
+                self.send_header("Location", "/moved")
             self.send_header("Content-Type", "application/json")
             self.send_header("Content-Length", str(len(answer)))
             self.end_headers()

@@ -13,6 +13,9 @@ HttpTestServer::HttpTestServer(HttpServerOptions options) {
     for (int n : options.fail) {
         args.insert(args.end(), {"--fail", std::to_string(n)});
     }
+    for (int n : options.redirect) {
+        args.insert(args.end(), {"--redirect", std::to_string(n)});
+    }
     for (int n : options.stall) {
         args.insert(args.end(), {"--stall", std::to_string(n)});
     }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Dorvane tests — a real HTTP server on loopback (tests/support/http_server.py) that records
-// what was posted to it, and can refuse or stall chosen requests.
+// what was posted to it, and can refuse, stall or redirect chosen requests.
 #pragma once
 
 #include <memory>
@@ -26,6 +26,7 @@ struct HttpServerOptions {
     std::vector<int> fail;   // requests (from 1) answered 500
     std::vector<int> stall;  // requests answered only after stallSeconds
     double stallSeconds = 5;
+    std::vector<int> redirect;  // requests answered 302 to a page that stores nothing
 };
 
 class HttpTestServer {

@@ -175,9 +175,12 @@ TEST_F(BrowserTest, InvoiceRowsTheirStatusAndTheSentLog) {
                     qbRs("CustomerQueryRs", customer("C1", "Able Co", "able@example.com") +
                                                 customer("C2", "Baker", ""))));
     // 11-3 went out before; "11-4" is the beginning of a logged "11-45", which counts as sent.
+    // Copies sent in test mode (11-1, and 11-3 before its real send) count for nothing.
     test::writeFile(home / "EmailsSent.log",
-                    "<Invoice><TxnID>11-3</TxnID><SentDate>x</SentDate></Invoice>\r\n"
-                    "<CreditMemo><TxnID>11-45</TxnID><SentDate>x</SentDate></CreditMemo>\r\n");
+                    testSentRecord("11-3", "Invoice", "me@example.com") +
+                        "<Invoice><TxnID>11-3</TxnID><SentDate>x</SentDate></Invoice>\r\n"
+                        "<CreditMemo><TxnID>11-45</TxnID><SentDate>x</SentDate></CreditMemo>\r\n" +
+                        testSentRecord("11-1", "Invoice", "me@example.com"));
     load("Invoice", "LastMonth");
 
     EXPECT_NE(recorder.requests.at(0).find("<DateMacro>LastMonth</DateMacro>"), std::string::npos);
@@ -508,9 +511,19 @@ TEST(SentLog, RecordsAndTheSubstringRule) {
     for (const char* id : {"1A-99", "1A-9", "1A", "2B-7", ""}) {
         EXPECT_TRUE(index.contains(id)) << id;
     }
-    for (const char* id : {"1A-990", "2B-70", "A-99", "1a-99"}) {
+    // Test-mode records never read as sent, whatever their identifier or address hold.
+    log += testSentRecord("3C-1", "Invoice", "me@example.com");
+    log += testSentRecord("<TxnID>4D-1", "Estimate", "x<TxnID>5E-1</TxnID>@example.com");
+    EXPECT_TRUE(log.ends_with("</TestEstimate>\r\n")) << log;
+    EXPECT_NE(log.find("<TestInvoice><TestTxnID>3C-1</TestTxnID><SentTo>me@example.com</SentTo>"
+                       "<SentDate>"),
+              std::string::npos)
+        << log;
+    index = SentLogIndex(log);
+    for (const char* id : {"1A-990", "2B-70", "A-99", "1a-99", "3C-1", "3C", "4D-1", "5E-1"}) {
         EXPECT_FALSE(index.contains(id)) << id;
     }
+    EXPECT_EQ(log.find("<TxnID>", log.find("3C-1")), std::string::npos) << log;
     EXPECT_FALSE(SentLogIndex("").contains(""));
 }
 

@@ -210,6 +210,7 @@ struct RecipientCase {
     bool checkRowWithoutAddress;
     std::vector<std::vector<std::string>> envelopes;  // one per message, in row order
     std::vector<std::string> boxes;
+    bool reachedTheCustomers = true;  // logged as sent, so the next list shows "Already sent"
 };
 
 TEST_F(SendLoopTest, RecipientSettingsDecideWhoGetsEachMessage) {
@@ -244,6 +245,12 @@ TEST_F(SendLoopTest, RecipientSettingsDecideWhoGetsEachMessage) {
          false,
          {able, baker},
          {"Please enter a vaild email address for testing"}},
+        {"test mode: copies to the test address leave the documents unsent for the customers",
+         {{"Settings", "Test", "1"}, {"Settings", "EmailAdr", "me@example.test"}},
+         false,
+         {{"me@example.test"}, {"me@example.test"}},
+         {},
+         false},
     };
     for (const RecipientCase& c : cases) {
         SCOPED_TRACE(c.name);
@@ -265,6 +272,12 @@ TEST_F(SendLoopTest, RecipientSettingsDecideWhoGetsEachMessage) {
             EXPECT_EQ(accepted[i].rcptTos, c.envelopes[i]) << "message " << i;
         }
         EXPECT_EQ(ui.texts(), c.boxes);
+        ASSERT_FALSE(outcomes.empty());
+        EXPECT_EQ(outcomes.back().test, !c.reachedTheCustomers);
+        app.window().refresh();
+        EXPECT_EQ(app.window().list().row(0).cells.back(),
+                  c.reachedTheCustomers ? "Already sent" : "Ready to send");
+        outcomes.clear();
     }
 }
 

@@ -43,14 +43,23 @@ protected:
         EXPECT_TRUE(qbsandbox::writeState(home / "office", {true, home / "office.dvq"}));
     }
 
-    // Dorvane with the Web Connector connection, serving on a port of the system's choosing.
+    // Dorvane with the Web Connector connection, serving on a port of the system's choosing;
+    // the time limits come through the settings as a person sets them.
     void startDorvane(bool hold = true, int waitSeconds = 20,
-                      std::chrono::milliseconds pollWait = std::chrono::milliseconds(300)) {
+                      std::chrono::milliseconds pollWait = std::chrono::milliseconds(300),
+                      int answerSeconds = 600) {
+        shell::SettingsStore store(home / "cfg" / "service.ini");
+        ASSERT_TRUE(
+            store
+                .setEntries(
+                    {{webconnector::kSection, "WaitSeconds", std::to_string(waitSeconds)},
+                     {webconnector::kSection, "AnswerSeconds", std::to_string(answerSeconds)}})
+                .ok());
         webconnector::ServiceOptions o;
+        o.settings = webconnector::ServiceSettings::load(store);
         o.settings.port = 0;
         o.settings.userName = "office";
         o.settings.passwordHash = secretHash();
-        o.settings.waitSeconds = std::chrono::seconds(waitSeconds);
         o.settings.maxRequestBytes = 1024 * 1024;
         o.logFile = home / "dorvane" / webconnector::kLogFile;
         o.holdSession = hold;
@@ -231,16 +240,29 @@ TEST_F(WebConnectorTest, FailuresReadAsTheGatewayShowsQuickBooksOwn) {
          {},
          hostQuery,
          kCouldNotStart},
+        {"no answer within AnswerSeconds",
+         WebConnectorStandIn::Mode::Stall,
+         "secret",
+         {},
+         hostQuery,
+         "QuickBooks Access Error\r\nCould not access QuickBooks.(-2147220479)"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         ui.messages.clear();
-        startDorvane(true, 2);
+        startDorvane(true, 2, std::chrono::milliseconds(300), 1);
+        // Each failure ends within its limits (2 s for the pickup, 1 s for the answer); the
+        // hook only ends a wait that overran them by far.
+        const auto start = std::chrono::steady_clock::now();
+        service->setWaitHook([start](const webconnector::WaitProgress&) {
+            return std::chrono::steady_clock::now() - start < std::chrono::seconds(10);
+        });
         auto options = standIn(c.mode);
         options.password = c.password;
         options.connectionError = c.connectionError;
         WebConnectorStandIn connector(options);
         EXPECT_EQ(app->gateway().processRequest(c.request), "");
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(6));
         ASSERT_EQ(ui.messages.size(), 1u);
         EXPECT_EQ(ui.messages[0].text, c.shown);
         if (c.mode == WebConnectorStandIn::Mode::ConnectionError) {

@@ -104,8 +104,9 @@ TEST_F(WebUpdateTest, EachKindListsItsItemsWithPricesTicked) {
     EXPECT_FALSE(window().control(shell::kUpdateWebButton).visible);
 }
 
-// The ticked items arrive as JSON over one connection; a refused or stalled item stays
-// ticked while the run goes on; a second run sends only what is still ticked.
+// The ticked items arrive as JSON over one connection; a refused, stalled or redirected item
+// stays ticked while the run goes on (a redirect leads to a page that stores nothing), and the
+// result page names each; a second run sends only what is still ticked.
 TEST_F(WebUpdateTest, TickedItemsArriveAsJsonAndOnlyTakenOnesAreUnticked) {
     app->gateway().processRequest(
         "<?xml version=\"1.0\" ?><?qbxml version=\"2.0\"?><QBXML><QBXMLMsgsRq "
@@ -113,7 +114,7 @@ TEST_F(WebUpdateTest, TickedItemsArriveAsJsonAndOnlyTakenOnesAreUnticked) {
         "Caf\xC3\xA9</Name><SalesOrPurchase><Desc>Line one\nline\ttwo</Desc><Price>12.50</Price>"
         "<AccountRef><FullName>Sales</FullName></AccountRef></SalesOrPurchase>"
         "</ItemServiceAdd></ItemServiceAddRq></QBXMLMsgsRq></QBXML>");
-    test::HttpTestServer server({.fail = {2}, .stall = {3}, .stallSeconds = 3});
+    test::HttpTestServer server({.fail = {2}, .stall = {3}, .stallSeconds = 3, .redirect = {4}});
     publishTo(server.url(), "s3cret");
     ASSERT_TRUE(updater().listItems(*itemKindNamed("Service")));
     const int rows = window().list().rowCount();
@@ -128,12 +129,18 @@ TEST_F(WebUpdateTest, TickedItemsArriveAsJsonAndOnlyTakenOnesAreUnticked) {
     }
     ASSERT_EQ(static_cast<int>(requests.size()), rows - 1);
     EXPECT_EQ(report.ticked, rows - 1);
-    EXPECT_EQ(report.failed, 2);
+    EXPECT_EQ(report.failed, 3);
     std::vector<bool> expected(static_cast<std::size_t>(rows), false);
-    expected[2] = expected[3] = true;  // refused, stalled
+    expected[2] = expected[3] = expected[4] = true;  // refused, stalled, redirected
     EXPECT_EQ(ticks(), expected);
-    EXPECT_NE(window().statusText().find("Update done; 2 of"), std::string::npos)
-        << window().statusText();
+    EXPECT_EQ(window().statusText(), "Update done");
+    const std::string page = test::readFile(program / kResultPage);
+    EXPECT_NE(page.find("3 of " + std::to_string(rows - 1) + " not taken"), std::string::npos)
+        << page;
+    for (const char* why : {"answered 500", "did not answer in time", "answered 302"}) {
+        EXPECT_NE(page.find(why), std::string::npos) << why << " in " << page;
+    }
+    EXPECT_EQ(ui.opened.back(), (program / kResultPage).string());
     for (const auto& r : requests) {
         EXPECT_EQ(r.method, "POST");
         EXPECT_EQ(r.path, "/items");
@@ -147,14 +154,15 @@ TEST_F(WebUpdateTest, TickedItemsArriveAsJsonAndOnlyTakenOnesAreUnticked) {
     EXPECT_TRUE(decodes(requests, "Design", "kind", "Service"));
     EXPECT_TRUE(decodes(requests, "Say \"Hi\" \\ Caf\xC3\xA9", "price", "12.5"));
 
-    // The second run sends only the two still ticked, both taken now.
+    // The second run sends only the three still ticked, all taken now.
     report = updater().updateItems();
-    EXPECT_EQ(report.accepted, 2);
-    EXPECT_EQ(server.requests().size(), requests.size() + 2);
+    EXPECT_EQ(report.accepted, 3);
+    EXPECT_TRUE(report.notes().empty());
+    EXPECT_EQ(server.requests().size(), requests.size() + 3);
     EXPECT_EQ(ticks(), std::vector<bool>(static_cast<std::size_t>(rows), false));
     EXPECT_EQ(window().statusText(), "Update done");
     updater().updateItems();
-    EXPECT_EQ(server.requests().size(), requests.size() + 2);
+    EXPECT_EQ(server.requests().size(), requests.size() + 3);
 
     // Inventory items carry their quantity on hand.
     ASSERT_TRUE(updater().listItems(*itemKindNamed("inventory")));
@@ -163,7 +171,8 @@ TEST_F(WebUpdateTest, TickedItemsArriveAsJsonAndOnlyTakenOnesAreUnticked) {
     EXPECT_EQ(server.requests().back().body.find("\"quantityOnHand\":") != std::string::npos, true);
 }
 
-// Without a site the items are converted and unticked, and the status says nothing was sent;
+// Without a site (the settings as installed) the items are converted and unticked, the status
+// is "Update done" and the result page says nothing was sent;
 // a missing style sheet touches nothing; an unreachable company file says so.
 TEST_F(WebUpdateTest, NoSiteMissingSheetAndNoCompanyFile) {
     ASSERT_TRUE(updater().listItems(*itemKindNamed("NonInventory")));
@@ -177,14 +186,16 @@ TEST_F(WebUpdateTest, NoSiteMissingSheetAndNoCompanyFile) {
     EXPECT_TRUE(report.noSite);
     EXPECT_EQ(report.accepted, report.ticked);
     EXPECT_EQ(ticks(), std::vector<bool>(ticks().size(), false));
-    EXPECT_EQ(window().statusText().rfind("Update done; no web site is set", 0), 0u);
+    EXPECT_EQ(window().statusText(), "Update done");
+    EXPECT_NE(test::readFile(program / kResultPage).find("No web site is set"), std::string::npos);
+    EXPECT_EQ(ui.opened.back(), (program / kResultPage).string());
 
     qbsandbox::createEmptyCompany(home / "empty.dvq", "Empty Co");
     ASSERT_TRUE(qbsandbox::writeState(home / "sandbox", {true, home / "empty.dvq"}));
     ASSERT_TRUE(updater().listItems(*itemKindNamed("Service")));
     EXPECT_EQ(window().list().rowCount(), 0);
     EXPECT_EQ(updater().updateItems().ticked, 0);
-    EXPECT_EQ(window().statusText().rfind("Update done", 0), 0u);
+    EXPECT_EQ(window().statusText(), "Update done");
 
     ASSERT_TRUE(qbsandbox::writeState(home / "sandbox", {true, {}}));
     ui.messages.clear();

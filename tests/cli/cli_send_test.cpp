@@ -1,0 +1,144 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// `dorvane send` from a script, through a real SMTP server: what each run says at its end.
+#include <gtest/gtest.h>
+
+#include "support/clirun.h"
+#include "support/mailservers.h"
+
+namespace dorvane::test {
+namespace {
+
+std::string invoiceRet(const std::string& txn, const std::string& customer,
+                       const std::string& name) {
+    return "<InvoiceRet><TxnID>" + txn + "</TxnID><CustomerRef><ListID>" + customer +
+           "</ListID><FullName>" + name +
+           "</FullName></CustomerRef><TxnDate>2026-11-17</TxnDate><RefNumber>" + txn +
+           "</RefNumber><Subtotal>40.00</Subtotal></InvoiceRet>";
+}
+
+std::string customerRet(const std::string& id, const std::string& email) {
+    return "<CustomerRet><ListID>" + id + "</ListID>" +
+           (email.empty() ? "" : "<Email>" + email + "</Email>") + "</CustomerRet>";
+}
+
+std::string sentRecord(const std::string& txn) {
+    return "<Invoice><TxnID>" + txn + "</TxnID><SentDate>x</SentDate></Invoice>\r\n";
+}
+
+// Four invoices: Able's address is refused by the server in the first case, Carr has none,
+// and 11-4 is in the sent log unless a case says otherwise.
+TEST_F(Cli, ASendRunEndsWithItsCounts) {
+    struct Case {
+        const char* name;
+        std::vector<std::string> refuse;
+        std::string sentLog;
+        std::vector<std::string> settings;
+        bool removeSheet;
+        int rc;
+        std::string out;
+        std::vector<std::string> errHas;
+        std::vector<std::string> errHasNot;
+    };
+    const Case cases[] = {
+        {"sent, failed with its reason, skipped and already sent",
+         {"able@example.test"},
+         sentRecord("11-4"),
+         {},
+         false,
+         1,
+         "failed\t11-1\tAble Co\table@example.test\nsent\t11-2\tBaker\tbaker@example.test\n",
+         {"\nInvoices sent\n1 sent, 1 failed, 1 skipped for a missing e-mail address, 1 already "
+          "sent\nfailed 11-1 Able Co: 55 550 ",
+          "entered in QuickBooks"},
+         {"Nothing to send"}},
+        {"nothing to send says so, without \"Invoices sent\"",
+         {},
+         sentRecord("11-1") + sentRecord("11-2") + sentRecord("11-4"),
+         {},
+         false,
+         0,
+         "",
+         {"Nothing to send: 0 sent, 0 failed, 1 skipped for a missing e-mail address, 3 "
+          "already sent\n"},
+         {"Invoices sent", "failed "}},
+        {"a run that cannot render counts what it never tried",
+         {},
+         sentRecord("11-4"),
+         {},
+         true,
+         1,
+         "",
+         {"Invoice conversion failed\n", ", 2 not tried\n"},
+         {"Invoices sent", "Nothing to send"}},
+        {"test mode says the copies went to the test address only",
+         {"able@example.test"},
+         sentRecord("11-4"),
+         {"Settings Test 1", "Settings EmailAdr me@example.test"},
+         false,
+         0,
+         "test\t11-1\tAble Co\tme@example.test\ntest\t11-2\tBaker\tme@example.test\n",
+         {"0 sent, 0 failed, 1 skipped for a missing e-mail address, 1 already sent, 2 sent to "
+          "the test address only\n",
+          "Test mode: 2 went to the test address me@example.test only and are not noted as "
+          "sent"},
+         {"failed "}},
+    };
+    writeFile(home / "qb" / "CompanyQueryRs.xml",
+              qbAnswer(qbRs("CompanyQueryRs",
+                            "<CompanyRet><CompanyName>Harbor Lane Joinery"
+                            "</CompanyName><Email>office@example.com</Email>"
+                            "</CompanyRet>")));
+    writeFile(
+        home / "qb" / "InvoiceQueryRs.xml",
+        qbAnswer(qbRs("InvoiceQueryRs",
+                      invoiceRet("11-1", "C1", "Able Co") + invoiceRet("11-2", "C2", "Baker") +
+                          invoiceRet("11-3", "C3", "Carr") + invoiceRet("11-4", "C2", "Baker")) +
+                 qbRs("CustomerQueryRs", customerRet("C1", "able@example.test") +
+                                             customerRet("C2", "baker@example.test") +
+                                             customerRet("C3", ""))));
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        std::filesystem::remove_all(home / "cfg");
+        std::filesystem::remove_all(home / "program");
+        std::filesystem::create_directories(home / "program");
+        copyProgram(".xml");
+        copyProgram(".xslt");
+        if (c.removeSheet) {
+            std::filesystem::remove(home / "program" / "invoice.xslt");
+        }
+        writeFile(home / "program" / "EmailsSent.log", c.sentLog);
+        SmtpServerOptions options;
+        options.refuseRecipients = c.refuse;
+        SmtpTestServer server(options);
+        std::vector<std::string> settings = {"SMTP Hostname 127.0.0.1",
+                                             "SMTP Port " + server.portText()};
+        settings.insert(settings.end(), c.settings.begin(), c.settings.end());
+        for (const std::string& s : settings) {
+            ASSERT_EQ(dorvane("settings set " + s), 0) << err;
+        }
+        EXPECT_EQ(dorvane("send Invoice"), c.rc) << err;
+        EXPECT_EQ(out, c.out);
+        for (const std::string& has : c.errHas) {
+            EXPECT_NE(err.find(has), std::string::npos) << has << "\nin:\n" << err;
+        }
+        for (const std::string& hasNot : c.errHasNot) {
+            EXPECT_EQ(err.find(hasNot), std::string::npos) << hasNot << "\nin:\n" << err;
+        }
+    }
+    // The test copies are on record, but not as sent: a run without test mode mails them.
+    const std::string log = readFile(home / "program" / "EmailsSent.log");
+    EXPECT_NE(log.find("<TestTxnID>11-1</TestTxnID>"), std::string::npos) << log;
+    EXPECT_EQ(log.find("<TxnID>11-1"), std::string::npos) << log;
+    SmtpTestServer server;
+    for (const std::string& s :
+         {std::string("Settings Test 0"), "SMTP Port " + server.portText()}) {
+        ASSERT_EQ(dorvane("settings set " + s), 0) << err;
+    }
+    EXPECT_EQ(dorvane("send Invoice"), 0) << err;
+    EXPECT_EQ(out,
+              "sent\t11-1\tAble Co\table@example.test\n"
+              "sent\t11-2\tBaker\tbaker@example.test\n");
+}
+
+}  // namespace
+}  // namespace dorvane::test
