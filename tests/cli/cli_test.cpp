@@ -2,6 +2,7 @@
 // The built `dorvane` executable, run as a script or cron job would run it.
 #include <gtest/gtest.h>
 
+#include "support/clitest.h"
 #include "support/mailservers.h"
 #include "support/testsupport.h"
 #include "support/webconnectorstandin.h"
@@ -13,42 +14,7 @@ namespace {
 
 const std::string ok = "statusCode=\"0\" statusSeverity=\"Info\" statusMessage=\"Status OK\"";
 
-class Cli : public ::testing::Test {
-protected:
-    Cli() {
-        std::filesystem::create_directories(home / "qb");
-        std::filesystem::create_directories(home / "program");
-        copyProgram(".xml");
-    }
-    // Copies the shipped program files whose names end in `extension`.
-    void copyProgram(const std::string& extension) {
-        for (const auto& f : std::filesystem::directory_iterator(programSource())) {
-            if (f.is_regular_file() && f.path().extension() == extension) {
-                std::filesystem::copy(f.path(), home / "program" / f.path().filename());
-            }
-        }
-    }
-    // Creates and opens a copy of the demo company in the sandbox.
-    int newDemo(const std::string& name = "demo.dvq") {
-        return dorvane("sandbox new '" + (home / name).string() + "' --demo", "sandbox");
-    }
-    // Runs dorvane with the program folder and QuickBooks of this test.
-    int dorvane(const std::string& args, const std::string& processor = "responses") {
-        std::string env = "XDG_CONFIG_HOME=" + (home / "cfg").string() +
-                          " DORVANE_SANDBOX_DIR=" + (home / "sandbox").string() +
-                          // Each test puts into its program folder what it needs.
-                          " DORVANE_SHARE_DIR=" + (home / "no-shipped-files").string() + " ";
-        if (processor == "responses") {
-            env += "DORVANE_PROCESSOR=responses:" + (home / "qb").string() + " ";
-        }
-        return runCommand(
-            env + DORVANE_EXECUTABLE + " --home " + (home / "program").string() + " " + args, &out,
-            &err);
-    }
-
-    TempDir home;
-    std::string out, err;
-};
+using Cli = CliTest;
 
 TEST_F(Cli, HelpAndVersion) {
     EXPECT_EQ(dorvane("--help"), 0);
@@ -257,13 +223,13 @@ TEST_F(Cli, ImportBooksADocumentOnceAndSaysWhatHappened) {
     const Step steps[] = {
         {"import", 64, ""},
         {"import --receipt " + receipt + " --vendor X", 64, ""},
-        {"import " + invoice, 1, "Not imported: cancelled, or nothing to send"},
-        {"--yes import " + invoice, 0, "Bill added"},
+        {"import " + invoice, 1, "Not imported: creating the vendor"},
+        {"--yes import " + invoice, 0, "Booked the bill A-77"},
         {"import " + invoice, 1, "Not imported: already in QuickBooks"},
         {"import " + invoice + " --vendor 'm\xC3\xBCller & s\xC3\xB8n <gmbh>' --again", 0,
-         "Bill added"},
+         "Booked the bill A-77"},
         {"import " + invoice + " --vendor Nobody", 1, "Not imported: QuickBooks has no vendor"},
-        {"--yes import --receipt - --customer '' < " + receipt, 0, "Salesreceipt added"},
+        {"--yes import --receipt - --customer '' < " + receipt, 0, "Booked the sales receipt"},
         {"--yes import --receipt " + receipt, 1, "Not imported: imported before"},
         {"sandbox close", 0, ""},
         {"import " + invoice, 2, "Not imported: QuickBooks could not be reached"},
