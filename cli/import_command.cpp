@@ -32,8 +32,12 @@ constexpr const char* kUsage =
     "  has none of that name; empty for none).\n"
     "  A document QuickBooks already has (same kind, number and vendor), or a receipt\n"
     "  imported before, is booked again only with --again.\n"
-    "  Exit status: 0 booked, 1 not booked (refused, cancelled or already there), 2\n"
-    "  QuickBooks could not be reached.\n";
+    "  It prints the vendor or customer used (found, chosen or created) and the document\n"
+    "  booked with its number and total. Before anything is written it checks that\n"
+    "  QuickBooks has the item, terms and account the import preferences name.\n"
+    "  Exit status: 0 booked, 1 not booked (refused, a question unanswered, a record the\n"
+    "  import preferences name missing, or already there), 2 QuickBooks could not be\n"
+    "  reached.\n";
 
 struct ImportArgs {
     std::string file;
@@ -122,43 +126,129 @@ std::optional<std::size_t> indexNamed(const std::vector<std::string>& names,
     return std::nullopt;
 }
 
-// What the window showed after the file was opened: the kind, the match report, the preview.
-void printMatchReport(imports::ImportWindow& window, std::ostream& out) {
-    out << window.caption() << '\n';
-    const std::string report = text::replaceAll(window.label1(), "\r\n", "\n");
-    if (!text::trim(report).empty()) {
-        out << text::trim(report) << '\n';
+// What a missing record needs, as one line: what QuickBooks lacks and what to set instead.
+std::string whatToSet(const imports::MissingRecord& missing) {
+    std::string line = imports::describeMissing(missing) + ": ";
+    if (missing.settingKey.empty()) {
+        return line + (missing.name.empty() ? "add one in QuickBooks"
+                                            : "name a bank or credit-card account with --account");
     }
-    if (const auto& list = window.counterparts(); list.selected) {
-        out << list.columnHeader << ": " << list.items[*list.selected] << '\n';
-    } else if (!window.nameText().empty()) {
-        out << "Name: " << window.nameText() << '\n';
+    const std::string value = missing.settingKey == imports::kAccountKey ? "'[TYPE] NAME'" : "NAME";
+    return line + "choose one with `dorvane settings set " + imports::kImportSection + " " +
+           missing.settingKey + " " + value + "`, or add it in QuickBooks";
+}
+
+// Whom the document went to, and how that one was found.
+void printCounterpart(imports::ImportWindow& window, const ImportArgs& args,
+                      const std::string& sender, std::ostream& out) {
+    for (const imports::AddedRecord& added : window.lastReport().added) {
+        if (added.noun == "vendor" || added.noun == "customer") {
+            out << (added.noun == "vendor" ? "Vendor: " : "Customer: ") << added.name
+                << " (created)\n";
+            return;
+        }
     }
-    if (!window.browserFile().empty()) {
-        out << "Preview: " << window.browserFile() << '\n';
+    const imports::CounterpartList& list = window.counterparts();
+    if (!args.receipt) {
+        if (!list.selected) {
+            return;
+        }
+        const std::string& vendor = list.items[*list.selected];
+        out << "Vendor: " << vendor;
+        if (args.vendor) {
+            out << " (chosen with --vendor)\n";
+        } else if (text::equalsIgnoreCase(vendor, sender)) {
+            out << " (found)\n";
+        } else {
+            out << " (found for the sender " << sender << ")\n";
+        }
+        return;
+    }
+    const std::string name(text::trim(window.nameText()));
+    const auto found = list.findWholeWord(name);
+    if (window.importSettings().ignoreAuthNetCustomer || name.empty()) {
+        out << "Customer: none\n";
+    } else if (found) {
+        out << "Customer: " << list.items[*found]
+            << (args.customer ? " (named with --customer)\n" : " (found)\n");
     }
 }
 
+// "Booked the check 1041 on Checking to Harbor Lane Landscaping, total 45.00".
+void printBooked(const imports::AddedRecord& booked, std::ostream& out) {
+    out << "Booked the " << booked.noun;
+    if (!booked.refNumber.empty()) {
+        out << ' ' << booked.refNumber;
+    }
+    if (!booked.account.empty()) {
+        out << " on " << booked.account;
+    }
+    if (!booked.party.empty()) {
+        const bool paid = booked.noun == "check" || booked.noun == "card charge";
+        out << (paid                             ? " to "
+                : booked.noun == "sales receipt" ? " for "
+                                                 : " from ")
+            << booked.party;
+    }
+    if (!booked.total.empty()) {
+        out << ", total " << booked.total;
+    }
+    out << '\n';
+}
+
 // The outcome line, and the exit status that goes with it.
-int reportOutcome(imports::ImportWindow& window, std::ostream& out) {
+int reportOutcome(imports::ImportWindow& window, const ImportArgs& args, const std::string& sender,
+                  std::ostream& out) {
     using imports::ImportOutcome;
+    const imports::ImportReport& report = window.lastReport();
+    if (!report.missing.empty()) {
+        for (const imports::MissingRecord& missing : report.missing) {
+            out << whatToSet(missing) << '\n';
+        }
+        out << "Not imported: nothing was written to QuickBooks\n";
+        return kExitFailed;
+    }
+    if (!report.declinedCreation.empty()) {
+        const bool vendor = report.declinedCreation == "vendor";
+        out << "Not imported: creating the " << report.declinedCreation << " '"
+            << report.declinedName << "' needs confirmation: add --yes, or name a "
+            << report.declinedCreation << (vendor ? " with --vendor" : " with --customer") << '\n';
+        return kExitFailed;
+    }
+    printCounterpart(window, args, sender, out);
+    std::string created;
+    for (const imports::AddedRecord& added : report.added) {
+        if (added.noun == "vendor" || added.noun == "customer") {
+            created =
+                "; the " + added.noun + " '" + added.name + "' was created and stays in QuickBooks";
+        } else if (window.lastOutcome() == ImportOutcome::Added) {
+            printBooked(added, out);
+            return kExitOk;
+        }
+    }
     const std::string status = window.statusText();
     switch (window.lastOutcome()) {
         case ImportOutcome::Added:
             out << status << '\n';
             return kExitOk;
         case ImportOutcome::Refused:
-            out << "Not imported: QuickBooks refused it\n";
+            out << "Not imported: QuickBooks refused it" << created << '\n';
             return kExitFailed;
         case ImportOutcome::Unreachable:
-            out << "Not imported: QuickBooks could not be reached\n";
+            out << "Not imported: QuickBooks could not be reached" << created << '\n';
             return kExitGateway;
         case ImportOutcome::NotSent:
-            out << "Not imported: "
-                << (status.empty() ? "cancelled, or nothing to send (--yes answers the questions, "
-                                     "--vendor names the vendor)"
-                                   : status)
-                << '\n';
+            if (imports::recogniseKind(window.documentKind()) ==
+                    imports::DocumentKind::SalesReceipt &&
+                !window.counterparts().selected) {
+                out << "Not imported: a sales receipt is booked onto a vendor QuickBooks has: name "
+                       "it with --vendor\n";
+            } else if (status == "already in QuickBooks" || status == "imported before") {
+                out << "Not imported: " << status << " (--again books it again)\n";
+            } else {
+                out << "Not imported: " << (status.empty() ? "nothing to send" : status) << created
+                    << '\n';
+            }
             return kExitFailed;
         case ImportOutcome::None:
             break;
@@ -204,7 +294,9 @@ int importCommand(CommandContext& ctx, const Args& args) {
         ctx.out << "Not imported: the file could not be read\n";
         return kExitFailed;
     }
-    printMatchReport(window, ctx.out);
+    if (!window.browserFile().empty()) {
+        ctx.out << "Preview: " << window.browserFile() << '\n';
+    }
     if (imports::recogniseKind(window.documentKind()) == imports::DocumentKind::Pda) {
         ctx.out << "Not imported: a handheld file is booked by `dorvane handheld import "
                 << parsed->file << "`\n";
@@ -239,8 +331,9 @@ int importCommand(CommandContext& ctx, const Args& args) {
     if (parsed->customer) {
         window.setNameText(*parsed->customer);
     }
+    const std::string sender = window.exchangeDocument().valueOf("//CompanyRet/CompanyName");
     window.importSelectedDocument();
-    return reportOutcome(window, ctx.out);
+    return reportOutcome(window, *parsed, sender, ctx.out);
 }
 
 }  // namespace dorvane::cli

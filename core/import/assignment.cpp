@@ -122,15 +122,6 @@ void applyItemAssignment(std::string& request, const ImportSettings& settings) {
     request = serialise(*doc, request);
 }
 
-void applyItemGroupAssignment(std::string& request, const ImportSettings& settings) {
-    auto doc = parseRequest(request);
-    if (!doc) {
-        return;
-    }
-    setAll(*doc, "//ItemGroupRef/FullName", settings.importItemGroupName);
-    request = serialise(*doc, request);
-}
-
 void applyAccountAssignment(std::string& request, std::string_view accountName) {
     auto doc = parseRequest(request);
     if (!doc) {

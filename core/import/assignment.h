@@ -87,13 +87,6 @@ public:
 // "//DepositToAccountRef/FullName". A text that does not parse stays as it is.
 void applyItemAssignment(std::string& request, const ImportSettings& settings);
 
-// Points every item-group reference of a converted request ("//ItemGroupRef/FullName", where
-// qbXML names the group) at the configured group. applyItemAssignment looks for the group's
-// name at "//ItemGroupRef/Name", which a valid request never has; the import runs this after it,
-// so that a group the sender had and the receiver lacks does not make QuickBooks refuse the
-// whole document.
-void applyItemGroupAssignment(std::string& request, const ImportSettings& settings);
-
 // Points the first "//AccountRef/FullName" (document order) at `accountName`; only that one.
 void applyAccountAssignment(std::string& request, std::string_view accountName);
 

@@ -57,16 +57,60 @@ struct BookedKind {
     const char* label;
     const char* payee;
     const char* amount;
+    const char* noun;     // as a sentence names it
+    const char* account;  // the paying account; nullptr when the document has none
 };
 
 constexpr BookedKind kBookedKinds[] = {
-    {"BillAdd", "Bill", "VendorRef/FullName", "AmountDue"},
-    {"PurchaseOrderAdd", "Purchase order", "VendorRef/FullName", "TotalAmount"},
-    {"CheckAdd", "Check", "PayeeEntityRef/FullName", "Amount"},
-    {"CreditCardChargeAdd", "Credit card charge", "PayeeEntityRef/FullName", "Amount"},
+    {"BillAdd", "Bill", "VendorRef/FullName", "AmountDue", "bill", nullptr},
+    {"PurchaseOrderAdd", "Purchase order", "VendorRef/FullName", "TotalAmount", "purchase order",
+     nullptr},
+    {"CheckAdd", "Check", "PayeeEntityRef/FullName", "Amount", "check", "AccountRef/FullName"},
+    {"CreditCardChargeAdd", "Credit card charge", "PayeeEntityRef/FullName", "Amount",
+     "card charge", "AccountRef/FullName"},
+    {"SalesReceiptAdd", "Sales receipt", "CustomerRef/FullName", "TotalAmount", "sales receipt",
+     nullptr},
 };
 
+// The record an accepted add request's answer describes.
+AddedRecord addedRecord(const xml::Node& ret) {
+    const std::string name = ret.name();
+    if (name == "VendorRet") {
+        return {"vendor", ret.valueOf("Name"), {}, {}, {}, {}};
+    }
+    if (name == "CustomerRet") {
+        return {"customer", ret.valueOf("FullName"), {}, {}, {}, {}};
+    }
+    for (const BookedKind& k : kBookedKinds) {
+        const std::string_view add(k.add);
+        if (std::string(add.substr(0, add.size() - 3)) + "Ret" == name) {
+            return {k.noun,
+                    {},
+                    ret.valueOf("RefNumber"),
+                    ret.valueOf(k.amount),
+                    k.account ? ret.valueOf(k.account) : std::string(),
+                    ret.valueOf(k.payee)};
+        }
+    }
+    return {text::toLower(name), {}, ret.valueOf("RefNumber"), {}, {}, {}};
+}
+
 }  // namespace
+
+std::string describeMissing(const MissingRecord& record) {
+    if (record.kind == "payment account") {
+        if (record.name.empty()) {
+            return "QuickBooks has no bank or credit-card account to pay a sales receipt from";
+        }
+        return "The account '" + record.name + "' is of the type " + record.accountType +
+               "; a sales receipt is paid from a Bank or CreditCard account";
+    }
+    if (record.name.empty()) {
+        return "The import preference " + record.settingKey + " names no " + record.kind;
+    }
+    return "QuickBooks has no " + record.kind + " '" + record.name +
+           "', which the import preference " + record.settingKey + " names";
+}
 
 // ---- the counterpart list ----------------------------------------------------------------
 
@@ -373,6 +417,7 @@ void ImportWindow::resetImportWindow() {
 
 void ImportWindow::importSelectedDocument() {
     m_outcome = ImportOutcome::None;
+    m_report = {};
     const DocumentKind kind = recogniseKind(m_documentKind);
     if (kind == DocumentKind::AuthorizeNet) {
         importAuthorizeNetReceipt();
@@ -388,6 +433,9 @@ void ImportWindow::importSelectedDocument() {
         return;  // a root of another name: the button does nothing
     }
     const ui::BusyScope busy(m_ui);
+    if (!preferencesNameRecordsQuickBooksHas(kind)) {
+        return;
+    }
     if (!m_list.selected) {
         if (!addVendorFromDocument()) {
             if (kind == DocumentKind::SalesReceipt && m_outcome == ImportOutcome::NotSent) {
@@ -424,31 +472,123 @@ void ImportWindow::importSelectedDocument() {
     }
 }
 
+// The conversion sheet of a kind; for a sales receipt the one of the selected account's type,
+// "" when no account is selected or it is neither a bank nor a credit-card account.
+std::string ImportWindow::conversionSheet(DocumentKind kind) const {
+    switch (kind) {
+        case DocumentKind::Invoice:
+            return "/BillFromInvoice.xslt";
+        case DocumentKind::Estimate:
+            return "/POFromEstimate.xslt";
+        case DocumentKind::SalesReceipt: {
+            if (!m_selectedAccount || *m_selectedAccount >= m_accounts.size()) {
+                return {};
+            }
+            const std::string& type = m_accounts[*m_selectedAccount].type;
+            return type == "Bank"         ? "/CheckFromSalesReceipt.xslt"
+                   : type == "CreditCard" ? "/CRChargeFromSalesReceipt.xslt"
+                                          : "";
+        }
+        default:
+            return {};
+    }
+}
+
 bool ImportWindow::importInvoiceAsBill() {
-    return convertAndSend(DocumentKind::Invoice, "/BillFromInvoice.xslt", "Bill added",
-                          kBillAddedPage);
+    return convertAndSend(DocumentKind::Invoice, conversionSheet(DocumentKind::Invoice),
+                          "Bill added", kBillAddedPage);
 }
 
 bool ImportWindow::importEstimateAsPurchaseOrder() {
-    return convertAndSend(DocumentKind::Estimate, "/POFromEstimate.xslt", "Purchaseorder added",
-                          kPurchaseOrderAddedPage);
+    return convertAndSend(DocumentKind::Estimate, conversionSheet(DocumentKind::Estimate),
+                          "Purchaseorder added", kPurchaseOrderAddedPage);
 }
 
 bool ImportWindow::importSalesReceiptAsCharge() {
-    if (!m_selectedAccount || *m_selectedAccount >= m_accounts.size()) {
+    const std::string sheet = conversionSheet(DocumentKind::SalesReceipt);
+    if (sheet.empty()) {
+        m_outcome = ImportOutcome::NotSent;
+        return false;  // no account, or one of another type: nothing is paid
+    }
+    return convertAndSend(DocumentKind::SalesReceipt, sheet, "Sales Receipt added",
+                          kChargeAddedPage, m_accounts[*m_selectedAccount].name);
+}
+
+// Before the vendor is created or anything is sent: the converted document, rewritten onto the
+// import preferences, must name an item, group, terms and account QuickBooks has, and a sales
+// receipt needs an account that can pay it. Otherwise the import would stop half-way, after a
+// new vendor was added.
+bool ImportWindow::preferencesNameRecordsQuickBooksHas(DocumentKind kind) {
+    if (kind == DocumentKind::SalesReceipt && conversionSheet(kind).empty()) {
+        // Sends nothing and, in the window, says nothing; the report says why.
+        if (!m_selectedAccount || *m_selectedAccount >= m_accounts.size()) {
+            m_report.missing.push_back({"payment account", {}, {}, {}});
+        } else {
+            const PaymentAccount& account = m_accounts[*m_selectedAccount];
+            m_report.missing.push_back({"payment account", account.name, {}, account.type});
+        }
         m_outcome = ImportOutcome::NotSent;
         return false;
     }
-    const PaymentAccount& account = m_accounts[*m_selectedAccount];
-    const char* sheet = account.type == "Bank"         ? "/CheckFromSalesReceipt.xslt"
-                        : account.type == "CreditCard" ? "/CRChargeFromSalesReceipt.xslt"
-                                                       : nullptr;
-    if (!sheet) {
-        m_outcome = ImportOutcome::NotSent;
-        return false;  // an account of another type pays nothing
+    const xml::Node root = selectConversionRoot(m_document, kind);
+    auto sheet = xml::Stylesheet::load(m_folder.filePath(conversionSheet(kind)));
+    if (!root || !sheet) {
+        return true;  // the conversion step sends nothing
     }
-    return convertAndSend(DocumentKind::SalesReceipt, sheet, "Sales Receipt added",
-                          kChargeAddedPage, account.name);
+    auto converted = sheet->transformNode(root);
+    if (!converted) {
+        return true;  // the conversion step says why
+    }
+    std::string request = std::move(converted).value();
+    applyItemAssignment(request, m_settings);
+    auto doc = xml::Document::parse(request);
+    if (!doc) {
+        return true;
+    }
+    m_lists.loadItemList();
+    struct Need {
+        const char* kind;
+        const char* key;
+        const std::string& name;
+        const char* reference;  // where the rewritten request names it
+        const char* list;       // QuickBooks' list in the lists document
+        const char* entry;      // an entry of that name in the list
+    };
+    const Need needs[] = {
+        {"item", kItemKey, m_settings.importItemName, "//ItemRef/FullName[. != 'Subtotal']",
+         "//ItemQueryRs", "*[FullName = $name]"},
+        {"item group", kItemGroupKey, m_settings.importItemGroupName, "//ItemGroupRef/Name",
+         "//ItemGroupQueryRs", "*[Name = $name]"},
+        {"terms", kTermKey, m_settings.importTermsName, "//TermsRef/FullName", "//TermsQueryRs",
+         "*[Name = $name]"},
+        {"account", kAccountKey, m_settings.importAccountName,
+         "/ExpenseLineAdd/AccountRef/FullName | //DepositToAccountRef/FullName", "//AccountQueryRs",
+         "*[FullName = $name]"},
+    };
+    for (const Need& need : needs) {
+        if (!doc->selectOne(need.reference)) {
+            continue;
+        }
+        const xml::Node list =
+            m_lists.itemList().selectOne(std::string(need.list) + "[@statusSeverity != 'Error']");
+        if (list && !list.selectOne(need.entry, {{"name", need.name}})) {
+            m_report.missing.push_back({need.kind, need.name, need.key, {}});
+        }
+    }
+    if (m_report.missing.empty()) {
+        return true;  // or QuickBooks could not say; it will judge the request itself
+    }
+    m_outcome = ImportOutcome::NotSent;
+    std::string message;
+    for (const MissingRecord& missing : m_report.missing) {
+        message += describeMissing(missing) + ".\r\n";
+    }
+    m_ui.messageBox(message +
+                        "Choose what to use in the import preferences, or add it in "
+                        "QuickBooks. Nothing was sent to QuickBooks.",
+                    ui::kProgramTitle, ui::Icon::Exclamation);
+    setImportStatusText(kErrorStatus);
+    return false;
 }
 
 bool ImportWindow::convertAndSend(DocumentKind kind, std::string_view sheetName, const char* status,
@@ -471,7 +611,6 @@ bool ImportWindow::convertAndSend(DocumentKind kind, std::string_view sheetName,
     }
     std::string request = std::move(converted).value();
     applyItemAssignment(request, m_settings);
-    applyItemGroupAssignment(request, m_settings);
     if (kind == DocumentKind::SalesReceipt) {
         applyAccountAssignment(request, account);
     }
@@ -496,6 +635,12 @@ bool ImportWindow::sendAddRequest(std::string_view body) {
     }
     const bool ok = qbgateway::isResponseOK(response, m_ui);
     m_outcome = ok ? ImportOutcome::Added : ImportOutcome::Refused;
+    auto answer = xml::Document::parse(response);
+    if (ok && answer) {
+        if (const xml::Node ret = answer->selectOne("/QBXML/QBXMLMsgsRs/*/*")) {
+            m_report.added.push_back(addedRecord(ret));
+        }
+    }
     return ok;
 }
 
@@ -543,14 +688,18 @@ bool ImportWindow::passesDuplicateGuard(std::string_view request) {
         "<QBXML><QBXMLMsgsRq onError=\"continueOnError\"><" +
         type + "QueryRq requestID=\"1\"><RefNumber>" + xml::escapeText(refNumber) +
         "</RefNumber></" + type + "QueryRq></QBXMLMsgsRq></QBXML>";
+    // A query that fails ends the import as a failed add would.
     const std::string response = m_gateway.processRequest(query);
     if (response.empty()) {
         m_outcome = ImportOutcome::Unreachable;
+        setImportStatusText(kErrorStatus);
         return false;
     }
     auto answer = xml::Document::parse(response);
-    if (!answer) {
-        return true;
+    if (!answer || !qbgateway::isResponseOK(response, m_ui)) {
+        m_outcome = ImportOutcome::Refused;
+        setImportStatusText(kErrorStatus);
+        return false;
     }
     for (const xml::Node& booked : answer->selectAll("//" + type + "Ret")) {
         const std::string vendor = booked.valueOf(kind->payee);

@@ -111,6 +111,37 @@ struct CounterpartList {
     std::optional<std::size_t> findWholeWord(std::string_view text) const;
 };
 
+// A record the import needs that the user's QuickBooks lacks, found before anything is written:
+// one the import preferences name (with the preference's key), or an account that can pay a
+// sales receipt.
+struct MissingRecord {
+    std::string kind;         // "item", "item group", "terms", "account", "payment account"
+    std::string name;         // the name looked for; the payment account's, when there is one
+    std::string settingKey;   // kItemKey, kItemGroupKey, kTermKey, kAccountKey; "" for payment
+    std::string accountType;  // the payment account's type, when it is neither Bank nor CreditCard
+};
+
+// "QuickBooks has no item 'X' (import preference Item)" and the like, one sentence per record.
+std::string describeMissing(const MissingRecord& record);
+
+// A record QuickBooks took during an import, as its answer describes it.
+struct AddedRecord {
+    std::string noun;       // "vendor", "customer", "bill", "purchase order", "check", …
+    std::string name;       // a vendor's or customer's name
+    std::string refNumber;  // a transaction's number
+    std::string total;
+    std::string account;  // the account that pays a check or a card charge
+    std::string party;    // the vendor, payee or customer a transaction names
+};
+
+// What the last Import did, for a front end that tells it in sentences.
+struct ImportReport {
+    std::vector<MissingRecord> missing;  // why nothing was written
+    std::string declinedCreation;        // "vendor" or "customer": the person said no to adding
+    std::string declinedName;            // … the one of this name
+    std::vector<AddedRecord> added;      // what QuickBooks took, in order
+};
+
 // An entry of Selaccountcombo: the account's name and, as its tag, its type.
 struct PaymentAccount {
     std::string name;
@@ -224,6 +255,7 @@ public:
     const std::string& documentKind() const { return m_documentKind; }
     const ImportSettings& importSettings() const { return m_settings; }
     ImportOutcome lastOutcome() const { return m_outcome; }
+    const ImportReport& lastReport() const { return m_report; }
 
     ui::UiPort& ui() { return m_ui; }
     const qbgateway::ProgramFolder& folder() const { return m_folder; }
@@ -248,6 +280,10 @@ private:
     void selectMatch(std::size_t index);
     bool convertAndSend(DocumentKind kind, std::string_view sheet, const char* status,
                         const char* successPage, const std::string& account = {});
+    // False, with the missing records reported, when the converted document would name a record
+    // of the import preferences that QuickBooks lacks, or has no account to be paid from.
+    bool preferencesNameRecordsQuickBooksHas(DocumentKind kind);
+    std::string conversionSheet(DocumentKind kind) const;
     // False when the document is in QuickBooks already and is not to be booked again.
     bool passesDuplicateGuard(std::string_view request);
     bool receiptPassesDuplicateGuard();
@@ -278,6 +314,7 @@ private:
     xml::Document m_document;
     std::string m_documentKind;
     ImportOutcome m_outcome = ImportOutcome::None;
+    ImportReport m_report;
 };
 
 }  // namespace dorvane::imports

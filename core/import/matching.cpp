@@ -103,11 +103,15 @@ void ImportWindow::matchCustomer(const xml::Document& document) {
 
 bool ImportWindow::addVendorFromDocument() {
     m_outcome = ImportOutcome::NotSent;
+    const DocumentKind kind = recogniseKind(m_documentKind);
     if (m_ui.messageBox("Dorvane will now add a new vendor", ui::kProgramTitle, ui::Icon::None,
                         ui::Buttons::OkCancel) != ui::Answer::Ok) {
+        if (kind == DocumentKind::Invoice || kind == DocumentKind::Estimate) {
+            m_report.declinedCreation = "vendor";
+            m_report.declinedName = m_document.valueOf("//CompanyRet/CompanyName");
+        }
         return false;
     }
-    const DocumentKind kind = recogniseKind(m_documentKind);
     const char* sheetName = kind == DocumentKind::Invoice    ? "/VendorFromInvoice.xslt"
                             : kind == DocumentKind::Estimate ? "/VendorFromEstimate.xslt"
                                                              : nullptr;
@@ -132,6 +136,8 @@ bool ImportWindow::addCustomerFromReceipt(const std::string& name) {
     m_outcome = ImportOutcome::NotSent;
     if (m_ui.messageBox("Dorvane will now add the new customer " + name, ui::kProgramTitle,
                         ui::Icon::None, ui::Buttons::OkCancel) != ui::Answer::Ok) {
+        m_report.declinedCreation = "customer";
+        m_report.declinedName = name;
         return false;
     }
     const xml::Node root = selectConversionRoot(m_document, DocumentKind::AuthorizeNet);

@@ -89,6 +89,7 @@ bool ImportWindow::receiptPassesDuplicateGuard() {
 
 void ImportWindow::importAuthorizeNetReceipt() {
     m_outcome = ImportOutcome::NotSent;
+    m_report = {};
     if (!receiptPassesDuplicateGuard()) {
         return;
     }

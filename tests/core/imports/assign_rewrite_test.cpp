@@ -54,14 +54,6 @@ TEST(ItemAssignment, PointsEveryReferenceAtTheSettingsButSubtotalAndExpenseAccou
     EXPECT_EQ(texts(request, "//ExpenseLineAdd/AccountRef/FullName"), Texts{"Freight"});
     EXPECT_EQ(texts(request, "//DepositToAccountRef/FullName"), Texts{"Uncategorized Expenses"});
     EXPECT_EQ(texts(request, "//VendorRef/FullName"), Texts{"Acme & Sons"});
-
-    // The import then points the group by its full name, as qbXML names it, and only that.
-    const std::string before = request;
-    applyItemGroupAssignment(request, settings);
-    EXPECT_EQ(texts(request, "//ItemGroupRef/FullName"), Texts{"Uncategorized Expense Group"});
-    EXPECT_EQ(text::replaceAll(request, "<FullName>Uncategorized Expense Group</FullName>",
-                               "<FullName>Kit</FullName>"),
-              before);
 }
 
 TEST(ItemAssignment, ExpenseLineAccountChangesOnlyWhenItIsTheDocumentElement) {

@@ -160,7 +160,8 @@ TEST_F(ImportWindowTest, MailedDocumentsBecomeTheCounterDocumentsOfTheReceiver) 
 }
 
 // A document QuickBooks has already is booked again only when the person says so; the
-// command line's policy refuses without asking.
+// command line's policy refuses without asking. A number with markup characters is looked up
+// like any other, and a look-up that fails ends the import as a failed add does.
 TEST_F(ImportWindowTest, ABillAlreadyBookedIsCaughtBeforeItIsAddedAgain) {
     test::SmtpTestServer server;
     const std::string file = mailOne("Invoice", server);
@@ -170,34 +171,151 @@ TEST_F(ImportWindowTest, ABillAlreadyBookedIsCaughtBeforeItIsAddedAgain) {
     window().importSelectedDocument();
     ASSERT_EQ(window().lastOutcome(), ImportOutcome::Added) << ui.texts().back();
     const std::size_t bills = count("Bill");
+    auto numbered = xml::Document::load(file);
+    ASSERT_TRUE(numbered);
+    numbered->selectOne("/InvoiceRet/RefNumber").setText("A&77");
+    const std::string ampersand = (home / "ampersand.dvx").string();
+    writeFile(ampersand, numbered->toString());
 
     struct Case {
+        const std::string& file;
         DuplicatePolicy policy;
         std::optional<ui::Answer> answer;
+        const char* faults;  // of the sandbox, for this import
         ImportOutcome outcome;
         std::size_t added;
+        const char* status;
+        const char* message;  // the start of the one message shown; "" for none
     };
-    for (const Case& c : {Case{DuplicatePolicy::Ask, ui::Answer::No, ImportOutcome::NotSent, 0},
-                          Case{DuplicatePolicy::Refuse, std::nullopt, ImportOutcome::NotSent, 0},
-                          Case{DuplicatePolicy::Ask, ui::Answer::Yes, ImportOutcome::Added, 1},
-                          Case{DuplicatePolicy::Allow, std::nullopt, ImportOutcome::Added, 2}}) {
+    const char* failSecondRequest = "ProcessRequest:1:delay=1,ProcessRequest:1:0x80040400";
+    const Case cases[] = {
+        {file, DuplicatePolicy::Ask, ui::Answer::No, nullptr, ImportOutcome::NotSent, 0,
+         "already in QuickBooks", kAlreadyInQuickBooks},
+        {file, DuplicatePolicy::Refuse, std::nullopt, nullptr, ImportOutcome::NotSent, 0,
+         "already in QuickBooks", kAlreadyInQuickBooks},
+        {file, DuplicatePolicy::Ask, ui::Answer::Yes, nullptr, ImportOutcome::Added, 1,
+         "Bill added", kAlreadyInQuickBooks},
+        {file, DuplicatePolicy::Allow, std::nullopt, nullptr, ImportOutcome::Added, 2, "Bill added",
+         ""},
+        // The look-up after the lists' (the second request) fails.
+        {file, DuplicatePolicy::Refuse, std::nullopt, failSecondRequest, ImportOutcome::Unreachable,
+         2, kErrorStatus, "QuickBooks found an error"},
+        {ampersand, DuplicatePolicy::Refuse, std::nullopt, nullptr, ImportOutcome::Added, 3,
+         "Bill added", ""},
+        {ampersand, DuplicatePolicy::Refuse, std::nullopt, nullptr, ImportOutcome::NotSent, 3,
+         "already in QuickBooks", kAlreadyInQuickBooks},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(std::to_string(&c - cases));
         ui.messages.clear();
         if (c.answer) {
             ui.answers.push_back(*c.answer);
         }
         window().setDuplicatePolicy(c.policy);
-        window().openExchangeFile(file);
+        window().openExchangeFile(c.file);
         EXPECT_TRUE(window().counterparts().selected);  // the vendor created the first time
-        window().importSelectedDocument();
+        {
+            std::optional<test::ScopedEnvironment> faults;
+            if (c.faults) {
+                faults.emplace("DORVANE_SANDBOX_FAULTS", c.faults);
+            }
+            window().importSelectedDocument();
+        }
         EXPECT_EQ(window().lastOutcome(), c.outcome);
+        EXPECT_EQ(window().statusText(), c.status);
         EXPECT_EQ(count("Bill"), bills + c.added);
-        if (c.policy != DuplicatePolicy::Allow) {
+        if (*c.message) {
             ASSERT_EQ(ui.messages.size(), 1u);
-            EXPECT_EQ(ui.messages[0].text.rfind(kAlreadyInQuickBooks, 0), 0u);
-            EXPECT_NE(ui.messages[0].text.find("from Harbor Lane Landscaping"), std::string::npos)
+            EXPECT_NE(ui.messages[0].text.find(c.message), std::string::npos)
                 << ui.messages[0].text;
         } else {
-            EXPECT_TRUE(ui.messages.empty());
+            EXPECT_EQ(ui.texts(), std::vector<std::string>{});
+        }
+        if (c.message == kAlreadyInQuickBooks) {
+            EXPECT_NE(ui.messages[0].text.find("from Harbor Lane Landscaping"), std::string::npos)
+                << ui.messages[0].text;
+        }
+    }
+}
+
+// Before the vendor is created the import looks up the records its preferences put into the
+// document; a preference the document does not use is not looked up. A group line keeps the
+// group the sender named. A document QuickBooks refuses after the vendor was created leaves
+// the vendor, and the report says so.
+TEST_F(ImportWindowTest, WhatThePreferencesNameIsLookedUpBeforeAnythingIsWritten) {
+    window().open();
+    struct Case {
+        const char* key;  // the import preference changed
+        const char* value;
+        const char* date;
+        ImportOutcome outcome;
+        std::vector<std::string> missing;  // the preferences reported
+        std::vector<std::string> added;    // what QuickBooks took
+    };
+    const Case cases[] = {
+        {"Item", "No Such Item", "2026-11-02", ImportOutcome::NotSent, {"Item"}, {}},
+        {"Term", "Net 99", "2026-11-02", ImportOutcome::NotSent, {"Term"}, {}},
+        {"Account",
+         "[Expense] Nowhere",
+         "2026-11-02",
+         ImportOutcome::Added,
+         {},
+         {"vendor", "bill"}},
+        {"ItemGroup", "No Such Group", "2026-11-03", ImportOutcome::Added, {}, {"vendor", "bill"}},
+        {"Item", "Uncategorized Expenses", "2026-02-30", ImportOutcome::Refused, {}, {"vendor"}},
+    };
+    for (const Case& c : cases) {
+        const std::string number = "P-" + std::to_string(&c - cases);
+        SCOPED_TRACE(number);
+        const std::string sender = "Newcomer " + number;
+        writeFile(home / "invoice.dvx",
+                  "<?xml version=\"1.0\" ?><InvoiceRet><TxnDate>" + std::string(c.date) +
+                      "</TxnDate><RefNumber>" + number +
+                      "</RefNumber><TermsRef><FullName>Their Terms</FullName></TermsRef>"
+                      "<InvoiceLineRet><ItemRef><FullName>Design</FullName></ItemRef><Quantity>2"
+                      "</Quantity><Rate>40.00</Rate><Amount>80.00</Amount></InvoiceLineRet>"
+                      "<InvoiceLineGroupRet><ItemGroupRef><FullName>Spring Package</FullName>"
+                      "</ItemGroupRef><Quantity>1</Quantity></InvoiceLineGroupRet><CompanyRet>"
+                      "<CompanyName>" +
+                      sender + "</CompanyName></CompanyRet></InvoiceRet>");
+        app->settings()
+            .setEntries({{"Import", "Item", "Uncategorized Expenses"},
+                         {"Import", "ItemGroup", "Uncategorized Expense Group"},
+                         {"Import", "Term", "Net 30"},
+                         {"Import", "Account", "[Expense] Uncategorized Expenses"},
+                         {"Import", c.key, c.value}})
+            .ok();
+        window().reloadImportSettings();
+        window().openExchangeFile((home / "invoice.dvx").string());
+        const std::size_t vendors = count("Vendor");
+        ui.messages.clear();
+        window().importSelectedDocument();
+        EXPECT_EQ(window().lastOutcome(), c.outcome) << testing::PrintToString(ui.texts());
+        std::vector<std::string> missing, added;
+        for (const MissingRecord& m : window().lastReport().missing) {
+            missing.push_back(m.settingKey);
+        }
+        for (const AddedRecord& a : window().lastReport().added) {
+            added.push_back(a.noun);
+        }
+        EXPECT_EQ(missing, c.missing);
+        EXPECT_EQ(added, c.added);
+        EXPECT_EQ(count("Vendor"), vendors + (added.empty() ? 0 : 1));
+        if (!c.missing.empty()) {
+            EXPECT_EQ(window().statusText(), kErrorStatus);
+            ASSERT_EQ(ui.messages.size(), 1u);
+            EXPECT_NE(ui.messages[0].text.find(std::string("'") + c.value + "'"), std::string::npos)
+                << ui.messages[0].text;
+        }
+        const xml::Document bills =
+            query("<BillQueryRq><RefNumber>" + number +
+                  "</RefNumber><IncludeLineItems>true</IncludeLineItems></BillQueryRq>");
+        const xml::Node bill = bills.selectOne("//BillRet");
+        ASSERT_EQ(bool(bill), c.outcome == ImportOutcome::Added);
+        if (bill) {
+            EXPECT_EQ(bill.valueOf("ItemGroupLineRet/ItemGroupRef/FullName"), "Spring Package");
+            EXPECT_EQ(window().lastReport().added.back().party, sender);
+            EXPECT_EQ(window().lastReport().added.back().refNumber, number);
         }
     }
 }
@@ -207,6 +325,7 @@ TEST_F(ImportWindowTest, TheCounterpartIsFoundByPrefixInAnyCaseFirstHitFirst) {
     query(
         "<VendorAddRq><VendorAdd><Name>Acme</Name></VendorAdd></VendorAddRq>"
         "<VendorAddRq><VendorAdd><Name>ACME Inc</Name></VendorAdd></VendorAddRq>"
+        "<VendorAddRq><VendorAdd><Name>Acme Landscaping</Name></VendorAdd></VendorAddRq>"
         "<CustomerAddRq><CustomerAdd><Name>Zephyr Tools Ltd</Name></CustomerAdd></CustomerAddRq>");
     struct Case {
         const char* document;
@@ -220,6 +339,11 @@ TEST_F(ImportWindowTest, TheCounterpartIsFoundByPrefixInAnyCaseFirstHitFirst) {
          "Acme",
          "Vendor found\r\nacme\r\nIf you would like to change the vendor, please select another "
          "one from the list",
+         ""},
+        {"<InvoiceRet><CompanyRet><CompanyName>Acme Land</CompanyName></CompanyRet></InvoiceRet>",
+         true, "Acme Landscaping",
+         "Vendor found\r\nAcme Land\r\nIf you would like to change the vendor, please select "
+         "another one from the list",
          ""},
         {"<InvoiceRet><CompanyRet><CompanyName>Acme Inc.</CompanyName></CompanyRet></InvoiceRet>",
          true, std::nullopt,
@@ -311,6 +435,18 @@ TEST_F(ImportWindowTest, APastedReceiptIsBookedOnceAndLogged) {
               std::string::npos);
     const std::size_t receipts = count("SalesReceipt");
 
+    // Tries that QuickBooks does not take are not logged, so that the next one books it.
+    const std::string customer = window().nameText();
+    for (const char* faults : {"ProcessRequest:1:0x80040400"}) {
+        SCOPED_TRACE(faults);
+        const test::ScopedEnvironment fail("DORVANE_SANDBOX_FAULTS", faults);
+        window().setNameText({});  // without a customer: the receipt is the one request
+        window().importSelectedDocument();
+        EXPECT_EQ(window().statusText(), kErrorStatus);
+        EXPECT_FALSE(std::filesystem::exists(program / kBatchLogFile));
+    }
+    window().setNameText(customer);
+    ui.messages.clear();
     window().importSelectedDocument();  // creates the customer (OK), then the receipt
     ASSERT_EQ(window().statusText(), "Salesreceipt added")
         << (ui.texts().empty() ? "" : ui.texts().back());
