@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "common/result.h"
@@ -18,6 +19,10 @@
 namespace dorvane::qbsandbox {
 
 struct SandboxState {
+    SandboxState() = default;
+    SandboxState(bool running_, std::filesystem::path company_, std::filesystem::path last_ = {})
+        : running(running_), company(std::move(company_)), last(std::move(last_)) {}
+
     bool running = true;
     std::filesystem::path company;  // empty = no company file open
     std::filesystem::path last;     // the company file open last (kept when it is closed)
