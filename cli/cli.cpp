@@ -77,7 +77,8 @@ constexpr const char* kUsage =
     "                        suggested text\n"
     "\n"
     "Exit status: 0 done, 1 the job ran and something in it failed, 2 QuickBooks could not\n"
-    "be reached, 64 the command line is wrong.\n";
+    "be reached, 64 the command line is wrong, 65 the input file is empty or unusable, 66 the\n"
+    "input file cannot be read.\n";
 
 struct Command {
     const char* name;
