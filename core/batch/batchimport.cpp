@@ -5,6 +5,7 @@
 #include <cctype>
 
 #include "common/clock.h"
+#include "common/text.h"
 #include "import/assignment.h"
 #include "import/exchangefile.h"
 #include "import/importwindow.h"
@@ -61,10 +62,6 @@ std::size_t countRecords(CsvLineReader& reader) {
         }
     }
     return count;
-}
-
-bool blank(std::string_view text) {
-    return text.find_first_not_of(" \t\r\n") == std::string_view::npos;
 }
 
 }  // namespace
@@ -165,7 +162,13 @@ CsvOptions BatchImport::csvOptions(std::vector<std::size_t>* cut) const {
 
 // Starts a run: the waiting page, the settings, the log, and the receipt an earlier run may
 // have left unfinished. False when the run cannot start.
-bool BatchImport::beginRun(const std::string& fileName) {
+Fields BatchImport::readHeader(CsvLineReader& reader, std::string& delimiter) const {
+    auto header = reader.next();
+    return header ? headerFieldNames(*header, delimiter, csvOptions(nullptr).quoting) : Fields{};
+}
+
+bool BatchImport::beginRun(CsvLineReader& reader, const Fields& names,
+                           const std::string& fileName) {
     if (m_running) {
         return false;
     }
@@ -177,12 +180,6 @@ bool BatchImport::beginRun(const std::string& fileName) {
     m_window.ui().yield();
     m_window.reloadImportSettings();
     m_log.refresh();
-    CsvLineReader reader(fileName, csvOptions(nullptr).quoting);
-    Fields names;
-    std::string delimiter = ",";
-    if (auto header = reader.next()) {
-        names = headerFieldNames(*header, delimiter, csvOptions(nullptr).quoting);
-    }
     bool ok = acceptHeader(names, fileName);
     if (ok && !recoverInterruptedReceipt()) {
         m_summary.unreachable = true;
@@ -336,8 +333,12 @@ void BatchImport::progress(int percent) {
 }
 
 void BatchImport::processAuthNetBatch(const std::string& fileName) {
-    if (!beginRun(fileName)) {
-        return;
+    {
+        CsvLineReader reader(fileName, csvOptions(nullptr).quoting);
+        std::string headerDelimiter = ",";
+        if (!beginRun(reader, readHeader(reader, headerDelimiter), fileName)) {
+            return;
+        }
     }
     std::string delimiter = ",";
     std::vector<std::size_t> cut;
@@ -363,15 +364,11 @@ void BatchImport::processAuthNetBatch(const std::string& fileName) {
 }
 
 void BatchImport::processAuthNetBulk(const std::string& fileName) {
-    if (!beginRun(fileName)) {
-        return;
-    }
-    const CsvOptions options = csvOptions(nullptr);
-    CsvLineReader reader(fileName, options.quoting);
+    CsvLineReader reader(fileName, csvOptions(nullptr).quoting);
     std::string delimiter = ",";
-    Fields names;
-    if (auto header = reader.next()) {
-        names = headerFieldNames(*header, delimiter, options.quoting);
+    const Fields names = readHeader(reader, delimiter);
+    if (!beginRun(reader, names, fileName)) {
+        return;
     }
     std::vector<std::string> exceptions;
     std::vector<std::string> lines;
@@ -516,7 +513,7 @@ bool BatchImport::processRecords(const xml::Document& document, const std::vecto
             report(std::move(outcome));
             continue;
         }
-        if (blank(txnId)) {
+        if (text::trim(txnId).empty()) {
             // Without its ID a receipt could be booked again by every later run.
             outcome.kind = RecordOutcome::Kind::NotImported;
             outcome.reason = kNoTransactionIdReason;

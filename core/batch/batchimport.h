@@ -157,7 +157,10 @@ private:
     enum class Mode { Batch, Bulk };
     struct Sheets;
 
-    bool beginRun(const std::string& fileName);
+    // The header of the file `reader` reads (the delimiter it chooses goes to `delimiter`).
+    Fields readHeader(CsvLineReader& reader, std::string& delimiter) const;
+    // Starts a run on a file whose header `reader` has read as `names`.
+    bool beginRun(CsvLineReader& reader, const Fields& names, const std::string& fileName);
     // Refuses a file whose header lacks a required column (the summary and the page say why).
     bool acceptHeader(const Fields& names, const std::string& fileName);
     void showStop(std::string page);

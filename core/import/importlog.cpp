@@ -3,6 +3,8 @@
 
 #include <algorithm>
 
+#include "common/text.h"
+
 namespace dorvane::imports {
 namespace {
 
@@ -13,7 +15,7 @@ constexpr std::string_view kDateEnd = "</RecordDate>";
 // No transaction is known by a blank ID: one logged by an older version must not make every
 // transaction look imported.
 bool blank(std::string_view txnId) {
-    return txnId.find_first_not_of(" \t\r\n") == std::string_view::npos;
+    return text::trim(txnId).empty();
 }
 
 std::string::size_type findRecord(std::string_view log, std::string_view txnId) {
