@@ -10,10 +10,10 @@
 
 #include "cli/commands.h"
 #include "cli/terminalui.h"
+#include "platform/programhome.h"
 #include "qbsandbox/sandbox.h"
 #include "qbsandbox/state.h"
 #include "shell/application.h"
-#include "shell/programhome.h"
 #include "webconnector/config.h"
 #include "webconnector/service.h"
 
@@ -95,7 +95,7 @@ constexpr Command kCommands[] = {
 
 // What preparing the program folder did (a changed style sheet kept, records moved), one line
 // each, before the job's own output.
-void reportHome(const shell::HomeReport& report, std::ostream& err) {
+void reportHome(const platform::HomeReport& report, std::ostream& err) {
     for (const std::string& notice : report.notices) {
         err << "dorvane: " << notice << '\n';
     }
@@ -261,7 +261,7 @@ int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
     for (const Command& c : kCommands) {
         if (command == c.name) {
             TerminalUi ui(err, options.yes, ::isatty(STDIN_FILENO) && ::isatty(STDERR_FILENO));
-            reportHome(shell::setUpProgramHome(options.home), err);
+            reportHome(platform::setUpProgramHome(options.home), err);
             shell::Application app(ui, shell::StartOptions{options.home});
             ui.holdBackWhile([&app] { return app.gateway().unreachable(); });
             if (webconnector::Service* service = app.webConnector()) {

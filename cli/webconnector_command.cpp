@@ -74,7 +74,7 @@ int userCommand(CommandContext& ctx, const std::string& name) {
 }
 
 int qwcCommand(CommandContext& ctx, const std::string& file) {
-    shell::SettingsStore& store = ctx.app.settings();
+    platform::SettingsStore& store = ctx.app.settings();
     const Status written = webconnector::writeQwc(store, file);
     if (!written) {
         ctx.err << "dorvane: " << written.error().description << '\n';
@@ -93,7 +93,7 @@ int qwcCommand(CommandContext& ctx, const std::string& file) {
 }
 
 int statusCommand(CommandContext& ctx) {
-    shell::SettingsStore& store = ctx.app.settings();
+    platform::SettingsStore& store = ctx.app.settings();
     const auto s = webconnector::ServiceSettings::load(store);
     const bool chosen =
         webconnector::chosenConnection(store) == webconnector::Connection::WebConnector;

@@ -56,7 +56,7 @@ private:
 
 }  // namespace
 
-void registerDialogs(QtUiPort& ui, shell::SettingsStore& settings) {
+void registerDialogs(QtUiPort& ui, platform::SettingsStore& settings) {
     ui.registerDialog("Dialog", [&ui, &settings](QWidget* parent, ui::DialogModel& model) {
         auto* preferences = dynamic_cast<mail::MailPreferencesModel*>(&model);
         if (preferences == nullptr) {

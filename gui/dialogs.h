@@ -2,7 +2,7 @@
 // Dorvane — the modal dialogs core opens through the UI port, registered by their names.
 #pragma once
 
-#include "shell/settings.h"
+#include "platform/settings.h"
 
 class QDialog;
 class QLayout;
@@ -19,6 +19,6 @@ void layOutWithOkCancel(QDialog* dialog, QLayout* body);
 // information editor), `Dialog3` (import preferences; core saves them on OK) and `Dialog4`
 // (the handheld sync's employee choice) with `ui`.
 // Both must outlive every dialog shown through `ui`.
-void registerDialogs(QtUiPort& ui, shell::SettingsStore& settings);
+void registerDialogs(QtUiPort& ui, platform::SettingsStore& settings);
 
 }  // namespace dorvane::gui

@@ -10,8 +10,8 @@
 #include "gui/dialogs.h"
 #include "gui/mainwindowview.h"
 #include "gui/qtuiport.h"
+#include "platform/programhome.h"
 #include "shell/application.h"
-#include "shell/programhome.h"
 #include "webconnector/service.h"
 
 namespace dorvane::gui {
@@ -21,7 +21,7 @@ int runWindow(int argc, char** argv, const std::string& homeOption) {
     QApplication::setApplicationName(QStringLiteral("Dorvane"));
     QApplication::setApplicationVersion(QStringLiteral(DORVANE_VERSION));
 
-    const shell::HomeReport home = shell::setUpProgramHome(homeOption);
+    const platform::HomeReport home = platform::setUpProgramHome(homeOption);
     QtUiPort ui;
     // The window keeps the Web Connector's session open while it runs.
     shell::Application app(ui, shell::StartOptions{homeOption, true});

@@ -24,7 +24,7 @@
 #include "batch/batchimport.h"
 #include "gui/qtstrings.h"
 #include "gui/qtuiport.h"
-#include "qbgateway/programfolder.h"
+#include "platform/programfolder.h"
 
 namespace dorvane::gui {
 

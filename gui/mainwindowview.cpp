@@ -27,7 +27,7 @@
 #include "gui/qtstrings.h"
 #include "gui/webconnectorwait.h"
 #include "mail/preferences.h"
-#include "qbgateway/programfolder.h"
+#include "platform/programfolder.h"
 #include "ui/uiport.h"
 #include "webupdate/webupdate.h"
 

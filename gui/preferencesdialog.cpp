@@ -86,8 +86,8 @@ QLineEdit* lineEdit(QWidget* parent, const char* name, const char* placeholder =
 
 }  // namespace
 
-PreferencesDialog::PreferencesDialog(mail::MailPreferencesModel& model, shell::SettingsStore& store,
-                                     QWidget* parent)
+PreferencesDialog::PreferencesDialog(mail::MailPreferencesModel& model,
+                                     platform::SettingsStore& store, QWidget* parent)
     : QDialog(parent), m_model(model), m_store(store) {
     setObjectName(QStringLiteral("Dialog"));
     setWindowTitle(QStringLiteral("Preferences"));

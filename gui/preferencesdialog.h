@@ -15,7 +15,7 @@
 #include <QDialog>
 
 #include "mail/preferences.h"
-#include "shell/settings.h"
+#include "platform/settings.h"
 #include "webconnector/config.h"
 
 class QButtonGroup;
@@ -31,7 +31,7 @@ class PreferencesDialog final : public QDialog {
     Q_OBJECT
 
 public:
-    PreferencesDialog(mail::MailPreferencesModel& model, shell::SettingsStore& store,
+    PreferencesDialog(mail::MailPreferencesModel& model, platform::SettingsStore& store,
                       QWidget* parent = nullptr);
 
     void accept() override;
@@ -50,7 +50,7 @@ private:
     void browse(QLineEdit* edit, const QString& title);
 
     mail::MailPreferencesModel& m_model;
-    shell::SettingsStore& m_store;
+    platform::SettingsStore& m_store;
     QButtonGroup* m_options = nullptr;
     QTabWidget* m_pages = nullptr;
     QWidget* m_connectionPage = nullptr;

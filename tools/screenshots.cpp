@@ -17,8 +17,8 @@
 #include "gui/mainwindowview.h"
 #include "gui/preferencesdialog.h"
 #include "gui/qtuiport.h"
+#include "platform/programhome.h"
 #include "shell/application.h"
-#include "shell/programhome.h"
 #include "webconnector/config.h"
 #include "xml/xml.h"
 
@@ -105,7 +105,8 @@ int main(int argc, char** argv) {
     ::setenv("XDG_CONFIG_HOME", (scratch / "config").c_str(), 1);
     ::setenv("DORVANE_SANDBOX_DIR", (scratch / "sandbox").c_str(), 1);
     const std::string home = (scratch / "home").string();
-    const shell::HomeReport prepared = shell::prepareProgramHome(home, shell::locateShippedFiles());
+    const platform::HomeReport prepared =
+        platform::prepareProgramHome(home, platform::locateShippedFiles());
     if (!prepared.error.empty()) {
         std::cerr << "screenshots: " << prepared.error << '\n';
     }
@@ -155,7 +156,7 @@ int main(int argc, char** argv) {
         }
 
         // The preferences' QuickBooks connection page, filled in as an office fills it in.
-        shell::SettingsStore& store = app.settings();
+        platform::SettingsStore& store = app.settings();
         const Status user = webconnector::setUser(store, "office", "office password");
         const Status entries =
             store.setEntries({{"QuickBooks", "Connection", "webconnector"},

@@ -10,10 +10,10 @@
 #include "import/exchangefile.h"
 #include "import/importwindow.h"
 #include "import/receipt.h"
+#include "platform/programfolder.h"
+#include "platform/settings.h"
 #include "qbgateway/gateway.h"
-#include "qbgateway/programfolder.h"
 #include "qbgateway/response.h"
-#include "shell/settings.h"
 #include "ui/uiport.h"
 
 namespace dorvane::batch {
@@ -121,7 +121,7 @@ struct BatchImport::Sheets {
     bool createCustomers = false;
 };
 
-BatchImport::BatchImport(imports::ImportWindow& window, shell::SettingsStore& settings)
+BatchImport::BatchImport(imports::ImportWindow& window, platform::SettingsStore& settings)
     : m_window(window), m_store(settings), m_log(window.folder()), m_journal(window.folder()) {}
 
 // ---- the menu entries ------------------------------------------------------------------
@@ -229,7 +229,7 @@ void BatchImport::endRun() {
     }
     try {
         m_log.create();
-    } catch (const qbgateway::FileWriteError&) {
+    } catch (const platform::FileWriteError&) {
         // Said when a record could not be logged; nothing was added otherwise.
     }
     m_running = false;
@@ -254,7 +254,7 @@ bool BatchImport::recoverInterruptedReceipt() {
     if (*found) {
         try {
             m_log.append(entry->txnId);
-        } catch (const qbgateway::FileWriteError& e) {
+        } catch (const platform::FileWriteError& e) {
             m_window.ui().messageBox(std::string("Could not write ") + imports::kBatchLogFile +
                                      ": " + e.description());
             return false;
@@ -568,7 +568,7 @@ bool BatchImport::processRecords(const xml::Document& document, const std::vecto
         const BatchJournal::Entry entry{requestDate(request), txnId};
         try {
             m_journal.note(entry.date, entry.txnId);
-        } catch (const qbgateway::FileWriteError& e) {
+        } catch (const platform::FileWriteError& e) {
             return stop(std::string("Could not write ") + kJournalFile + ": " + e.description());
         }
         const std::string response = send(request);
@@ -606,7 +606,7 @@ bool BatchImport::processRecords(const xml::Document& document, const std::vecto
         } else {
             try {
                 m_log.append(txnId);
-            } catch (const qbgateway::FileWriteError& e) {
+            } catch (const platform::FileWriteError& e) {
                 // The journal still names this receipt: the next run logs it.
                 m_keepJournal = true;
                 report(std::move(outcome));

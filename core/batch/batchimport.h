@@ -28,7 +28,7 @@ namespace dorvane::imports {
 class ImportWindow;
 }
 
-namespace dorvane::shell {
+namespace dorvane::platform {
 class SettingsStore;
 }
 
@@ -118,7 +118,7 @@ std::string stopReport(const RunSummary& run);
 
 class BatchImport {
 public:
-    BatchImport(imports::ImportWindow& window, shell::SettingsStore& settings);
+    BatchImport(imports::ImportWindow& window, platform::SettingsStore& settings);
 
     // ---- the Options menu's entries ----
     // ImpAuthNetBatch: the file dialog, then processAuthNetBatch.
@@ -179,7 +179,7 @@ private:
     CsvOptions csvOptions(std::vector<std::size_t>* cut) const;
 
     imports::ImportWindow& m_window;
-    shell::SettingsStore& m_store;
+    platform::SettingsStore& m_store;
     BatchLog m_log;
     BatchJournal m_journal;
     std::optional<bool> m_quotedOverride;

@@ -6,11 +6,11 @@
 #include <sys/stat.h>
 
 #include "common/files.h"
-#include "qbgateway/programfolder.h"
+#include "platform/programfolder.h"
 
 namespace dorvane::batch {
 
-BatchLog::BatchLog(const qbgateway::ProgramFolder& folder)
+BatchLog::BatchLog(const platform::ProgramFolder& folder)
     : m_folder(folder), m_path(folder.filePath(imports::kBatchLogFile)) {}
 
 void BatchLog::refresh() {
@@ -51,7 +51,7 @@ void BatchLog::create() {
     m_folder.appendProgramFile("", imports::kBatchLogFile);
 }
 
-BatchJournal::BatchJournal(const qbgateway::ProgramFolder& folder) : m_folder(folder) {}
+BatchJournal::BatchJournal(const platform::ProgramFolder& folder) : m_folder(folder) {}
 
 std::optional<BatchJournal::Entry> BatchJournal::pending() const {
     auto text = files::readAll(m_folder.filePath(kJournalFile));

@@ -19,7 +19,7 @@
 
 #include "import/importlog.h"
 
-namespace dorvane::qbgateway {
+namespace dorvane::platform {
 class ProgramFolder;
 }
 
@@ -29,19 +29,19 @@ inline constexpr const char* kJournalFile = "BatchImport.journal";
 
 class BatchLog {
 public:
-    explicit BatchLog(const qbgateway::ProgramFolder& folder);
+    explicit BatchLog(const platform::ProgramFolder& folder);
 
     // Takes in what the file gained since the last look.
     void refresh();
     bool holds(std::string_view txnId) const { return m_index.holds(txnId); }
     bool holdsExactly(std::string_view txnId) const { return m_index.holdsExactly(txnId); }
-    // Appends the record of one transaction in one write. Throws qbgateway::FileWriteError.
+    // Appends the record of one transaction in one write. Throws platform::FileWriteError.
     void append(std::string_view txnId);
-    // Creates the file when it does not exist yet. Throws qbgateway::FileWriteError.
+    // Creates the file when it does not exist yet. Throws platform::FileWriteError.
     void create();
 
 private:
-    const qbgateway::ProgramFolder& m_folder;
+    const platform::ProgramFolder& m_folder;
     std::string m_path;
     imports::ImportLogIndex m_index;
     std::uintmax_t m_read = 0;
@@ -55,18 +55,18 @@ public:
         std::string txnId;
     };
 
-    explicit BatchJournal(const qbgateway::ProgramFolder& folder);
+    explicit BatchJournal(const platform::ProgramFolder& folder);
 
     // The last transaction noted; nullopt when the journal is empty.
     std::optional<Entry> pending() const;
     // Notes a transaction whose receipt goes out next, in one write. Throws
-    // qbgateway::FileWriteError.
+    // platform::FileWriteError.
     void note(std::string_view date, std::string_view txnId);
     // Empties the journal: everything noted has its outcome.
     void clear();
 
 private:
-    const qbgateway::ProgramFolder& m_folder;
+    const platform::ProgramFolder& m_folder;
 };
 
 }  // namespace dorvane::batch

@@ -10,8 +10,8 @@
 #include "common/memory.h"
 #include "common/text.h"
 #include "company/companyinfo.h"
+#include "platform/programfolder.h"
 #include "qbgateway/gateway.h"
-#include "qbgateway/programfolder.h"
 #include "qbgateway/templates.h"
 #include "ui/documentwindow.h"
 #include "ui/uiport.h"
@@ -91,7 +91,7 @@ std::optional<std::int16_t> durationToMinutes(std::string_view duration) {
 }
 
 DocumentBrowser::DocumentBrowser(ui::DocumentWindow& window, qbgateway::Gateway& gateway,
-                                 const qbgateway::ProgramFolder& folder,
+                                 const platform::ProgramFolder& folder,
                                  company::CompanyInfo& company, ui::UiPort& ui)
     : m_window(window),
       m_gateway(gateway),

@@ -16,9 +16,12 @@
 #include "browser/recipients.h"
 #include "ui/listmodel.h"
 
+namespace dorvane::platform {
+class ProgramFolder;
+}
+
 namespace dorvane::qbgateway {
 class Gateway;
-class ProgramFolder;
 }  // namespace dorvane::qbgateway
 
 namespace dorvane::ui {
@@ -53,7 +56,7 @@ std::optional<std::int16_t> durationToMinutes(std::string_view duration);
 class DocumentBrowser {
 public:
     DocumentBrowser(ui::DocumentWindow& window, qbgateway::Gateway& gateway,
-                    const qbgateway::ProgramFolder& folder, company::CompanyInfo& company,
+                    const platform::ProgramFolder& folder, company::CompanyInfo& company,
                     ui::UiPort& ui);
 
     // Runs the loader of a document type ("Invoice", ..., "TimesheetA").
@@ -84,7 +87,7 @@ private:
 
     ui::DocumentWindow& m_window;
     qbgateway::Gateway& m_gateway;
-    const qbgateway::ProgramFolder& m_folder;
+    const platform::ProgramFolder& m_folder;
     company::CompanyInfo& m_company;
     ui::UiPort& m_ui;
     RecipientLookup m_recipients;

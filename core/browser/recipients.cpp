@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "browser/recipients.h"
 
+#include "platform/programfolder.h"
 #include "qbgateway/gateway.h"
-#include "qbgateway/programfolder.h"
 #include "qbgateway/templates.h"
 
 namespace dorvane::browser {
@@ -21,8 +21,7 @@ std::unordered_map<std::string, xml::Node> indexBy(const xml::Document& doc, std
     return index;
 }
 
-RecipientLookup::RecipientLookup(const qbgateway::ProgramFolder& folder,
-                                 qbgateway::Gateway& gateway)
+RecipientLookup::RecipientLookup(const platform::ProgramFolder& folder, qbgateway::Gateway& gateway)
     : m_folder(folder), m_gateway(gateway) {}
 
 RecipientLookup::PartyIndex RecipientLookup::indexParties(const xml::Document& doc,

@@ -14,16 +14,19 @@
 
 #include "xml/xml.h"
 
+namespace dorvane::platform {
+class ProgramFolder;
+}
+
 namespace dorvane::qbgateway {
 class Gateway;
-class ProgramFolder;
 }  // namespace dorvane::qbgateway
 
 namespace dorvane::browser {
 
 class RecipientLookup {
 public:
-    RecipientLookup(const qbgateway::ProgramFolder& folder, qbgateway::Gateway& gateway);
+    RecipientLookup(const platform::ProgramFolder& folder, qbgateway::Gateway& gateway);
 
     // Indexes the customers and vendors of a freshly loaded list response, with their
     // addresses: a list asks for the same customer's address once per document.
@@ -44,7 +47,7 @@ private:
     using PartyIndex = std::unordered_map<std::string, Party>;
     static PartyIndex indexParties(const xml::Document& doc, std::string_view path);
 
-    const qbgateway::ProgramFolder& m_folder;
+    const platform::ProgramFolder& m_folder;
     qbgateway::Gateway& m_gateway;
     PartyIndex m_customers;
     PartyIndex m_vendors;

@@ -3,8 +3,8 @@
 
 #include "common/files.h"
 #include "company/companyeditor.h"
+#include "platform/programfolder.h"
 #include "qbgateway/gateway.h"
-#include "qbgateway/programfolder.h"
 #include "ui/documentwindow.h"
 #include "ui/uiport.h"
 
@@ -39,7 +39,7 @@ xml::Node templateRecord(xml::Document& file) {
 
 }  // namespace
 
-CompanyInfo::CompanyInfo(ui::UiPort& ui, const qbgateway::ProgramFolder& folder,
+CompanyInfo::CompanyInfo(ui::UiPort& ui, const platform::ProgramFolder& folder,
                          qbgateway::Gateway& gateway, ui::DocumentWindow& window)
     : m_ui(ui), m_folder(folder), m_gateway(gateway), m_window(window) {}
 

@@ -13,9 +13,12 @@
 
 #include "xml/xml.h"
 
+namespace dorvane::platform {
+class ProgramFolder;
+}
+
 namespace dorvane::qbgateway {
 class Gateway;
-class ProgramFolder;
 }  // namespace dorvane::qbgateway
 
 namespace dorvane::ui {
@@ -29,7 +32,7 @@ inline constexpr const char* kCompanyInfoFile = "/companyinfo.xml";
 
 class CompanyInfo {
 public:
-    CompanyInfo(ui::UiPort& ui, const qbgateway::ProgramFolder& folder, qbgateway::Gateway& gateway,
+    CompanyInfo(ui::UiPort& ui, const platform::ProgramFolder& folder, qbgateway::Gateway& gateway,
                 ui::DocumentWindow& window);
 
     // Asks QuickBooks for the company and its preferences; falls back on the file; shows the
@@ -58,7 +61,7 @@ private:
     void saveFile(const xml::Document& file);
 
     ui::UiPort& m_ui;
-    const qbgateway::ProgramFolder& m_folder;
+    const platform::ProgramFolder& m_folder;
     qbgateway::Gateway& m_gateway;
     ui::DocumentWindow& m_window;
     xml::Document m_company;

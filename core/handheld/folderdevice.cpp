@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "common/text.h"
-#include "shell/settings.h"
+#include "platform/settings.h"
 
 namespace dorvane::handheld {
 
@@ -68,7 +68,7 @@ fs::path matchEntry(const fs::path& folder, const std::string& name) {
 
 }  // namespace
 
-DeviceFolder deviceFolder(const shell::SettingsStore& settings) {
+DeviceFolder deviceFolder(const platform::SettingsStore& settings) {
     if (const char* dir = std::getenv(kDeviceDirVariable); dir && *dir) {
         return {dir, kDeviceDirVariable};
     }
@@ -80,7 +80,7 @@ DeviceFolder deviceFolder(const shell::SettingsStore& settings) {
     return {};
 }
 
-std::function<std::unique_ptr<DeviceApi>()> folderDeviceFactory(shell::SettingsStore& settings) {
+std::function<std::unique_ptr<DeviceApi>()> folderDeviceFactory(platform::SettingsStore& settings) {
     return [&settings]() -> std::unique_ptr<DeviceApi> {
         settings.reload();
         return std::make_unique<FolderDevice>(deviceFolder(settings).path);

@@ -18,7 +18,7 @@
 
 #include "handheld/device.h"
 
-namespace dorvane::shell {
+namespace dorvane::platform {
 class SettingsStore;
 }
 
@@ -35,12 +35,12 @@ struct DeviceFolder {
 };
 
 // The folder chosen by $DORVANE_DEVICE_DIR, else by the setting Handheld/DeviceFolder.
-DeviceFolder deviceFolder(const shell::SettingsStore& settings);
+DeviceFolder deviceFolder(const platform::SettingsStore& settings);
 
 class FolderDevice;
 // A fresh device over the folder chosen at the moment of each call (the settings are read
 // again first, so a folder set from the command line meanwhile counts).
-std::function<std::unique_ptr<DeviceApi>()> folderDeviceFactory(shell::SettingsStore& settings);
+std::function<std::unique_ptr<DeviceApi>()> folderDeviceFactory(platform::SettingsStore& settings);
 
 class FolderDevice final : public DeviceApi {
 public:

@@ -7,7 +7,7 @@
 #include <system_error>
 
 #include "import/exchangefile.h"
-#include "qbgateway/programfolder.h"
+#include "platform/programfolder.h"
 #include "ui/uiport.h"
 
 namespace dorvane::handheld {
@@ -27,7 +27,7 @@ bool readLocalFile(const std::string& desktopFile, std::uint32_t& length, Transf
     return static_cast<std::uintmax_t>(in.gcount()) == size;
 }
 
-PocketPC::PocketPC(DeviceApi& device, ui::UiPort& ui, const qbgateway::ProgramFolder& folder)
+PocketPC::PocketPC(DeviceApi& device, ui::UiPort& ui, const platform::ProgramFolder& folder)
     : m_device(device), m_ui(ui), m_folder(folder) {}
 
 bool PocketPC::connectDevice() {
@@ -118,7 +118,7 @@ bool PocketPC::copyFileFromDevice(const std::string& deviceFile, const std::stri
         // An empty file holds no entries to lose: it goes through, as empty as it came.
         try {
             m_folder.writeProgramFile({}, kDataFromPdaFile);
-        } catch (const qbgateway::FileWriteError&) {
+        } catch (const platform::FileWriteError&) {
         }
         m_device.findClose(file);
         return true;
@@ -136,7 +136,7 @@ bool PocketPC::copyFileFromDevice(const std::string& deviceFile, const std::stri
     }
     try {
         m_folder.writeProgramFile(parsed->document.toString(), kDataFromPdaFile);
-    } catch (const qbgateway::FileWriteError& e) {
+    } catch (const platform::FileWriteError& e) {
         m_ui.messageBox(std::string(kDataFromPdaFile) + " could not be written: " + e.description(),
                         ui::kProgramTitle, ui::Icon::Critical);
         m_device.findClose(file);

@@ -21,7 +21,7 @@
 
 #include "handheld/device.h"
 
-namespace dorvane::qbgateway {
+namespace dorvane::platform {
 class ProgramFolder;
 }
 
@@ -44,7 +44,7 @@ bool readLocalFile(const std::string& desktopFile, std::uint32_t& length, Transf
 
 class PocketPC {
 public:
-    PocketPC(DeviceApi& device, ui::UiPort& ui, const qbgateway::ProgramFolder& folder);
+    PocketPC(DeviceApi& device, ui::UiPort& ui, const platform::ProgramFolder& folder);
 
     // What a failed connection does after its message: ends the program. Unset, the caller
     // only sees false.
@@ -61,7 +61,7 @@ public:
 private:
     DeviceApi& m_device;
     ui::UiPort& m_ui;
-    const qbgateway::ProgramFolder& m_folder;
+    const platform::ProgramFolder& m_folder;
     std::function<void()> m_endApplication;
 };
 

@@ -8,8 +8,8 @@
 #include "handheld/pocketpc.h"
 #include "import/exchangefile.h"
 #include "import/importwindow.h"
+#include "platform/programfolder.h"
 #include "qbgateway/gateway.h"
-#include "qbgateway/programfolder.h"
 #include "qbgateway/response.h"
 #include "xml/xml.h"
 
@@ -66,7 +66,7 @@ std::string EmployeeChoiceModel::choice() const {
     return m_selected ? m_entries[*m_selected] : std::string();
 }
 
-TimeTrackingSync::TimeTrackingSync(ui::UiPort& ui, const qbgateway::ProgramFolder& folder,
+TimeTrackingSync::TimeTrackingSync(ui::UiPort& ui, const platform::ProgramFolder& folder,
                                    qbgateway::Gateway& gateway, imports::ImportWindow& window,
                                    DeviceFactory device)
     : m_ui(ui),
@@ -155,7 +155,7 @@ SyncOutcome TimeTrackingSync::synchronizePDA(const SyncOptions& options) {
     const xml::Document out = buildHandheldDocument(*lists, name, listId);
     try {
         m_folder.writeProgramFile(kDataOutProlog + out.toString(false), kDataOutFile);
-    } catch (const qbgateway::FileWriteError& e) {
+    } catch (const platform::FileWriteError& e) {
         m_ui.messageBox(std::string(kDataOutFile) + " could not be written: " + e.description(),
                         ui::kProgramTitle, ui::Icon::Critical);
         status(imports::kErrorStatus);

@@ -23,9 +23,12 @@
 #include "ui/uiport.h"
 #include "xml/xml.h"
 
+namespace dorvane::platform {
+class ProgramFolder;
+}
+
 namespace dorvane::qbgateway {
 class Gateway;
-class ProgramFolder;
 }  // namespace dorvane::qbgateway
 
 namespace dorvane::imports {
@@ -100,7 +103,7 @@ using DeviceFactory = std::function<std::unique_ptr<DeviceApi>()>;
 
 class TimeTrackingSync {
 public:
-    TimeTrackingSync(ui::UiPort& ui, const qbgateway::ProgramFolder& folder,
+    TimeTrackingSync(ui::UiPort& ui, const platform::ProgramFolder& folder,
                      qbgateway::Gateway& gateway, imports::ImportWindow& window,
                      DeviceFactory device);
 
@@ -122,7 +125,7 @@ private:
     void status(std::string text);
 
     ui::UiPort& m_ui;
-    const qbgateway::ProgramFolder& m_folder;
+    const platform::ProgramFolder& m_folder;
     qbgateway::Gateway& m_gateway;
     imports::ImportWindow& m_window;
     DeviceFactory m_device;

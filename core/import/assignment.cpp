@@ -8,11 +8,11 @@
 namespace dorvane::imports {
 namespace {
 
-std::string setting(const shell::SettingsStore& store, const char* key) {
+std::string setting(const platform::SettingsStore& store, const char* key) {
     return store.value(kImportSection, key).value_or("");
 }
 
-bool ignoreCustomerSetting(const shell::SettingsStore& store) {
+bool ignoreCustomerSetting(const platform::SettingsStore& store) {
     return store.getInt(kImportSection, kIgnoreAuthNetCustKey, 0) != 0;
 }
 
@@ -45,7 +45,7 @@ std::string accountNameFromSetting(std::string_view value) {
     return at == std::string_view::npos ? std::string() : std::string(value.substr(at + 2));
 }
 
-ImportSettings loadImportSettings(const shell::SettingsStore& store) {
+ImportSettings loadImportSettings(const platform::SettingsStore& store) {
     ImportSettings s;
     s.importItemName = setting(store, kItemKey);
     s.importItemGroupName = setting(store, kItemGroupKey);
@@ -68,7 +68,7 @@ void ImportPreferencesModel::Choice::selectMatching(std::string_view value) {
 }
 
 ImportPreferencesModel::ImportPreferencesModel(const xml::Document& lists,
-                                               const shell::SettingsStore& store) {
+                                               const platform::SettingsStore& store) {
     for (const xml::Node& n : lists.selectAll("//ItemQueryRs/*/FullName")) {
         itemlist.entries.push_back(n.text());
     }
@@ -90,7 +90,7 @@ ImportPreferencesModel::ImportPreferencesModel(const xml::Document& lists,
     QuotedFields = store.getInt(kImportSection, kQuotedFieldsKey, 0) != 0;
 }
 
-std::vector<shell::SettingsStore::Change> ImportPreferencesModel::changes() const {
+std::vector<platform::SettingsStore::Change> ImportPreferencesModel::changes() const {
     return {
         {kImportSection, kItemKey, itemlist.text()},
         {kImportSection, kItemGroupKey, itemgrouplist.text()},
@@ -101,7 +101,7 @@ std::vector<shell::SettingsStore::Change> ImportPreferencesModel::changes() cons
     };
 }
 
-Status ImportPreferencesModel::save(shell::SettingsStore& store) const {
+Status ImportPreferencesModel::save(platform::SettingsStore& store) const {
     return store.setEntries(changes());
 }
 

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "common/result.h"
-#include "shell/settings.h"
+#include "platform/settings.h"
 #include "ui/uiport.h"
 #include "xml/xml.h"
 
@@ -41,7 +41,7 @@ struct ImportSettings {
 std::string accountNameFromSetting(std::string_view setting);
 
 // Reads the five values of section "Import" with their defaults.
-ImportSettings loadImportSettings(const shell::SettingsStore& store);
+ImportSettings loadImportSettings(const platform::SettingsStore& store);
 
 // The import preferences dialog. The front end shows the four lists with their selected
 // entries and the check box, lets the person change them, and on OK calls save() and then
@@ -62,7 +62,7 @@ public:
     };
 
     // `lists` is the lists document (item, item-group, terms and account query responses).
-    ImportPreferencesModel(const xml::Document& lists, const shell::SettingsStore& store);
+    ImportPreferencesModel(const xml::Document& lists, const platform::SettingsStore& store);
 
     std::string_view dialogName() const override { return "Dialog3"; }
 
@@ -76,8 +76,8 @@ public:
 
     // What OK writes, in order: Item, ItemGroup, Term, Account, IgnoreAuthNetCust and
     // QuotedFields ("0"/"1").
-    std::vector<shell::SettingsStore::Change> changes() const;
-    Status save(shell::SettingsStore& store) const;
+    std::vector<platform::SettingsStore::Change> changes() const;
+    Status save(platform::SettingsStore& store) const;
 };
 
 // Rewrites a converted add request (a document without the prolog) onto the settings: every

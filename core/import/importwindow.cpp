@@ -7,11 +7,11 @@
 
 #include "common/files.h"
 #include "common/text.h"
+#include "platform/programfolder.h"
+#include "platform/settings.h"
 #include "qbgateway/defaultrecords.h"
 #include "qbgateway/gateway.h"
-#include "qbgateway/programfolder.h"
 #include "qbgateway/response.h"
-#include "shell/settings.h"
 #include "ui/uiport.h"
 
 namespace dorvane::imports {
@@ -142,8 +142,8 @@ std::optional<std::size_t> CounterpartList::findWholeWord(std::string_view text)
 
 // ---- the window ----------------------------------------------------------------------
 
-ImportWindow::ImportWindow(ui::UiPort& ui, const qbgateway::ProgramFolder& folder,
-                           qbgateway::Gateway& gateway, shell::SettingsStore& settings,
+ImportWindow::ImportWindow(ui::UiPort& ui, const platform::ProgramFolder& folder,
+                           qbgateway::Gateway& gateway, platform::SettingsStore& settings,
                            qbgateway::DefaultRecords& lists)
     : m_ui(ui), m_folder(folder), m_gateway(gateway), m_store(settings), m_lists(lists) {}
 
@@ -376,7 +376,7 @@ void ImportWindow::previewDocument(std::string_view styleSheetName, xml::Node no
     const char* name = trimmed.substr(0, 5) == "<?xml" ? kPreviewXmlFile : kPreviewHtmlFile;
     try {
         m_folder.writeProgramFile(*output, name, files::Durability::Scratch);
-    } catch (const qbgateway::FileWriteError& e) {
+    } catch (const platform::FileWriteError& e) {
         setImportStatusText("The preview could not be written: " + e.description());
         return;
     }

@@ -25,15 +25,15 @@
 #include "import/exchangefile.h"
 #include "xml/xml.h"
 
+namespace dorvane::platform {
+class ProgramFolder;
+class SettingsStore;
+}  // namespace dorvane::platform
+
 namespace dorvane::qbgateway {
 class DefaultRecords;
 class Gateway;
-class ProgramFolder;
 }  // namespace dorvane::qbgateway
-
-namespace dorvane::shell {
-class SettingsStore;
-}
 
 namespace dorvane::ui {
 class UiPort;
@@ -173,9 +173,8 @@ struct ImportWindowServices {
 
 class ImportWindow {
 public:
-    ImportWindow(ui::UiPort& ui, const qbgateway::ProgramFolder& folder,
-                 qbgateway::Gateway& gateway, shell::SettingsStore& settings,
-                 qbgateway::DefaultRecords& lists);
+    ImportWindow(ui::UiPort& ui, const platform::ProgramFolder& folder, qbgateway::Gateway& gateway,
+                 platform::SettingsStore& settings, qbgateway::DefaultRecords& lists);
 
     void setObserver(ImportWindowObserver* observer) { m_observer = observer; }
     void setServices(ImportWindowServices services) { m_services = std::move(services); }
@@ -258,7 +257,7 @@ public:
     const ImportReport& lastReport() const { return m_report; }
 
     ui::UiPort& ui() { return m_ui; }
-    const qbgateway::ProgramFolder& folder() const { return m_folder; }
+    const platform::ProgramFolder& folder() const { return m_folder; }
     qbgateway::Gateway& gateway() { return m_gateway; }
 
     // The import settings again from the store (after Dialog3's OK, or a change elsewhere).
@@ -291,9 +290,9 @@ private:
     bool confirmAgain(const std::string& question);
 
     ui::UiPort& m_ui;
-    const qbgateway::ProgramFolder& m_folder;
+    const platform::ProgramFolder& m_folder;
     qbgateway::Gateway& m_gateway;
-    shell::SettingsStore& m_store;
+    platform::SettingsStore& m_store;
     qbgateway::DefaultRecords& m_lists;
     ImportWindowObserver* m_observer = nullptr;
     ImportWindowServices m_services;

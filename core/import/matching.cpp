@@ -3,8 +3,8 @@
 // document's party, and the creation of a party QuickBooks does not have yet.
 #include "common/text.h"
 #include "import/importwindow.h"
+#include "platform/programfolder.h"
 #include "qbgateway/gateway.h"
-#include "qbgateway/programfolder.h"
 #include "qbgateway/response.h"
 #include "qbgateway/templates.h"
 #include "ui/uiport.h"

@@ -6,7 +6,7 @@
 #include "import/importlog.h"
 #include "import/importwindow.h"
 #include "import/receipt.h"
-#include "qbgateway/programfolder.h"
+#include "platform/programfolder.h"
 #include "ui/uiport.h"
 
 namespace dorvane::imports {
@@ -49,7 +49,7 @@ void ImportWindow::openReceiptText(std::string_view receiptText) {
     try {
         m_folder.writeProgramFile(receiptToXml(receiptText), kReceiptFileName,
                                   files::Durability::Scratch);
-    } catch (const qbgateway::FileWriteError& e) {
+    } catch (const platform::FileWriteError& e) {
         m_ui.messageBox(std::string("Cannot write ") + kReceiptFileName + ": " + e.description(),
                         ui::kProgramTitle, ui::Icon::Critical);
         return;
@@ -139,7 +139,7 @@ void ImportWindow::importAuthorizeNetReceipt() {
     }
     try {
         m_folder.appendProgramFile(importLogRecord(txnId), kBatchLogFile);
-    } catch (const qbgateway::FileWriteError& e) {
+    } catch (const platform::FileWriteError& e) {
         m_ui.messageBox(std::string("The sales receipt is in QuickBooks, but ") + kBatchLogFile +
                             " could not be written (" + e.description() +
                             "). A later batch import may add this transaction again.",

@@ -10,8 +10,8 @@
 #include "common/text.h"
 #include "mail/mimecompose.h"
 #include "mail/mxresolver.h"
-#include "qbgateway/programfolder.h"
-#include "shell/settings.h"
+#include "platform/programfolder.h"
+#include "platform/settings.h"
 #include "ui/uiport.h"
 
 namespace dorvane::mail {
@@ -122,7 +122,7 @@ Mailer::Mailer() = default;
 
 Mailer::~Mailer() = default;
 
-int Mailer::openMailTransport(const MailContext& context, const shell::SettingsStore& store) {
+int Mailer::openMailTransport(const MailContext& context, const platform::SettingsStore& store) {
     switch (context.settings.mailOption) {
         case 0:
             return openSmtpConnection(context, store.get("SMTP", "Port", "25"),
@@ -214,7 +214,7 @@ bool Mailer::composeAndSendSmtp(const MailContext& context, std::string_view sen
         try {
             // A scratch file, read back at once and deleted once the message is sent.
             context.folder.writeProgramFile(attachmentText, name, files::Durability::Scratch);
-        } catch (const qbgateway::FileWriteError& error) {
+        } catch (const platform::FileWriteError& error) {
             m_lastFailure =
                 std::to_string(error.code()) + " " + error.description() + " " + attachmentPath;
             context.ui.messageBox(m_lastFailure);

@@ -34,17 +34,14 @@
 #include "mail/mimemessage.h"
 #include "mail/smtpclient.h"
 
-namespace dorvane::ui {
-class UiPort;
-}
-
-namespace dorvane::shell {
+namespace dorvane::platform {
+class ProgramFolder;
 class SettingsStore;
 struct MailSettings;
-}  // namespace dorvane::shell
+}  // namespace dorvane::platform
 
-namespace dorvane::qbgateway {
-class ProgramFolder;
+namespace dorvane::ui {
+class UiPort;
 }
 
 namespace dorvane::mail {
@@ -56,11 +53,11 @@ inline constexpr const char* kTraceFile = "smtptrace.txt";
 // What the transports need from the window for one send run.
 struct MailContext {
     ui::UiPort& ui;
-    const qbgateway::ProgramFolder& folder;
+    const platform::ProgramFolder& folder;
     // Panel 1 of the main window's status bar.
     std::function<void(const std::string&)> setStatusText;
     // The settings loaded at the start of the run.
-    const shell::MailSettings& settings;
+    const platform::MailSettings& settings;
     // The main window's "preview" box.
     bool preview = false;
 
@@ -82,7 +79,7 @@ public:
     // by "Hostname", "Port" (default "25"), "User" and "pwd" of section "SMTP", read now;
     // 1 connects to Outlook; 2 has nothing to connect. Answers 0 (ready): the connection
     // steps report their own failures.
-    int openMailTransport(const MailContext& context, const shell::SettingsStore& store);
+    int openMailTransport(const MailContext& context, const platform::SettingsStore& store);
 
     // Connects the SMTP client (disconnecting first); starts "smtptrace.txt" afresh when
     // Trace is 1; warns about a missing test address unless previewing; requests return

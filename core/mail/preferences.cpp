@@ -10,7 +10,7 @@ const char* flag(bool on) {
 
 }  // namespace
 
-MailPreferencesModel::MailPreferencesModel(const shell::SettingsStore& store) {
+MailPreferencesModel::MailPreferencesModel(const platform::SettingsStore& store) {
     hostname = store.get("SMTP", "Hostname");
     user = store.get("SMTP", "User");
     password = store.get("SMTP", "Pwd");
@@ -31,8 +31,8 @@ MailPreferencesModel::MailPreferencesModel(const shell::SettingsStore& store) {
     attachment = store.getInt("Settings", "Attachment", 0) == 1;
 }
 
-std::vector<shell::SettingsStore::Change> MailPreferencesModel::changes() const {
-    std::vector<shell::SettingsStore::Change> out = {
+std::vector<platform::SettingsStore::Change> MailPreferencesModel::changes() const {
+    std::vector<platform::SettingsStore::Change> out = {
         {"SMTP", "Hostname", hostname},
         {"SMTP", "User", user},
         {"SMTP", "Pwd", password},
@@ -44,7 +44,7 @@ std::vector<shell::SettingsStore::Change> MailPreferencesModel::changes() const 
     if (mailOption) {
         out.push_back({"Settings", "MailOption", std::to_string(*mailOption)});
     }
-    const std::vector<shell::SettingsStore::Change> rest = {
+    const std::vector<platform::SettingsStore::Change> rest = {
         {"Settings", "Attachment", flag(attachment)},
         {"Settings", "ReturnReceipt", flag(returnReceipt)},
         {"Settings", "BCC", flag(bcc)},
@@ -57,7 +57,7 @@ std::vector<shell::SettingsStore::Change> MailPreferencesModel::changes() const 
     return out;
 }
 
-Status MailPreferencesModel::save(shell::SettingsStore& store) const {
+Status MailPreferencesModel::save(platform::SettingsStore& store) const {
     return store.setEntries(changes());
 }
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "shell/settings.h"
+#include "platform/settings.h"
 #include "ui/uiport.h"
 
 namespace dorvane::mail {
@@ -46,7 +46,7 @@ inline constexpr PreferenceControl kPreferenceControls[] = {
 class MailPreferencesModel final : public ui::DialogModel {
 public:
     // Fills every control from the store, with the defaults where nothing is stored.
-    explicit MailPreferencesModel(const shell::SettingsStore& store);
+    explicit MailPreferencesModel(const platform::SettingsStore& store);
 
     std::string_view dialogName() const override { return "Dialog"; }
 
@@ -69,9 +69,9 @@ public:
 
     // What OK writes, in the order it writes it. With no option button set, MailOption is
     // left as it was.
-    std::vector<shell::SettingsStore::Change> changes() const;
+    std::vector<platform::SettingsStore::Change> changes() const;
     // OK: writes every value. Cancel writes nothing (the front end just closes).
-    Status save(shell::SettingsStore& store) const;
+    Status save(platform::SettingsStore& store) const;
 };
 
 }  // namespace dorvane::mail

@@ -13,7 +13,7 @@
 #include "common/clock.h"
 #include "common/text.h"
 #include "company/companyinfo.h"
-#include "qbgateway/programfolder.h"
+#include "platform/programfolder.h"
 #include "ui/documentwindow.h"
 #include "ui/uiport.h"
 
@@ -64,8 +64,8 @@ struct DocumentSender::Kind {
     const char* failedText;  // status when the style sheet fails
 };
 
-DocumentSender::DocumentSender(ui::DocumentWindow& window, const qbgateway::ProgramFolder& folder,
-                               shell::SettingsStore& settings, company::CompanyInfo& company,
+DocumentSender::DocumentSender(ui::DocumentWindow& window, const platform::ProgramFolder& folder,
+                               platform::SettingsStore& settings, company::CompanyInfo& company,
                                ui::UiPort& ui)
     : m_window(window), m_folder(folder), m_store(settings), m_company(company), m_ui(ui) {}
 
@@ -77,7 +77,7 @@ MailContext DocumentSender::context() {
 
 void DocumentSender::sendSelectedDocuments() {
     m_store.reload();
-    m_settings = shell::loadMailSettings(m_store);
+    m_settings = platform::loadMailSettings(m_store);
     m_window.setStatusText("");
     ui::BusyScope busy(m_ui);
     const std::string& type = m_window.documentType();
@@ -358,7 +358,7 @@ void DocumentSender::runRows(const RunPlan& plan) {
                     m_window.sentLogText() += record;
                     try {
                         m_folder.appendProgramFile(record, browser::kSentLogFile);
-                    } catch (const qbgateway::FileWriteError& e) {
+                    } catch (const platform::FileWriteError& e) {
                         // Whatever goes out after this is never logged and would be mailed
                         // again by the next run: stop here.
                         logBroken = true;
@@ -405,7 +405,7 @@ bool DocumentSender::sentLogWritable() {
     try {
         m_folder.appendProgramFile("", browser::kSentLogFile);
         return true;
-    } catch (const qbgateway::FileWriteError& e) {
+    } catch (const platform::FileWriteError& e) {
         m_ui.messageBox("Dorvane cannot write the sent log " +
                         m_folder.filePath(browser::kSentLogFile) + " (" + e.description() +
                         "), so nothing was sent: a document mailed now could not be noted as "
@@ -419,7 +419,7 @@ bool DocumentSender::saveSentLog() {
     try {
         m_folder.writeProgramFile(m_window.sentLogText(), browser::kSentLogFile);
         return true;
-    } catch (const qbgateway::FileWriteError& e) {
+    } catch (const platform::FileWriteError& e) {
         m_ui.messageBox("Could not write " + m_folder.filePath(browser::kSentLogFile) + ": " +
                         e.description());
         return false;
@@ -545,7 +545,7 @@ void DocumentSender::showPreview(const std::string& html) {
             "</style>";
         m_folder.writeProgramFile(
             "<html><head>" + style + "</head><body>" + html + "</body></html>", "preview.htm");
-    } catch (const qbgateway::FileWriteError& e) {
+    } catch (const platform::FileWriteError& e) {
         m_ui.messageBox("Could not write " + m_folder.filePath("preview.htm") + ": " +
                         e.description());
         return;

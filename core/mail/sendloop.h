@@ -17,17 +17,17 @@
 #include <string>
 
 #include "mail/mailer.h"
-#include "shell/settings.h"
+#include "platform/settings.h"
 #include "xml/xml.h"
+
+namespace dorvane::platform {
+class ProgramFolder;
+}
 
 namespace dorvane::ui {
 class DocumentWindow;
 class UiPort;
 }  // namespace dorvane::ui
-
-namespace dorvane::qbgateway {
-class ProgramFolder;
-}
 
 namespace dorvane::company {
 class CompanyInfo;
@@ -48,8 +48,9 @@ struct RowOutcome {
 
 class DocumentSender {
 public:
-    DocumentSender(ui::DocumentWindow& window, const qbgateway::ProgramFolder& folder,
-                   shell::SettingsStore& settings, company::CompanyInfo& company, ui::UiPort& ui);
+    DocumentSender(ui::DocumentWindow& window, const platform::ProgramFolder& folder,
+                   platform::SettingsStore& settings, company::CompanyInfo& company,
+                   ui::UiPort& ui);
 
     // Command1: loads the mail settings and runs the send procedure of the type on show.
     void sendSelectedDocuments();
@@ -80,7 +81,7 @@ public:
         m_rowProcessed = std::move(handler);
     }
 
-    const shell::MailSettings& mailSettings() const { return m_settings; }
+    const platform::MailSettings& mailSettings() const { return m_settings; }
     // The status text the last run ended on when it went through its rows ("Invoices sent");
     // empty when it stopped before them.
     const std::string& runEndText() const { return m_runEndText; }
@@ -102,12 +103,12 @@ private:
     MailContext context();
 
     ui::DocumentWindow& m_window;
-    const qbgateway::ProgramFolder& m_folder;
-    shell::SettingsStore& m_store;
+    const platform::ProgramFolder& m_folder;
+    platform::SettingsStore& m_store;
     company::CompanyInfo& m_company;
     ui::UiPort& m_ui;
     Mailer m_mailer;
-    shell::MailSettings m_settings;
+    platform::MailSettings m_settings;
     std::function<void(const RowOutcome&)> m_rowProcessed;
     std::string m_runEndText;
     // Why the last sendDocumentMail sent nothing when the transport did not say.

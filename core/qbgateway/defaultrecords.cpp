@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "qbgateway/defaultrecords.h"
 
+#include "platform/programfolder.h"
 #include "qbgateway/gateway.h"
-#include "qbgateway/programfolder.h"
 #include "qbgateway/response.h"
 
 namespace dorvane::qbgateway {
 
-DefaultRecords::DefaultRecords(const ProgramFolder& folder, Gateway& gateway, ui::UiPort& ui)
+DefaultRecords::DefaultRecords(const platform::ProgramFolder& folder, Gateway& gateway,
+                               ui::UiPort& ui)
     : m_folder(folder), m_gateway(gateway), m_ui(ui) {}
 
 void DefaultRecords::ensureDefaultRecords() {

@@ -5,6 +5,10 @@
 
 #include "xml/xml.h"
 
+namespace dorvane::platform {
+class ProgramFolder;
+}
+
 namespace dorvane::ui {
 class UiPort;
 }
@@ -12,14 +16,13 @@ class UiPort;
 namespace dorvane::qbgateway {
 
 class Gateway;
-class ProgramFolder;
 
 inline constexpr const char* kDefaultAccount = "Uncategorized Expenses";
 inline constexpr const char* kDefaultItem = "Uncategorized Item";
 
 class DefaultRecords {
 public:
-    DefaultRecords(const ProgramFolder& folder, Gateway& gateway, ui::UiPort& ui);
+    DefaultRecords(const platform::ProgramFolder& folder, Gateway& gateway, ui::UiPort& ui);
 
     // Makes sure QuickBooks has the account "Uncategorized Expenses" and the item
     // "Uncategorized Item": one request to look, one more for each that is missing.
@@ -30,7 +33,7 @@ public:
     const xml::Document& itemList() const { return m_itemList; }
 
 private:
-    const ProgramFolder& m_folder;
+    const platform::ProgramFolder& m_folder;
     Gateway& m_gateway;
     ui::UiPort& m_ui;
     xml::Document m_itemList;

@@ -6,7 +6,7 @@
 #include "common/files.h"
 #include "common/memory.h"
 #include "common/text.h"
-#include "qbgateway/programfolder.h"
+#include "platform/programfolder.h"
 #include "ui/uiport.h"
 
 namespace dorvane::qbgateway {
@@ -43,7 +43,7 @@ memory::BackgroundQueue& traceWriter() {
 
 }  // namespace
 
-Gateway::Gateway(const ProgramFolder& folder, ui::UiPort& ui, ProcessorFactory factory)
+Gateway::Gateway(const platform::ProgramFolder& folder, ui::UiPort& ui, ProcessorFactory factory)
     : m_folder(folder), m_ui(ui), m_factory(std::move(factory)) {}
 
 Gateway::~Gateway() {
@@ -102,7 +102,7 @@ std::string Gateway::exchange(const std::string& request, bool askCompanyFile) {
         } else {
             m_ui.messageBox(failureMessage(failed.error));
         }
-    } catch (const FileWriteError& e) {
+    } catch (const platform::FileWriteError& e) {
         m_ui.messageBox(failureMessage(Error{e.code(), e.description()}));
     }
     return {};

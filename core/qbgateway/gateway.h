@@ -16,13 +16,15 @@
 
 #include "qbgateway/requestprocessor.h"
 
+namespace dorvane::platform {
+class ProgramFolder;
+}
+
 namespace dorvane::ui {
 class UiPort;
 }
 
 namespace dorvane::qbgateway {
-
-class ProgramFolder;
 
 inline constexpr const char* kApplicationName = "Dorvane";
 inline constexpr const char* kNoCompanyMessage =
@@ -30,7 +32,7 @@ inline constexpr const char* kNoCompanyMessage =
 
 class Gateway {
 public:
-    Gateway(const ProgramFolder& folder, ui::UiPort& ui, ProcessorFactory factory);
+    Gateway(const platform::ProgramFolder& folder, ui::UiPort& ui, ProcessorFactory factory);
     ~Gateway();
     Gateway(const Gateway&) = delete;
     Gateway& operator=(const Gateway&) = delete;
@@ -61,7 +63,7 @@ public:
 private:
     std::string exchange(const std::string& request, bool askCompanyFile);
 
-    const ProgramFolder& m_folder;
+    const platform::ProgramFolder& m_folder;
     ui::UiPort& m_ui;
     ProcessorFactory m_factory;
     std::string m_currentCompanyFile;

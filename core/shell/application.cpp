@@ -5,9 +5,9 @@
 #include <string_view>
 
 #include "handheld/folderdevice.h"
+#include "platform/programhome.h"
 #include "qbgateway/responsefolder.h"
 #include "qbsandbox/sandbox.h"
-#include "shell/programhome.h"
 
 namespace dorvane::shell {
 
@@ -39,8 +39,8 @@ qbgateway::ProcessorFactory Application::chooseProcessor(const StartOptions& opt
 Application::Application(ui::UiPort& ui, const StartOptions& options,
                          qbgateway::ProcessorFactory factory)
     : m_ui(ui),
-      m_folder(locateProgramHome(options.home), ui),
-      m_settings(SettingsStore::forUser()),
+      m_folder(platform::locateProgramHome(options.home), ui),
+      m_settings(platform::SettingsStore::forUser()),
       m_gateway(m_folder, ui, factory ? std::move(factory) : chooseProcessor(options)),
       m_window(ui, m_folder),
       m_company(ui, m_folder, m_gateway, m_window),

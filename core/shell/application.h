@@ -12,11 +12,11 @@
 #include "handheld/timetracksync.h"
 #include "import/importwindow.h"
 #include "mail/sendloop.h"
+#include "platform/programfolder.h"
+#include "platform/settings.h"
 #include "qbgateway/defaultrecords.h"
 #include "qbgateway/gateway.h"
-#include "qbgateway/programfolder.h"
 #include "shell/mainwindow.h"
-#include "shell/settings.h"
 #include "webconnector/service.h"
 #include "webupdate/webupdate.h"
 
@@ -45,9 +45,9 @@ public:
                 qbgateway::ProcessorFactory factory = {});
 
     ui::UiPort& ui() { return m_ui; }
-    qbgateway::ProgramFolder& folder() { return m_folder; }
+    platform::ProgramFolder& folder() { return m_folder; }
     qbgateway::Gateway& gateway() { return m_gateway; }
-    SettingsStore& settings() { return m_settings; }
+    platform::SettingsStore& settings() { return m_settings; }
     MainWindow& window() { return m_window; }
     company::CompanyInfo& company() { return m_company; }
     qbgateway::DefaultRecords& defaultRecords() { return m_defaults; }
@@ -64,8 +64,8 @@ private:
     qbgateway::ProcessorFactory chooseProcessor(const StartOptions& options);
 
     ui::UiPort& m_ui;
-    qbgateway::ProgramFolder m_folder;
-    SettingsStore m_settings;
+    platform::ProgramFolder m_folder;
+    platform::SettingsStore m_settings;
     std::unique_ptr<webconnector::Service> m_webConnector;
     qbgateway::Gateway m_gateway;
     MainWindow m_window;

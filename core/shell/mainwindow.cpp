@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "shell/mainwindow.h"
 
-#include "qbgateway/programfolder.h"
+#include "platform/programfolder.h"
 #include "qbgateway/templates.h"
 #include "ui/uiport.h"
 
 namespace dorvane::shell {
 
-MainWindow::MainWindow(ui::UiPort& ui, const qbgateway::ProgramFolder& folder)
+MainWindow::MainWindow(ui::UiPort& ui, const platform::ProgramFolder& folder)
     : m_ui(ui), m_folder(folder) {}
 
 void MainWindow::startUp() {

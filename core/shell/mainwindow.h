@@ -17,7 +17,7 @@
 #include "ui/listmodel.h"
 #include "xml/xml.h"
 
-namespace dorvane::qbgateway {
+namespace dorvane::platform {
 class ProgramFolder;
 }
 
@@ -85,7 +85,7 @@ struct MainWindowServices {
 
 class MainWindow final : public ui::DocumentWindow {
 public:
-    MainWindow(ui::UiPort& ui, const qbgateway::ProgramFolder& folder);
+    MainWindow(ui::UiPort& ui, const platform::ProgramFolder& folder);
 
     void setServices(MainWindowServices services) { m_services = std::move(services); }
     void setObserver(MainWindowObserver* observer) { m_observer = observer; }
@@ -148,7 +148,7 @@ private:
     void runLoader(const std::string& type);
 
     ui::UiPort& m_ui;
-    const qbgateway::ProgramFolder& m_folder;
+    const platform::ProgramFolder& m_folder;
     MainWindowServices m_services;
     MainWindowObserver* m_observer = nullptr;
 

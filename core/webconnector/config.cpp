@@ -12,7 +12,7 @@
 #include "common/clock.h"
 #include "common/files.h"
 #include "common/text.h"
-#include "shell/settings.h"
+#include "platform/settings.h"
 #include "webconnector/credentials.h"
 #include "xml/xml.h"
 
@@ -31,7 +31,7 @@ std::optional<int> wholeNumber(std::string_view text, long low, long high) {
     return static_cast<int>(value);
 }
 
-int intSetting(const shell::SettingsStore& store, const char* key, int fallback, int low,
+int intSetting(const platform::SettingsStore& store, const char* key, int fallback, int low,
                int high) {
     return wholeNumber(store.value(kSection, key).value_or(""), low, high).value_or(fallback);
 }
@@ -43,7 +43,7 @@ std::string hostPart(const std::string& host) {
 
 }  // namespace
 
-Connection chosenConnection(const shell::SettingsStore& store, std::string* folder) {
+Connection chosenConnection(const platform::SettingsStore& store, std::string* folder) {
     std::string choice;
     if (const char* env = std::getenv("DORVANE_PROCESSOR"); env && *env) {
         choice = env;
@@ -82,7 +82,7 @@ std::string ServiceSettings::listenText() const {
                           " (this computer only: no certificate is set)";
 }
 
-ServiceSettings ServiceSettings::load(const shell::SettingsStore& store) {
+ServiceSettings ServiceSettings::load(const platform::SettingsStore& store) {
     ServiceSettings s;
     auto text = [&store](const char* key) {
         return std::string(text::trim(store.value(kSection, key).value_or("")));
@@ -124,8 +124,8 @@ std::string thisHostName() {
     return out;
 }
 
-Status ensureIds(shell::SettingsStore& store) {
-    std::vector<shell::SettingsStore::Change> changes;
+Status ensureIds(platform::SettingsStore& store) {
+    std::vector<platform::SettingsStore::Change> changes;
     for (const char* key : {"OwnerID", "FileID"}) {
         if (text::trim(store.value(kSection, key).value_or("")).empty()) {
             changes.push_back({kSection, key, newGuid()});
@@ -134,7 +134,8 @@ Status ensureIds(shell::SettingsStore& store) {
     return changes.empty() ? Status{} : store.setEntries(changes);
 }
 
-Status setUser(shell::SettingsStore& store, const std::string& name, const std::string& password) {
+Status setUser(platform::SettingsStore& store, const std::string& name,
+               const std::string& password) {
     const std::string user(text::trim(name));
     if (user.empty()) {
         return Error{EINVAL, "The user name is empty."};
@@ -149,7 +150,7 @@ Status setUser(shell::SettingsStore& store, const std::string& name, const std::
     return store.setEntries({{kSection, "UserName", user}, {kSection, "PasswordHash", *hash}});
 }
 
-Result<std::string> qwcText(shell::SettingsStore& store) {
+Result<std::string> qwcText(platform::SettingsStore& store) {
     if (Status ids = ensureIds(store); !ids) {
         return ids.error();
     }
@@ -175,7 +176,7 @@ Result<std::string> qwcText(shell::SettingsStore& store) {
     return doc.toString(true, "UTF-8");
 }
 
-Status writeQwc(shell::SettingsStore& store, const std::filesystem::path& file) {
+Status writeQwc(platform::SettingsStore& store, const std::filesystem::path& file) {
     auto text = qwcText(store);
     if (!text) {
         return text.error();
@@ -248,7 +249,7 @@ LogSummary summarizeLog(const std::filesystem::path& log) {
 
 namespace dorvane::webconnector {
 
-ConnectionPreferences ConnectionPreferences::load(const shell::SettingsStore& store) {
+ConnectionPreferences ConnectionPreferences::load(const platform::SettingsStore& store) {
     ConnectionPreferences p;
     p.webConnector = text::equalsIgnoreCase(
         text::trim(store.value("QuickBooks", "Connection").value_or("")), "webconnector");
@@ -262,7 +263,7 @@ ConnectionPreferences ConnectionPreferences::load(const shell::SettingsStore& st
     return p;
 }
 
-Status ConnectionPreferences::save(shell::SettingsStore& store) const {
+Status ConnectionPreferences::save(platform::SettingsStore& store) const {
     if (!wholeNumber(port, 1, 65535)) {
         return Error{EINVAL, "The port must be a number from 1 to 65535."};
     }
@@ -280,7 +281,7 @@ Status ConnectionPreferences::save(shell::SettingsStore& store) const {
     if (!user.empty() && newPassword.empty() && (!hasHash || !sameUser)) {
         return Error{EINVAL, "Give the Web Connector user a password."};
     }
-    std::vector<shell::SettingsStore::Change> changes = {
+    std::vector<platform::SettingsStore::Change> changes = {
         {"QuickBooks", "Connection", webConnector ? "webconnector" : "sandbox"},
         {kSection, "Port", std::string(text::trim(port))},
         {kSection, "Host", std::string(text::trim(host))},

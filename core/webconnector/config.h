@@ -15,7 +15,7 @@
 
 #include "common/result.h"
 
-namespace dorvane::shell {
+namespace dorvane::platform {
 class SettingsStore;
 }
 
@@ -31,7 +31,7 @@ enum class Connection { Sandbox, WebConnector, ResponseFolder };
 // Which request processor the program uses: $DORVANE_PROCESSOR ("sandbox", "webconnector" or
 // "responses:DIR") when set, else the QuickBooks/Connection setting; anything else is the
 // sandbox. `folder` receives DIR for a response folder.
-Connection chosenConnection(const shell::SettingsStore& store, std::string* folder = nullptr);
+Connection chosenConnection(const platform::SettingsStore& store, std::string* folder = nullptr);
 
 struct ServiceSettings {
     int port = 8438;
@@ -57,22 +57,23 @@ struct ServiceSettings {
     // Where the service listens, for people: "https://0.0.0.0:8438/qbwc".
     std::string listenText() const;
 
-    static ServiceSettings load(const shell::SettingsStore& store);
+    static ServiceSettings load(const platform::SettingsStore& store);
 };
 
 // This computer's fully qualified name, for the .qwc when no Host is set.
 std::string thisHostName();
 
 // Makes OwnerID and FileID once and keeps them in the settings.
-Status ensureIds(shell::SettingsStore& store);
+Status ensureIds(platform::SettingsStore& store);
 
 // Sets the Web Connector user: the name and a salted slow hash of the password.
-Status setUser(shell::SettingsStore& store, const std::string& name, const std::string& password);
+Status setUser(platform::SettingsStore& store, const std::string& name,
+               const std::string& password);
 
 // The .qwc file to add to the Web Connector. Needs a user (else fails with the reason);
 // makes the GUIDs when they are missing.
-Result<std::string> qwcText(shell::SettingsStore& store);
-Status writeQwc(shell::SettingsStore& store, const std::filesystem::path& file);
+Result<std::string> qwcText(platform::SettingsStore& store);
+Status writeQwc(platform::SettingsStore& store, const std::filesystem::path& file);
 
 // Appends one event to the service's log: "YYYY-MM-DD HH:MM:SS keyword: text".
 void logEvent(const std::filesystem::path& log, const std::string& keyword,
@@ -106,11 +107,11 @@ struct ConnectionPreferences {
     // A new password for the user; empty keeps the stored one.
     std::string newPassword;
 
-    static ConnectionPreferences load(const shell::SettingsStore& store);
+    static ConnectionPreferences load(const platform::SettingsStore& store);
     // Checks the values and writes them; the password only as its hash. A value that does
     // not make sense (a port that is no number, a user without a password) fails with a
     // sentence for the person and writes nothing.
-    Status save(shell::SettingsStore& store) const;
+    Status save(platform::SettingsStore& store) const;
 };
 
 }  // namespace dorvane::webconnector

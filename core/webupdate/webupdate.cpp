@@ -4,11 +4,11 @@
 #include <algorithm>
 
 #include "common/text.h"
+#include "platform/programfolder.h"
+#include "platform/settings.h"
 #include "qbgateway/gateway.h"
-#include "qbgateway/programfolder.h"
 #include "qbgateway/response.h"
 #include "qbgateway/templates.h"
-#include "shell/settings.h"
 #include "ui/documentwindow.h"
 #include "ui/uiport.h"
 #include "webupdate/httppost.h"
@@ -30,12 +30,13 @@ const ItemKind* itemKindNamed(std::string_view name) {
     return nullptr;
 }
 
-std::string siteAddress(const shell::SettingsStore& settings) {
+std::string siteAddress(const platform::SettingsStore& settings) {
     return std::string(text::trim(settings.get("Web", "UpdateURL")));
 }
 
-WebUpdater::WebUpdater(ui::DocumentWindow& window, const qbgateway::ProgramFolder& folder,
-                       qbgateway::Gateway& gateway, shell::SettingsStore& settings, ui::UiPort& ui)
+WebUpdater::WebUpdater(ui::DocumentWindow& window, const platform::ProgramFolder& folder,
+                       qbgateway::Gateway& gateway, platform::SettingsStore& settings,
+                       ui::UiPort& ui)
     : m_window(window), m_folder(folder), m_gateway(gateway), m_settings(settings), m_ui(ui) {}
 
 bool WebUpdater::listItems(const ItemKind& kind) {
@@ -192,7 +193,7 @@ void WebUpdater::showResultPage(const UpdateReport& report) {
     page += "</body></html>";
     try {
         m_folder.writeProgramFile(page, kResultPage);
-    } catch (const qbgateway::FileWriteError& e) {
+    } catch (const platform::FileWriteError& e) {
         m_ui.messageBox("Could not write " + m_folder.filePath(kResultPage) + ": " +
                         e.description());
         return;

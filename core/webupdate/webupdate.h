@@ -14,14 +14,14 @@
 #include <string_view>
 #include <vector>
 
+namespace dorvane::platform {
+class ProgramFolder;
+class SettingsStore;
+}  // namespace dorvane::platform
+
 namespace dorvane::qbgateway {
 class Gateway;
-class ProgramFolder;
 }  // namespace dorvane::qbgateway
-
-namespace dorvane::shell {
-class SettingsStore;
-}
 
 namespace dorvane::ui {
 class DocumentWindow;
@@ -58,7 +58,7 @@ inline constexpr const char* kNoAccess = "Could not access the company file";
 const ItemKind* itemKindNamed(std::string_view name);
 
 // The web site's address from the settings ("Web" / "UpdateURL"), trimmed; "" for none.
-std::string siteAddress(const shell::SettingsStore& settings);
+std::string siteAddress(const platform::SettingsStore& settings);
 
 inline constexpr const char* kResultPage = "webupdate.htm";
 
@@ -81,8 +81,8 @@ struct UpdateReport {
 
 class WebUpdater {
 public:
-    WebUpdater(ui::DocumentWindow& window, const qbgateway::ProgramFolder& folder,
-               qbgateway::Gateway& gateway, shell::SettingsStore& settings, ui::UiPort& ui);
+    WebUpdater(ui::DocumentWindow& window, const platform::ProgramFolder& folder,
+               qbgateway::Gateway& gateway, platform::SettingsStore& settings, ui::UiPort& ui);
 
     // A Web-Update menu entry: the window switches to the update mode and lists the items of
     // the kind, each ticked. False when QuickBooks' answer could not be used.
@@ -101,9 +101,9 @@ private:
     void showResultPage(const UpdateReport& report);
 
     ui::DocumentWindow& m_window;
-    const qbgateway::ProgramFolder& m_folder;
+    const platform::ProgramFolder& m_folder;
     qbgateway::Gateway& m_gateway;
-    shell::SettingsStore& m_settings;
+    platform::SettingsStore& m_settings;
     ui::UiPort& m_ui;
     const ItemKind* m_kind = nullptr;
     std::function<void(int, bool, const std::string&)> m_itemDone;

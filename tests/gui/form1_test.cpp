@@ -21,7 +21,7 @@
 #include "gui/mainwindowview.h"
 #include "gui/qtuiport.h"
 #include "guitestsupport.h"
-#include "qbgateway/programfolder.h"
+#include "platform/programfolder.h"
 #include "qbsandbox/state.h"
 #include "shell/application.h"
 #include "support/testsupport.h"
@@ -449,7 +449,7 @@ void Form1Test::dialog3StoresTheChosenEntriesOnOkOnly() {
                             "Accountlist=1 [Expense] Uncategorized Expenses"));
     QVERIFY(boxes.texts.isEmpty());
 
-    shell::SettingsStore stored = shell::SettingsStore::forUser();
+    platform::SettingsStore stored = platform::SettingsStore::forUser();
     const std::string term = lists.selectAll("//TermsQueryRs/*/Name").at(1).text();
     const xml::Node firstAccount = lists.selectOne("//AccountRet");
     const std::string account =

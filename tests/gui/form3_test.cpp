@@ -436,7 +436,7 @@ void Form3Test::webConnectorWaitShowsInBothStatusBarsAndCancels() {
     writeFile(config / "dorvane" / "DV01.ini",
               "[QuickBooks]\nConnection=webconnector\n[WebConnector]\nPort=0\nWaitSeconds=30\n");
     if (stalled) {
-        shell::SettingsStore store(config / "dorvane" / "DV01.ini");
+        platform::SettingsStore store(config / "dorvane" / "DV01.ini");
         QVERIFY(webconnector::setUser(store, "office", "secret"));
     }
     ScopedEnvironment useConfig("XDG_CONFIG_HOME", config.path().string());

@@ -29,8 +29,8 @@
 #include "gui/mainwindowview.h"
 #include "guitestsupport.h"
 #include "mail/preferences.h"
+#include "platform/settings.h"
 #include "shell/application.h"
-#include "shell/settings.h"
 #include "support/mailservers.h"
 #include "support/testsupport.h"
 #include "xml/xml.h"
@@ -180,14 +180,14 @@ private:
     }
     // A value as the settings file on disk holds it now.
     std::string stored(const char* section, const char* key) const {
-        return shell::SettingsStore(m_file).get(section, key);
+        return platform::SettingsStore(m_file).get(section, key);
     }
     xml::Node record() const { return m_document.selectOne("/CompanyInfo/CompanyRet"); }
 
     std::unique_ptr<TempDir> m_dir;
     std::filesystem::path m_file;
     std::unique_ptr<gui::QtUiPort> m_ui;
-    std::unique_ptr<shell::SettingsStore> m_store;
+    std::unique_ptr<platform::SettingsStore> m_store;
     xml::Document m_document;
 };
 
@@ -213,7 +213,7 @@ void QtUiPortTest::useSettings(const std::string& ini) {
     if (!ini.empty()) {
         writeFile(m_file, ini);
     }
-    m_store = std::make_unique<shell::SettingsStore>(m_file);
+    m_store = std::make_unique<platform::SettingsStore>(m_file);
     gui::registerDialogs(*m_ui, *m_store);
 }
 
@@ -531,7 +531,7 @@ void QtUiPortTest::parameterMenuOpensWhatTheFileHoldsNow() {
     });
     view.findChild<QAction*>(QStringLiteral("Parameter"))->trigger();
     QCOMPARE(shown, QStringLiteral("second.example.com"));
-    QCOMPARE(shell::SettingsStore(userFile).get("SMTP", "Port"), std::string("2525"));
+    QCOMPARE(platform::SettingsStore(userFile).get("SMTP", "Port"), std::string("2525"));
 }
 
 // ---- the QuickBooks connection page --------------------------------------------------------

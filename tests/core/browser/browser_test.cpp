@@ -10,8 +10,8 @@
 #include "common/text.h"
 #include "company/companyeditor.h"
 #include "company/companyinfo.h"
+#include "platform/programfolder.h"
 #include "qbgateway/gateway.h"
-#include "qbgateway/programfolder.h"
 #include "qbgateway/responsefolder.h"
 #include "support/testsupport.h"
 #include "ui/documentwindow.h"
@@ -159,7 +159,7 @@ protected:
     TempDir home;
     ScriptedUi ui;
     Recorder recorder;
-    qbgateway::ProgramFolder folder;
+    platform::ProgramFolder folder;
     qbgateway::Gateway gateway;
     ListWindow window;
     company::CompanyInfo company;

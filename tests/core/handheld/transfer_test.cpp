@@ -6,7 +6,7 @@
 
 #include "handheld/folderdevice.h"
 #include "handheld/pocketpc.h"
-#include "qbgateway/programfolder.h"
+#include "platform/programfolder.h"
 #include "support/testsupport.h"
 
 namespace dorvane::handheld {
@@ -57,7 +57,7 @@ protected:
     fs::path program = home / "program";
     fs::path deviceRoot = home / "device";
     test::ScriptedUi ui;
-    qbgateway::ProgramFolder folder{program, ui};
+    platform::ProgramFolder folder{program, ui};
     FolderDevice device{deviceRoot};
 };
 

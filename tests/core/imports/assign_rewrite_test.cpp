@@ -129,7 +129,7 @@ TEST(ItemAssignmentByLookup, KeepsNamesTheListsKnow) {
 
 TEST(ImportSettings, DefaultsAndTheAccountNameBehindTheType) {
     TempDir dir;
-    shell::SettingsStore store(dir / "DV01.ini");
+    platform::SettingsStore store(dir / "DV01.ini");
     const ImportSettings defaults = loadImportSettings(store);
     EXPECT_EQ(defaults.importItemName, "Uncategorized Expenses");
     EXPECT_EQ(defaults.importItemGroupName, "Uncategorized Expense Group");
@@ -174,7 +174,7 @@ const char* kLists =
 
 TEST(ImportPreferences, ListsSelectTheStoredEntryAndOkWritesTheSelection) {
     TempDir dir;
-    shell::SettingsStore store(dir / "DV01.ini");
+    platform::SettingsStore store(dir / "DV01.ini");
     ASSERT_TRUE(store.set("Import", "Item", "Consulting").ok());
     ASSERT_TRUE(store.set("Import", "Term", "net 30").ok());  // case differs: no match
     auto lists = xml::Document::parse(kLists);
@@ -196,7 +196,7 @@ TEST(ImportPreferences, ListsSelectTheStoredEntryAndOkWritesTheSelection) {
     model.Accountlist.selected = 0;
     model.IgnoreAuthNetCust = true;
     ASSERT_TRUE(model.save(store).ok());
-    shell::SettingsStore again(dir / "DV01.ini");
+    platform::SettingsStore again(dir / "DV01.ini");
     EXPECT_EQ(again.get("Import", "Item"), "Consulting");
     EXPECT_EQ(again.get("Import", "ItemGroup"), "Kit");
     EXPECT_EQ(again.get("Import", "Term"), "Due on receipt");  // the first entry stood

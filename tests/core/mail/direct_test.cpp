@@ -6,7 +6,7 @@
 #include "mail/mailer.h"
 #include "mail/mxresolver.h"
 #include "mailrun.h"
-#include "shell/settings.h"
+#include "platform/settings.h"
 #include "support/mailservers.h"
 
 namespace dorvane::mail {
@@ -108,7 +108,7 @@ TEST(MailTransport, TheStoredServerAndLoginAreReadWhenTheRunStarts) {
     options.authRequired = true;
     test::SmtpTestServer server(options);
     MailRun run;
-    shell::SettingsStore store(run.dir / "DV01.ini");
+    platform::SettingsStore store(run.dir / "DV01.ini");
     // The dialog writes "Pwd"; the transport reads "pwd".
     ASSERT_TRUE(store
                     .setAll("SMTP", {{"Hostname", "127.0.0.1"},
@@ -129,7 +129,7 @@ TEST(MailTransport, TheStoredServerAndLoginAreReadWhenTheRunStarts) {
 TEST(MailTransport, OutlookAndDirectDeliveryConnectNothingAtTheStart) {
     test::SmtpTestServer server;
     MailRun run;
-    shell::SettingsStore store(run.dir / "DV01.ini");
+    platform::SettingsStore store(run.dir / "DV01.ini");
     ASSERT_TRUE(
         store.setAll("SMTP", {{"Hostname", "127.0.0.1"}, {"Port", server.portText()}}).ok());
     Mailer mailer;

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "mail/mailer.h"
-#include "qbgateway/programfolder.h"
-#include "shell/settings.h"
+#include "platform/programfolder.h"
+#include "platform/settings.h"
 #include "support/testsupport.h"
 
 namespace dorvane::test {
@@ -16,8 +16,8 @@ namespace dorvane::test {
 struct MailRun {
     TempDir dir;
     ScriptedUi ui;
-    qbgateway::ProgramFolder folder{dir.path(), ui};
-    shell::MailSettings settings;
+    platform::ProgramFolder folder{dir.path(), ui};
+    platform::MailSettings settings;
     std::vector<std::string> statuses;
     bool preview = false;
 

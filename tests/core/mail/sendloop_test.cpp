@@ -79,7 +79,7 @@ protected:
     }
     // Lists three invoices under `settings`; the third customer has no address unless one is
     // given.
-    void listInvoices(const std::vector<shell::SettingsStore::Change>& settings = {},
+    void listInvoices(const std::vector<platform::SettingsStore::Change>& settings = {},
                       const std::string& thirdEmail = "") {
         ASSERT_TRUE(app.settings().setEntries(settings).ok());
         answer("InvoiceQueryRs.xml",
@@ -206,7 +206,7 @@ TEST_F(SendLoopTest, ARefusedMessageStaysCheckedAndTheRunGoesOn) {
 // Which rows go out, and to whom, under the recipient settings.
 struct RecipientCase {
     const char* name;
-    std::vector<shell::SettingsStore::Change> settings;
+    std::vector<platform::SettingsStore::Change> settings;
     bool checkRowWithoutAddress;
     std::vector<std::vector<std::string>> envelopes;  // one per message, in row order
     std::vector<std::string> boxes;
@@ -255,7 +255,7 @@ TEST_F(SendLoopTest, RecipientSettingsDecideWhoGetsEachMessage) {
     for (const RecipientCase& c : cases) {
         SCOPED_TRACE(c.name);
         useServer();
-        std::vector<shell::SettingsStore::Change> changes = {
+        std::vector<platform::SettingsStore::Change> changes = {
             {"Settings", "BCC", "0"},  {"Settings", "BCCAdr", ""},   {"Settings", "alwaysBCC", "0"},
             {"Settings", "Test", "0"}, {"Settings", "EmailAdr", ""},
         };

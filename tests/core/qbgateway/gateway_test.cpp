@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "qbgateway/programfolder.h"
+#include "platform/programfolder.h"
 #include "qbgateway/responsefolder.h"
 #include "support/testsupport.h"
 
@@ -93,7 +93,7 @@ protected:
     TempDir dir;
     ScriptedUi ui;
     Journal journal;
-    ProgramFolder folder;
+    platform::ProgramFolder folder;
     Gateway gateway;
 };
 
@@ -222,7 +222,7 @@ TEST_F(GatewayTest, CompanyFileChangeReloadsOnlyOnARealSwitch) {
 TEST(ResponseFolder, AnswersByRequestNameAndFailsOnRequest) {
     TempDir dir;
     ScriptedUi ui;
-    ProgramFolder folder(dir.path(), ui);
+    platform::ProgramFolder folder(dir.path(), ui);
     std::filesystem::create_directory(dir / "qb");
     test::writeFile(dir / "qb" / "InvoiceQueryRs.xml", "<invoices/>");
     test::writeFile(dir / "qb" / "default.xml", "<default/>");

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "qbgateway/programfolder.h"
+#include "platform/programfolder.h"
 #include "support/testsupport.h"
 
 namespace dorvane::shell {
@@ -24,7 +24,7 @@ protected:
     }
 
     test::ScriptedUi ui;
-    qbgateway::ProgramFolder folder;
+    platform::ProgramFolder folder;
     MainWindow window;
     std::vector<std::string> journal;
 };

@@ -48,7 +48,7 @@ protected:
     void startDorvane(bool hold = true, int waitSeconds = 20,
                       std::chrono::milliseconds pollWait = std::chrono::milliseconds(300),
                       int answerSeconds = 600) {
-        shell::SettingsStore store(home / "cfg" / "service.ini");
+        platform::SettingsStore store(home / "cfg" / "service.ini");
         ASSERT_TRUE(
             store
                 .setEntries(
@@ -412,7 +412,7 @@ TEST_F(WebConnectorTest, RefusesMalformedAndHostileMessages) {
 
 // The password is kept only as a salted slow hash; the .qwc names the service and the user.
 TEST_F(WebConnectorTest, UserAndQwcFile) {
-    shell::SettingsStore store(home / "cfg" / "s.ini");
+    platform::SettingsStore store(home / "cfg" / "s.ini");
     ASSERT_TRUE(webconnector::setUser(store, "office", "correct horse"));
     const std::string ini = test::readFile(store.file());
     EXPECT_EQ(ini.find("correct horse"), std::string::npos);

@@ -1,16 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Program-folder files and request templates.
+// Program-folder files.
 #include <csignal>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 
 #include "common/files.h"
-#include "qbgateway/programfolder.h"
-#include "qbgateway/templates.h"
+#include "platform/programfolder.h"
 #include "support/testsupport.h"
 
-namespace dorvane::qbgateway {
+namespace dorvane::platform {
 namespace {
 
 using test::ScriptedUi;
@@ -120,26 +119,5 @@ TEST_F(ProgramFolderTest, AFailedWriteIntoAFolderInTheWayThrows) {
     EXPECT_TRUE(std::filesystem::is_directory(dir / "busy.log"));
 }
 
-TEST(Templates, DateMacroFillsEveryPlaceholder) {
-    EXPECT_EQ(buildDateMacro("LastFiscalQuarter"), "<DateMacro>LastFiscalQuarter</DateMacro>");
-    EXPECT_EQ(buildDateMacro("ALL"), "");
-    const std::string twice = "<A><DateMacro></DateMacro></A><B><DateMacro></DateMacro></B>";
-    EXPECT_EQ(fillDateMacro(twice, "LastWeek"),
-              "<A><DateMacro>LastWeek</DateMacro></A><B><DateMacro>LastWeek</DateMacro></B>");
-    EXPECT_EQ(fillDateMacro(twice, "ALL"), "<A></A><B></B>");
-    EXPECT_EQ(fillDateMacro("<NoFilter/>", "LastWeek"), "<NoFilter/>");
-    // The placeholder is matched exactly, case and all.
-    EXPECT_EQ(fillDateMacro("<datemacro></datemacro>", "LastWeek"), "<datemacro></datemacro>");
-}
-
-TEST(Templates, ListIdPlaceholderTakesAnIdOrTheWholeList) {
-    const std::string t = "<CustomerQueryRq><ListID>IDTYPE</ListID></CustomerQueryRq>";
-    EXPECT_EQ(fillListId(t, "80000001-1193754437"),
-              "<CustomerQueryRq><ListID>80000001-1193754437</ListID></CustomerQueryRq>");
-    // An empty id still filters (on nothing); only the whole-list fill drops the filter.
-    EXPECT_EQ(fillListId(t, ""), "<CustomerQueryRq><ListID></ListID></CustomerQueryRq>");
-    EXPECT_EQ(fillWholeList(t), "<CustomerQueryRq></CustomerQueryRq>");
-}
-
 }  // namespace
-}  // namespace dorvane::qbgateway
+}  // namespace dorvane::platform

@@ -18,7 +18,7 @@
 #include <string>
 #include <vector>
 
-namespace dorvane::shell {
+namespace dorvane::platform {
 
 // The manifest of the shipped versions, inside the program folder: one line per file, the
 // SHA-256 of the version last seeded, two blanks, the file's path relative to the folder.
@@ -55,4 +55,4 @@ HomeReport prepareProgramHome(const std::filesystem::path& home,
 // folder.
 HomeReport setUpProgramHome(const std::string& homeOption);
 
-}  // namespace dorvane::shell
+}  // namespace dorvane::platform

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "shell/programhome.h"
+#include "platform/programhome.h"
 
 #include <algorithm>
 #include <array>
@@ -11,7 +11,7 @@
 
 #include "common/files.h"
 
-namespace dorvane::shell {
+namespace dorvane::platform {
 namespace fs = std::filesystem;
 
 namespace {
@@ -252,4 +252,4 @@ HomeReport setUpProgramHome(const std::string& homeOption) {
     return prepareProgramHome(locateProgramHome(homeOption), locateShippedFiles(), legacy);
 }
 
-}  // namespace dorvane::shell
+}  // namespace dorvane::platform

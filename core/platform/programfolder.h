@@ -12,7 +12,7 @@ namespace dorvane::ui {
 class UiPort;
 }
 
-namespace dorvane::qbgateway {
+namespace dorvane::platform {
 
 // Thrown by writeProgramFile when the file cannot be written; the caller's own error
 // handling decides what the person is told. `code` is the errno value.
@@ -59,4 +59,4 @@ private:
     ui::UiPort& m_ui;
 };
 
-}  // namespace dorvane::qbgateway
+}  // namespace dorvane::platform

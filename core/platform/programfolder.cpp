@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "qbgateway/programfolder.h"
+#include "platform/programfolder.h"
 
 #include <cerrno>
 #include <cstring>
@@ -8,7 +8,7 @@
 #include "common/files.h"
 #include "ui/uiport.h"
 
-namespace dorvane::qbgateway {
+namespace dorvane::platform {
 
 ProgramFolder::ProgramFolder(std::filesystem::path folder, ui::UiPort& ui)
     : m_folder(folder.string()), m_ui(ui) {
@@ -68,4 +68,4 @@ void ProgramFolder::appendProgramFile(std::string_view text, std::string_view na
     }
 }
 
-}  // namespace dorvane::qbgateway
+}  // namespace dorvane::platform

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The per-user settings store and the mail settings read from it.
-#include "shell/settings.h"
+#include "platform/settings.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include "support/testsupport.h"
 
-namespace dorvane::shell {
+namespace dorvane::platform {
 namespace {
 
 using test::TempDir;
@@ -104,4 +104,4 @@ TEST(MailSettings, AFreshInstallationSendsPlainlyAndEveryKeyReachesItsField) {
 }
 
 }  // namespace
-}  // namespace dorvane::shell
+}  // namespace dorvane::platform

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The user's program folder: where it is, how it is seeded and kept in step with a release.
-#include "shell/programhome.h"
+#include "platform/programhome.h"
 
 #include <cstdlib>
 #include <gtest/gtest.h>
@@ -8,7 +8,7 @@
 
 #include "support/testsupport.h"
 
-namespace dorvane::shell {
+namespace dorvane::platform {
 namespace {
 
 namespace fs = std::filesystem;
@@ -140,4 +140,4 @@ TEST(ProgramHomeLocation, OptionThenEnvironmentThenXdgThenHome) {
 }
 
 }  // namespace
-}  // namespace dorvane::shell
+}  // namespace dorvane::platform

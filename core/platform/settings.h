@@ -18,7 +18,7 @@
 
 #include "common/result.h"
 
-namespace dorvane::shell {
+namespace dorvane::platform {
 
 inline constexpr const char* kApplicationKey = "DV01";
 
@@ -146,4 +146,4 @@ struct MailSettings {
 // Reads the mail settings, with their defaults, in the order a send run reads them.
 MailSettings loadMailSettings(const SettingsStore& store);
 
-}  // namespace dorvane::shell
+}  // namespace dorvane::platform

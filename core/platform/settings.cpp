@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "shell/settings.h"
+#include "platform/settings.h"
 
 #include <cstdlib>
 
 #include "common/files.h"
 #include "common/text.h"
 
-namespace dorvane::shell {
+namespace dorvane::platform {
 namespace {
 
 // Values are kept on one line: backslash, CR and LF are written as escapes.
@@ -240,4 +240,4 @@ MailSettings loadMailSettings(const SettingsStore& store) {
     return m;
 }
 
-}  // namespace dorvane::shell
+}  // namespace dorvane::platform
