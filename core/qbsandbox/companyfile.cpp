@@ -528,14 +528,6 @@ std::optional<ListRecord> CompanyFile::firstListOfKind(std::string_view kind,
     return std::nullopt;
 }
 
-void CompanyFile::updateListFields(const ListRecord& r) {
-    auto s = prepare("UPDATE lists SET fields = ?, is_active = ? WHERE list_id = ?");
-    s.bind(1, encodeFields(r.fields))
-        .bind(2, static_cast<std::int64_t>(r.active))
-        .bind(3, r.listId);
-    s.step();
-}
-
 void CompanyFile::insertTxn(TxnRecord& r) {
     if (r.created == 0) {
         r.created = now();

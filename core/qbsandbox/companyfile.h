@@ -161,7 +161,6 @@ public:
     std::optional<ListRecord> listByName(std::string_view kindOrSpace, std::string_view fullName);
     std::optional<ListRecord> firstListOfKind(std::string_view kind, std::string_view field = {},
                                               std::string_view value = {});
-    void updateListFields(const ListRecord& record);
 
     void insertTxn(TxnRecord& record);
     std::optional<TxnRecord> txnById(std::string_view txnId, bool withLines = true);
