@@ -509,6 +509,309 @@ void applyPayment(RequestContext& ctx, TxnRecord& payment, const std::string& cu
     (void)payment;
 }
 
+// Fills `key` unless the request gave it.
+void setDefault(Fields& f, std::string_view key, std::string value) {
+    if (!findField(f, key)) {
+        setField(f, key, std::move(value));
+    }
+}
+
+// Takes `key` from the referenced record (a customer's terms, say) unless the request gave it.
+void inherit(Fields& f, std::string_view key, const ListRecord* from) {
+    if (findField(f, key) || !from) {
+        return;
+    }
+    if (const std::string* value = findField(from->fields, key)) {
+        setField(f, key, *value);
+    }
+}
+
+struct Effect {
+    std::string listId;
+    std::int64_t delta;
+};
+
+// One transaction add while it is being built: the request's fields with their references
+// resolved, the line elements still to build and what saving it changes elsewhere.
+struct TxnAdd {
+    RequestContext& ctx;
+    Collector& refs;
+    Fields& f;
+    std::vector<xml::Node>& lineNodes;
+    TxnRecord& t;
+    std::vector<Effect> effects;
+    std::vector<std::pair<std::string, std::int64_t>> applications;  // invoice, cents
+
+    const ListRecord* resolved(const char* ref) const {
+        auto it = refs.resolved.find(ref);
+        return it == refs.resolved.end() ? nullptr : &it->second;
+    }
+    LineTotals buildLines(LineMode mode) {
+        return qbsandbox::buildLines(ctx, t.type, lineNodes, mode, t.lines);
+    }
+    void assignRefNumber() {
+        if (t.refNumber.empty()) {
+            t.refNumber = nextRefNumber(ctx, t.type);
+        }
+    }
+    // The transaction's own total on its name and on the account it posts to.
+    void post(std::int64_t cents) {
+        effects.push_back({t.entityId, cents});
+        effects.push_back({t.accountId, cents});
+    }
+};
+
+// Invoices and credit memos: receivables with terms and a due date.
+void receivableDefaults(TxnAdd& a, const ListRecord* customer) {
+    Fields& f = a.f;
+    setDefault(f, "ARAccountRef", accountOfType(a.ctx, "AccountsReceivable"));
+    a.t.accountId = fieldOr(f, "ARAccountRef");
+    inherit(f, "TermsRef", customer);
+    if (!findField(f, "DueDate")) {
+        setField(f, "DueDate", dueDate(a.ctx, a.t.txnDate, fieldOr(f, "TermsRef"), 0).text());
+    }
+    setDefault(f, "IsPending", "false");
+    if (a.t.type == "Invoice") {
+        setField(f, "IsFinanceCharge", "false");
+    }
+}
+
+// The customer's sales tax item at its rate, on the taxable lines.
+Decimal salesTax(TxnAdd& a, const ListRecord* customer, Decimal taxable) {
+    inherit(a.f, "ItemSalesTaxRef", customer);
+    Decimal tax;
+    if (const std::string* taxItemId = findField(a.f, "ItemSalesTaxRef")) {
+        if (auto taxItem = a.ctx.file.listById(*taxItemId)) {
+            Decimal rate = decimalField(taxItem->fields, "TaxRate");
+            setField(a.f, "SalesTaxPercentage", rate.price());
+            tax = taxable.times(rate)
+                      .dividedBy(Decimal::fromUnits(100 * Decimal::kScale))
+                      .roundedToCents();
+        }
+    }
+    return tax;
+}
+
+// Invoice, SalesReceipt, Estimate, CreditMemo.
+void addSale(TxnAdd& a) {
+    const std::string& type = a.t.type;
+    Fields& f = a.f;
+    const ListRecord* customer = a.resolved("CustomerRef");
+    if (type == "Estimate" &&
+        !preferenceOn(a.ctx.file, "JobsAndEstimatesPreferences/IsUsingEstimates", true)) {
+        failWith(3250, kFeatureOff);
+    }
+    a.assignRefNumber();
+    LineTotals totals = a.buildLines(LineMode::Sales);
+    if (customer) {
+        a.t.entityId = customer->listId;
+        if (!findField(f, "BillAddress/Addr1")) {
+            copyPrefix(customer->fields, "BillAddress/", f, "BillAddress/");
+        }
+    }
+    if (type == "Invoice" || type == "CreditMemo") {
+        receivableDefaults(a, customer);
+    } else if (type == "Estimate") {
+        if (a.ctx.version >= 30) {
+            setDefault(f, "IsActive", "true");
+        }
+    } else {
+        setDefault(f, "DepositToAccountRef",
+                   accountOfType(a.ctx, "OtherCurrentAsset", "Undeposited Funds"));
+        a.t.accountId = fieldOr(f, "DepositToAccountRef");
+    }
+    Decimal tax = salesTax(a, customer, totals.taxable);
+    setField(f, "Subtotal", totals.total.amount());
+    setField(f, "SalesTaxTotal", tax.amount());
+    Decimal total = totals.total + tax;
+    a.t.totalCents = total.cents();
+    if (type != "Invoice") {
+        setField(f, "TotalAmount", total.amount());
+    }
+    if (type == "Invoice" || type == "CreditMemo") {
+        a.t.openCents = a.t.totalCents;
+        a.post(type == "Invoice" ? a.t.totalCents : -a.t.totalCents);
+    } else if (type == "SalesReceipt") {
+        a.effects.push_back({a.t.accountId, a.t.totalCents});
+    }
+    if (type != "Estimate") {
+        setDefault(f, "IsToBePrinted", "false");
+    }
+    if (a.ctx.version >= 60) {
+        setDefault(f, "IsToBeEmailed", "false");
+    }
+}
+
+void addPurchaseOrder(TxnAdd& a) {
+    Fields& f = a.f;
+    LineTotals totals = a.buildLines(LineMode::Order);
+    a.t.entityId = fieldOr(f, "VendorRef");
+    if (const ListRecord* vendor = a.resolved("VendorRef");
+        vendor && !findField(f, "VendorAddress/Addr1")) {
+        copyPrefix(vendor->fields, "VendorAddress/", f, "VendorAddress/");
+    }
+    a.assignRefNumber();
+    setField(f, "TotalAmount", totals.total.amount());
+    setField(f, "IsManuallyClosed", "false");
+    setField(f, "IsFullyReceived", "false");
+    setDefault(f, "IsToBePrinted", "false");
+    a.t.totalCents = totals.total.cents();
+}
+
+void billDefaults(TxnAdd& a, const LineTotals& totals) {
+    Fields& f = a.f;
+    const ListRecord& vendor = a.refs.resolved.at("VendorRef");
+    a.t.entityId = vendor.listId;
+    setDefault(f, "APAccountRef", accountOfType(a.ctx, "AccountsPayable"));
+    a.t.accountId = fieldOr(f, "APAccountRef");
+    inherit(f, "TermsRef", &vendor);
+    if (!findField(f, "DueDate")) {
+        int days = std::stoi(
+            a.ctx.file.setting("Preferences/PurchasesAndVendorsPreferences/DaysBillsAreDue", "10"));
+        setField(f, "DueDate", dueDate(a.ctx, a.t.txnDate, fieldOr(f, "TermsRef"), days).text());
+    }
+    setField(f, "AmountDue", totals.total.amount());
+    a.t.openCents = a.t.totalCents;
+    a.post(a.t.totalCents);
+}
+
+// Bill, Check, CreditCardCharge: expense and item lines.
+void addPurchase(TxnAdd& a) {
+    LineTotals totals = a.buildLines(LineMode::Purchase);
+    a.t.totalCents = totals.total.cents();
+    if (a.t.type == "Bill") {
+        billDefaults(a, totals);
+    } else {
+        a.t.entityId = fieldOr(a.f, "PayeeEntityRef");
+        a.t.accountId = fieldOr(a.f, "AccountRef");
+        setField(a.f, "Amount", totals.total.amount());
+        if (a.t.type == "Check") {
+            setDefault(a.f, "IsToBePrinted", "false");
+            a.effects.push_back({a.t.accountId, -a.t.totalCents});
+        } else {
+            a.effects.push_back({a.t.accountId, a.t.totalCents});
+        }
+    }
+    for (const auto& line : a.t.lines) {
+        if (line.kind == "ExpenseLineRet") {
+            a.effects.push_back(
+                {fieldOr(line.fields, "AccountRef"), decimalField(line.fields, "Amount").cents()});
+        }
+    }
+}
+
+void addPayment(TxnAdd& a) {
+    Fields& f = a.f;
+    TxnRecord& t = a.t;
+    t.entityId = fieldOr(f, "CustomerRef");
+    setDefault(f, "ARAccountRef", accountOfType(a.ctx, "AccountsReceivable"));
+    setDefault(f, "DepositToAccountRef",
+               accountOfType(a.ctx, "OtherCurrentAsset", "Undeposited Funds"));
+    t.accountId = fieldOr(f, "ARAccountRef");
+    bool autoApply = take(f, "IsAutoApply") == "true";
+    std::int64_t total = Decimal::parse(fieldOr(f, "TotalAmount"), 2).value_or(Decimal{}).cents();
+    applyPayment(a.ctx, t, t.entityId, a.lineNodes, autoApply, total, a.applications);
+    std::int64_t appliedSum = 0;
+    for (const auto& applied : a.applications) {
+        appliedSum += applied.second;
+    }
+    if (!findField(f, "TotalAmount")) {
+        total = appliedSum;
+    }
+    if (appliedSum > total) {
+        failWith(3180,
+                 "There was an error when saving a ReceivePayment, element \"TotalAmount\". "
+                 "QuickBooks error message: The payments applied exceed the amount received.");
+    }
+    setField(f, "TotalAmount", Decimal::fromCents(total).amount());
+    t.totalCents = total;
+    t.openCents = total - appliedSum;
+    int seq = 0;
+    for (const auto& [invoiceId, amount] : a.applications) {
+        auto invoice = a.ctx.file.txnById(invoiceId, false);
+        LineRecord l;
+        l.kind = "AppliedToTxnRet";
+        l.lineId = invoiceId;
+        l.seq = seq++;
+        l.fields = {{"TxnID", invoiceId},
+                    {"TxnType", "Invoice"},
+                    {"TxnDate", invoice->txnDate.text()},
+                    {"RefNumber", invoice->refNumber},
+                    {"BalanceRemaining", Decimal::fromCents(invoice->openCents - amount).amount()},
+                    {"Amount", Decimal::fromCents(amount).amount()}};
+        t.lines.push_back(std::move(l));
+    }
+    a.post(-total);
+    a.effects.push_back({fieldOr(f, "DepositToAccountRef"), total});
+}
+
+void addTimeEntry(TxnAdd& a) {
+    Fields& f = a.f;
+    if (!timeTrackingOn(a.ctx.file)) {
+        failWith(3250, kFeatureOff);
+    }
+    a.t.entityId = fieldOr(f, "EntityRef");
+    const ListRecord& entity = a.refs.resolved.at("EntityRef");
+    if (entity.kind == "Customer") {
+        failWith(3140,
+                 "There is an invalid reference to QuickBooks Entity \"" + entity.fullName + "\".");
+    }
+    bool billable = take(f, "IsBillable") == "true";
+    std::string status = take(f, "BillableStatus");
+    if (status.empty()) {
+        status = billable ? "Billable" : "NotBillable";
+    }
+    if (status == "Billable") {
+        for (const char* needed : {"CustomerRef", "ItemServiceRef"}) {
+            if (!findField(f, needed)) {
+                failWith(3150, std::string("There is a missing element: \"") + needed + "\".");
+            }
+        }
+    }
+    take(f, "Rate");
+    // Stored in both forms; each version of the answer shows its own.
+    f.emplace_back("IsBillable", boolText(status == "Billable"));
+    f.emplace_back("IsBilled", boolText(status == "HasBeenBilled"));
+    f.emplace_back("BillableStatus", status);
+}
+
+using TxnHandler = void (*)(TxnAdd&);
+const std::unordered_map<std::string_view, TxnHandler> kTxnHandlers = {
+    {"Invoice", addSale},
+    {"SalesReceipt", addSale},
+    {"Estimate", addSale},
+    {"CreditMemo", addSale},
+    {"PurchaseOrder", addPurchaseOrder},
+    {"Bill", addPurchase},
+    {"Check", addPurchase},
+    {"CreditCardCharge", addPurchase},
+    {"ReceivePayment", addPayment},
+    {"TimeTracking", addTimeEntry},
+};
+
+// A payment's amount comes off each invoice it pays, and the invoice links to it.
+void linkApplications(RequestContext& ctx, const TxnRecord& payment,
+                      const std::vector<std::pair<std::string, std::int64_t>>& applications) {
+    for (const auto& [invoiceId, amount] : applications) {
+        ctx.file.adjustTxnOpen(invoiceId, -amount, -amount, payment.rowid);
+        auto invoice = ctx.file.txnById(invoiceId, false);
+        int n = 1;
+        while (findField(invoice->fields, "LinkedTxn#" + std::to_string(n) + "/TxnID")) {
+            ++n;
+        }
+        std::string p = "LinkedTxn#" + std::to_string(n) + "/";
+        invoice->fields.emplace_back(p + "TxnID", payment.txnId);
+        invoice->fields.emplace_back(p + "TxnType", "ReceivePayment");
+        invoice->fields.emplace_back(p + "TxnDate", payment.txnDate.text());
+        if (!payment.refNumber.empty()) {
+            invoice->fields.emplace_back(p + "RefNumber", payment.refNumber);
+        }
+        invoice->fields.emplace_back(p + "LinkType", "AMTTYPE");
+        invoice->fields.emplace_back(p + "Amount", Decimal::fromCents(-amount).amount());
+        ctx.file.updateTxnFields(*invoice);
+    }
+}
+
 RsStatus addTxn(RequestContext& ctx, const xml::Node& add, const std::string& type,
                 std::string& body) {
     Collector c{ctx, type, "", {}};
@@ -523,254 +826,17 @@ RsStatus addTxn(RequestContext& ctx, const xml::Node& add, const std::string& ty
     t.created = now;
     t.txnId = ctx.file.newTxnId(now);
 
-    struct Effect {
-        std::string listId;
-        std::int64_t delta;
-    };
-    std::vector<Effect> effects;
-    std::vector<std::pair<std::string, std::int64_t>> applications;
-
-    if (type == "Invoice" || type == "SalesReceipt" || type == "Estimate" || type == "CreditMemo") {
-        const ListRecord* customer =
-            c.resolved.count("CustomerRef") ? &c.resolved.at("CustomerRef") : nullptr;
-        if (type == "Estimate" &&
-            !preferenceOn(ctx.file, "JobsAndEstimatesPreferences/IsUsingEstimates", true)) {
-            return RsStatus::error(3250, kFeatureOff);
-        }
-        if (t.refNumber.empty()) {
-            t.refNumber = nextRefNumber(ctx, type);
-        }
-        LineTotals totals = buildLines(ctx, type, lineNodes, LineMode::Sales, t.lines);
-        if (customer) {
-            t.entityId = customer->listId;
-            if (!findField(f, "BillAddress/Addr1")) {
-                copyPrefix(customer->fields, "BillAddress/", f, "BillAddress/");
-            }
-        }
-        if (type == "Invoice" || type == "CreditMemo") {
-            if (!findField(f, "ARAccountRef")) {
-                setField(f, "ARAccountRef", accountOfType(ctx, "AccountsReceivable"));
-            }
-            t.accountId = fieldOr(f, "ARAccountRef");
-            if (!findField(f, "TermsRef") && customer) {
-                if (const std::string* terms = findField(customer->fields, "TermsRef")) {
-                    setField(f, "TermsRef", *terms);
-                }
-            }
-            if (!findField(f, "DueDate")) {
-                setField(f, "DueDate", dueDate(ctx, t.txnDate, fieldOr(f, "TermsRef"), 0).text());
-            }
-            setField(f, "IsPending", fieldOr(f, "IsPending", "false"));
-            if (type == "Invoice") {
-                setField(f, "IsFinanceCharge", "false");
-            }
-        } else if (type == "Estimate") {
-            if (ctx.version >= 30) {
-                setField(f, "IsActive", fieldOr(f, "IsActive", "true"));
-            }
-        } else {
-            if (!findField(f, "DepositToAccountRef")) {
-                setField(f, "DepositToAccountRef",
-                         accountOfType(ctx, "OtherCurrentAsset", "Undeposited Funds"));
-            }
-            t.accountId = fieldOr(f, "DepositToAccountRef");
-        }
-        if (!findField(f, "ItemSalesTaxRef") && customer) {
-            if (const std::string* tax = findField(customer->fields, "ItemSalesTaxRef")) {
-                setField(f, "ItemSalesTaxRef", *tax);
-            }
-        }
-        Decimal tax;
-        if (const std::string* taxItemId = findField(f, "ItemSalesTaxRef")) {
-            if (auto taxItem = ctx.file.listById(*taxItemId)) {
-                Decimal rate = decimalField(taxItem->fields, "TaxRate");
-                setField(f, "SalesTaxPercentage", rate.price());
-                tax = totals.taxable.times(rate)
-                          .dividedBy(Decimal::fromUnits(100 * Decimal::kScale))
-                          .roundedToCents();
-            }
-        }
-        setField(f, "Subtotal", totals.total.amount());
-        setField(f, "SalesTaxTotal", tax.amount());
-        Decimal total = totals.total + tax;
-        t.totalCents = total.cents();
-        if (type == "Invoice") {
-            t.openCents = t.totalCents;
-            effects.push_back({t.entityId, t.totalCents});
-            effects.push_back({t.accountId, t.totalCents});
-        } else if (type == "CreditMemo") {
-            setField(f, "TotalAmount", total.amount());
-            t.openCents = t.totalCents;
-            effects.push_back({t.entityId, -t.totalCents});
-            effects.push_back({t.accountId, -t.totalCents});
-        } else if (type == "SalesReceipt") {
-            setField(f, "TotalAmount", total.amount());
-            effects.push_back({t.accountId, t.totalCents});
-        } else {
-            setField(f, "TotalAmount", total.amount());
-        }
-        if (type != "Estimate") {
-            setField(f, "IsToBePrinted", fieldOr(f, "IsToBePrinted", "false"));
-        }
-        if (ctx.version >= 60) {
-            setField(f, "IsToBeEmailed", fieldOr(f, "IsToBeEmailed", "false"));
-        }
-    } else if (type == "PurchaseOrder") {
-        LineTotals totals = buildLines(ctx, type, lineNodes, LineMode::Order, t.lines);
-        t.entityId = fieldOr(f, "VendorRef");
-        if (c.resolved.count("VendorRef") && !findField(f, "VendorAddress/Addr1")) {
-            copyPrefix(c.resolved.at("VendorRef").fields, "VendorAddress/", f, "VendorAddress/");
-        }
-        if (t.refNumber.empty()) {
-            t.refNumber = nextRefNumber(ctx, type);
-        }
-        setField(f, "TotalAmount", totals.total.amount());
-        setField(f, "IsManuallyClosed", "false");
-        setField(f, "IsFullyReceived", "false");
-        setField(f, "IsToBePrinted", fieldOr(f, "IsToBePrinted", "false"));
-        t.totalCents = totals.total.cents();
-    } else if (type == "Bill" || type == "Check" || type == "CreditCardCharge") {
-        LineTotals totals = buildLines(ctx, type, lineNodes, LineMode::Purchase, t.lines);
-        t.totalCents = totals.total.cents();
-        if (type == "Bill") {
-            const ListRecord& vendor = c.resolved.at("VendorRef");
-            t.entityId = vendor.listId;
-            if (!findField(f, "APAccountRef")) {
-                setField(f, "APAccountRef", accountOfType(ctx, "AccountsPayable"));
-            }
-            t.accountId = fieldOr(f, "APAccountRef");
-            if (!findField(f, "TermsRef")) {
-                if (const std::string* terms = findField(vendor.fields, "TermsRef")) {
-                    setField(f, "TermsRef", *terms);
-                }
-            }
-            if (!findField(f, "DueDate")) {
-                int days = std::stoi(ctx.file.setting(
-                    "Preferences/PurchasesAndVendorsPreferences/DaysBillsAreDue", "10"));
-                setField(f, "DueDate",
-                         dueDate(ctx, t.txnDate, fieldOr(f, "TermsRef"), days).text());
-            }
-            setField(f, "AmountDue", totals.total.amount());
-            t.openCents = t.totalCents;
-            effects.push_back({t.entityId, t.totalCents});
-            effects.push_back({t.accountId, t.totalCents});
-        } else {
-            t.entityId = fieldOr(f, "PayeeEntityRef");
-            t.accountId = fieldOr(f, "AccountRef");
-            setField(f, "Amount", totals.total.amount());
-            if (type == "Check") {
-                setField(f, "IsToBePrinted", fieldOr(f, "IsToBePrinted", "false"));
-                effects.push_back({t.accountId, -t.totalCents});
-            } else {
-                effects.push_back({t.accountId, t.totalCents});
-            }
-        }
-        for (const auto& line : t.lines) {
-            if (line.kind == "ExpenseLineRet") {
-                effects.push_back({fieldOr(line.fields, "AccountRef"),
-                                   decimalField(line.fields, "Amount").cents()});
-            }
-        }
-    } else if (type == "ReceivePayment") {
-        t.entityId = fieldOr(f, "CustomerRef");
-        if (!findField(f, "ARAccountRef")) {
-            setField(f, "ARAccountRef", accountOfType(ctx, "AccountsReceivable"));
-        }
-        if (!findField(f, "DepositToAccountRef")) {
-            setField(f, "DepositToAccountRef",
-                     accountOfType(ctx, "OtherCurrentAsset", "Undeposited Funds"));
-        }
-        t.accountId = fieldOr(f, "ARAccountRef");
-        bool autoApply = take(f, "IsAutoApply") == "true";
-        std::int64_t total =
-            Decimal::parse(fieldOr(f, "TotalAmount"), 2).value_or(Decimal{}).cents();
-        applyPayment(ctx, t, t.entityId, lineNodes, autoApply, total, applications);
-        std::int64_t appliedSum = 0;
-        for (const auto& a : applications) {
-            appliedSum += a.second;
-        }
-        if (!findField(f, "TotalAmount")) {
-            total = appliedSum;
-        }
-        if (appliedSum > total) {
-            failWith(3180,
-                     "There was an error when saving a ReceivePayment, element \"TotalAmount\". "
-                     "QuickBooks error message: The payments applied exceed the amount received.");
-        }
-        setField(f, "TotalAmount", Decimal::fromCents(total).amount());
-        t.totalCents = total;
-        t.openCents = total - appliedSum;
-        int seq = 0;
-        for (const auto& [invoiceId, amount] : applications) {
-            auto invoice = ctx.file.txnById(invoiceId, false);
-            LineRecord l;
-            l.kind = "AppliedToTxnRet";
-            l.lineId = invoiceId;
-            l.seq = seq++;
-            l.fields = {
-                {"TxnID", invoiceId},
-                {"TxnType", "Invoice"},
-                {"TxnDate", invoice->txnDate.text()},
-                {"RefNumber", invoice->refNumber},
-                {"BalanceRemaining", Decimal::fromCents(invoice->openCents - amount).amount()},
-                {"Amount", Decimal::fromCents(amount).amount()}};
-            t.lines.push_back(std::move(l));
-        }
-        effects.push_back({t.entityId, -total});
-        effects.push_back({t.accountId, -total});
-        effects.push_back({fieldOr(f, "DepositToAccountRef"), total});
-    } else if (type == "TimeTracking") {
-        if (!timeTrackingOn(ctx.file)) {
-            return RsStatus::error(3250, kFeatureOff);
-        }
-        t.entityId = fieldOr(f, "EntityRef");
-        const ListRecord& entity = c.resolved.at("EntityRef");
-        if (entity.kind == "Customer") {
-            failWith(3140, "There is an invalid reference to QuickBooks Entity \"" +
-                               entity.fullName + "\".");
-        }
-        bool billable = take(f, "IsBillable") == "true";
-        std::string status = take(f, "BillableStatus");
-        if (status.empty()) {
-            status = billable ? "Billable" : "NotBillable";
-        }
-        if (status == "Billable") {
-            for (const char* needed : {"CustomerRef", "ItemServiceRef"}) {
-                if (!findField(f, needed)) {
-                    failWith(3150, std::string("There is a missing element: \"") + needed + "\".");
-                }
-            }
-        }
-        take(f, "Rate");
-        // Stored in both forms; each version of the answer shows its own.
-        f.emplace_back("IsBillable", boolText(status == "Billable"));
-        f.emplace_back("IsBilled", boolText(status == "HasBeenBilled"));
-        f.emplace_back("BillableStatus", status);
+    TxnAdd a{ctx, c, f, lineNodes, t, {}, {}};
+    if (auto handler = kTxnHandlers.find(type); handler != kTxnHandlers.end()) {
+        handler->second(a);
     }
 
     t.fields = std::move(f);
     ctx.file.insertTxn(t);
-    for (const auto& e : effects) {
+    for (const auto& e : a.effects) {
         ctx.file.adjustListBalance(e.listId, e.delta, t.rowid);
     }
-    for (const auto& [invoiceId, amount] : applications) {
-        ctx.file.adjustTxnOpen(invoiceId, -amount, -amount, t.rowid);
-        auto invoice = ctx.file.txnById(invoiceId, false);
-        int n = 1;
-        while (findField(invoice->fields, "LinkedTxn#" + std::to_string(n) + "/TxnID")) {
-            ++n;
-        }
-        std::string p = "LinkedTxn#" + std::to_string(n) + "/";
-        invoice->fields.emplace_back(p + "TxnID", t.txnId);
-        invoice->fields.emplace_back(p + "TxnType", "ReceivePayment");
-        invoice->fields.emplace_back(p + "TxnDate", t.txnDate.text());
-        if (!t.refNumber.empty()) {
-            invoice->fields.emplace_back(p + "RefNumber", t.refNumber);
-        }
-        invoice->fields.emplace_back(p + "LinkType", "AMTTYPE");
-        invoice->fields.emplace_back(p + "Amount", Decimal::fromCents(-amount).amount());
-        ctx.file.updateTxnFields(*invoice);
-    }
+    linkApplications(ctx, t, a.applications);
     Fields out = txnRetFields(t);
     writeRet(ctx, body, type + "Ret", out, &t.lines, {true, false});
     return {};

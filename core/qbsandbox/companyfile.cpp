@@ -12,12 +12,8 @@ namespace dorvane::qbsandbox {
 
 namespace {
 
-sqlite3* db(void* p) {
-    return static_cast<sqlite3*>(p);
-}
-sqlite3_stmt* st(void* p) {
-    return static_cast<sqlite3_stmt*>(p);
-}
+using Database = std::unique_ptr<sqlite3, CloseSqlite>;
+using PreparedStatement = std::unique_ptr<sqlite3_stmt, FinalizeSqlite>;
 
 [[noreturn]] void fail(sqlite3* handle, std::string_view what) {
     throw CompanyFileError(std::string(what) + ": " + (handle ? sqlite3_errmsg(handle) : "?"));
@@ -201,68 +197,67 @@ std::string schemaSql(int version) {
     return sql;
 }
 
-// --- Statement -------------------------------------------------------------------------------
-
-CompanyFile::Statement::Statement(Statement&& other) noexcept
-    : m_stmt(std::exchange(other.m_stmt, nullptr)), m_db(other.m_db) {}
-
-CompanyFile::Statement::~Statement() {
-    if (m_stmt) {
-        sqlite3_finalize(st(m_stmt));
-    }
+void CloseSqlite::operator()(sqlite3* db) const {
+    sqlite3_close_v2(db);
 }
 
+void FinalizeSqlite::operator()(sqlite3_stmt* stmt) const {
+    sqlite3_finalize(stmt);
+}
+
+// --- Statement -------------------------------------------------------------------------------
+
 CompanyFile::Statement& CompanyFile::Statement::bind(int index, std::string_view text) {
-    if (sqlite3_bind_text(st(m_stmt), index, text.data(), static_cast<int>(text.size()),
+    if (sqlite3_bind_text(m_stmt.get(), index, text.data(), static_cast<int>(text.size()),
                           SQLITE_TRANSIENT) != SQLITE_OK) {
-        fail(db(m_db), "bind");
+        fail(m_db, "bind");
     }
     return *this;
 }
 
 CompanyFile::Statement& CompanyFile::Statement::bind(int index, std::int64_t value) {
-    if (sqlite3_bind_int64(st(m_stmt), index, value) != SQLITE_OK) {
-        fail(db(m_db), "bind");
+    if (sqlite3_bind_int64(m_stmt.get(), index, value) != SQLITE_OK) {
+        fail(m_db, "bind");
     }
     return *this;
 }
 
 CompanyFile::Statement& CompanyFile::Statement::bindNull(int index) {
-    sqlite3_bind_null(st(m_stmt), index);
+    sqlite3_bind_null(m_stmt.get(), index);
     return *this;
 }
 
 bool CompanyFile::Statement::step() {
-    int rc = sqlite3_step(st(m_stmt));
+    int rc = sqlite3_step(m_stmt.get());
     if (rc == SQLITE_ROW) {
         return true;
     }
     if (rc == SQLITE_DONE) {
         return false;
     }
-    fail(db(m_db), "step");
+    fail(m_db, "step");
 }
 
 void CompanyFile::Statement::reset() {
-    sqlite3_reset(st(m_stmt));
-    sqlite3_clear_bindings(st(m_stmt));
+    sqlite3_reset(m_stmt.get());
+    sqlite3_clear_bindings(m_stmt.get());
 }
 
 std::string CompanyFile::Statement::text(int column) const {
-    const unsigned char* t = sqlite3_column_text(st(m_stmt), column);
+    const unsigned char* t = sqlite3_column_text(m_stmt.get(), column);
     if (!t) {
         return {};
     }
     return std::string(reinterpret_cast<const char*>(t),
-                       static_cast<std::size_t>(sqlite3_column_bytes(st(m_stmt), column)));
+                       static_cast<std::size_t>(sqlite3_column_bytes(m_stmt.get(), column)));
 }
 
 std::int64_t CompanyFile::Statement::integer(int column) const {
-    return sqlite3_column_int64(st(m_stmt), column);
+    return sqlite3_column_int64(m_stmt.get(), column);
 }
 
 bool CompanyFile::Statement::isNull(int column) const {
-    return sqlite3_column_type(st(m_stmt), column) == SQLITE_NULL;
+    return sqlite3_column_type(m_stmt.get(), column) == SQLITE_NULL;
 }
 
 // --- Transaction -----------------------------------------------------------------------------
@@ -273,7 +268,7 @@ CompanyFile::Transaction::Transaction(CompanyFile& file) : m_file(file) {
 
 CompanyFile::Transaction::~Transaction() {
     if (!m_done) {
-        sqlite3_exec(db(m_file.m_db), "ROLLBACK", nullptr, nullptr, nullptr);
+        sqlite3_exec(m_file.m_db.get(), "ROLLBACK", nullptr, nullptr, nullptr);
     }
 }
 
@@ -284,26 +279,25 @@ void CompanyFile::Transaction::commit() {
 
 // --- CompanyFile -----------------------------------------------------------------------------
 
-CompanyFile::CompanyFile(std::filesystem::path path, void* handle)
-    : m_path(std::move(path)), m_db(handle) {}
+CompanyFile::CompanyFile(std::filesystem::path path, Database db)
+    : m_path(std::move(path)), m_db(std::move(db)) {}
 
-CompanyFile::~CompanyFile() {
-    sqlite3_close_v2(db(m_db));
-}
+CompanyFile::~CompanyFile() = default;
 
 namespace {
 
-sqlite3* openHandle(const std::filesystem::path& path, int flags) {
-    sqlite3* handle = nullptr;
-    if (sqlite3_open_v2(path.c_str(), &handle, flags, nullptr) != SQLITE_OK) {
-        std::string message = handle ? sqlite3_errmsg(handle) : "out of memory";
-        sqlite3_close_v2(handle);
+Database openHandle(const std::filesystem::path& path, int flags) {
+    sqlite3* raw = nullptr;
+    int rc = sqlite3_open_v2(path.c_str(), &raw, flags, nullptr);
+    Database handle(raw);  // SQLite hands out a connection to close even when it fails
+    if (rc != SQLITE_OK) {
+        std::string message = handle ? sqlite3_errmsg(handle.get()) : "out of memory";
         throw CompanyFileError("cannot open " + path.string() + ": " + message);
     }
-    sqlite3_busy_timeout(handle, 5000);
+    sqlite3_busy_timeout(handle.get(), 5000);
 
-    sqlite3_exec(handle, "PRAGMA journal_mode=WAL; PRAGMA synchronous=NORMAL;", nullptr, nullptr,
-                 nullptr);
+    sqlite3_exec(handle.get(), "PRAGMA journal_mode=WAL; PRAGMA synchronous=NORMAL;", nullptr,
+                 nullptr, nullptr);
     return handle;
 }
 
@@ -318,20 +312,19 @@ bool CompanyFile::isCompanyFile(const std::filesystem::path& path) {
     if (!in.read(head, sizeof head) || std::string_view(head, sizeof head) != kMagic) {
         return false;
     }
-    sqlite3* handle = nullptr;
-    bool found = false;
-    if (sqlite3_open_v2(path.c_str(), &handle, SQLITE_OPEN_READONLY, nullptr) == SQLITE_OK) {
-        sqlite3_stmt* s = nullptr;
-        if (sqlite3_prepare_v2(handle,
-                               "SELECT 1 FROM sqlite_master WHERE type = 'table' AND name = "
-                               "'schema_version'",
-                               -1, &s, nullptr) == SQLITE_OK) {
-            found = sqlite3_step(s) == SQLITE_ROW;
-        }
-        sqlite3_finalize(s);
+    sqlite3* raw = nullptr;
+    int rc = sqlite3_open_v2(path.c_str(), &raw, SQLITE_OPEN_READONLY, nullptr);
+    Database handle(raw);
+    if (rc != SQLITE_OK) {
+        return false;
     }
-    sqlite3_close_v2(handle);
-    return found;
+    sqlite3_stmt* prepared = nullptr;
+    rc = sqlite3_prepare_v2(handle.get(),
+                            "SELECT 1 FROM sqlite_master WHERE type = 'table' AND name = "
+                            "'schema_version'",
+                            -1, &prepared, nullptr);
+    PreparedStatement s(prepared);
+    return rc == SQLITE_OK && sqlite3_step(s.get()) == SQLITE_ROW;
 }
 
 std::unique_ptr<CompanyFile> CompanyFile::open(const std::filesystem::path& path) {
@@ -391,17 +384,17 @@ void CompanyFile::migrate() {
 
 CompanyFile::Statement CompanyFile::prepare(std::string_view sql) {
     sqlite3_stmt* stmt = nullptr;
-    if (sqlite3_prepare_v2(db(m_db), sql.data(), static_cast<int>(sql.size()), &stmt, nullptr) !=
+    if (sqlite3_prepare_v2(m_db.get(), sql.data(), static_cast<int>(sql.size()), &stmt, nullptr) !=
         SQLITE_OK) {
-        fail(db(m_db), "prepare");
+        fail(m_db.get(), "prepare");
     }
-    return Statement(stmt, m_db);
+    return Statement(stmt, m_db.get());
 }
 
 void CompanyFile::exec(std::string_view sql) {
     std::string text(sql);
     char* message = nullptr;
-    if (sqlite3_exec(db(m_db), text.c_str(), nullptr, nullptr, &message) != SQLITE_OK) {
+    if (sqlite3_exec(m_db.get(), text.c_str(), nullptr, nullptr, &message) != SQLITE_OK) {
         std::string reason = message ? message : "?";
         sqlite3_free(message);
         throw CompanyFileError("SQL failed: " + reason);
@@ -489,7 +482,7 @@ void CompanyFile::insertList(ListRecord& r) {
     s.bind(9, r.created).bind(10, r.modified).bind(11, r.editSequence).bind(12, r.balanceCents);
     s.bind(13, encodeFields(r.fields));
     s.step();
-    r.rowid = sqlite3_last_insert_rowid(db(m_db));
+    r.rowid = sqlite3_last_insert_rowid(m_db.get());
 }
 
 std::optional<ListRecord> CompanyFile::listById(std::string_view listId) {
@@ -528,14 +521,6 @@ std::optional<ListRecord> CompanyFile::firstListOfKind(std::string_view kind,
     return std::nullopt;
 }
 
-void CompanyFile::updateListFields(const ListRecord& r) {
-    auto s = prepare("UPDATE lists SET fields = ?, is_active = ? WHERE list_id = ?");
-    s.bind(1, encodeFields(r.fields))
-        .bind(2, static_cast<std::int64_t>(r.active))
-        .bind(3, r.listId);
-    s.step();
-}
-
 void CompanyFile::insertTxn(TxnRecord& r) {
     if (r.created == 0) {
         r.created = now();
@@ -569,7 +554,7 @@ void CompanyFile::insertTxn(TxnRecord& r) {
         .bind(13, r.appliedCents);
     s.bind(14, encodeFields(r.fields));
     s.step();
-    r.rowid = sqlite3_last_insert_rowid(db(m_db));
+    r.rowid = sqlite3_last_insert_rowid(m_db.get());
     auto line = prepare(
         "INSERT INTO lines(txn, seq, parent_seq, kind, line_id, fields) VALUES (?, ?, ?, ?, ?, ?)");
     for (auto& l : r.lines) {

@@ -22,6 +22,9 @@
 
 #include "qbsandbox/values.h"
 
+struct sqlite3;
+struct sqlite3_stmt;
+
 namespace dorvane::qbsandbox {
 
 class CompanyFileError : public std::runtime_error {
@@ -84,6 +87,14 @@ struct TxnRecord {
 // names share one, all items share one.
 std::string nameSpaceOf(std::string_view kind);
 
+// Owners of SQLite's handles: the connection is closed, the statement finalised.
+struct CloseSqlite {
+    void operator()(sqlite3* db) const;
+};
+struct FinalizeSqlite {
+    void operator()(sqlite3_stmt* stmt) const;
+};
+
 class CompanyFile {
 public:
     static constexpr int kSchemaVersion = 2;
@@ -104,8 +115,6 @@ public:
     // A prepared statement; columns and parameters count from 0 and 1 as in SQLite.
     class Statement {
     public:
-        Statement(Statement&&) noexcept;
-        ~Statement();
         Statement& bind(int index, std::string_view text);
         Statement& bind(int index, std::int64_t value);
         Statement& bindNull(int index);
@@ -117,9 +126,9 @@ public:
 
     private:
         friend class CompanyFile;
-        explicit Statement(void* stmt, void* db) : m_stmt(stmt), m_db(db) {}
-        void* m_stmt;
-        void* m_db;
+        Statement(sqlite3_stmt* stmt, sqlite3* db) : m_stmt(stmt), m_db(db) {}
+        std::unique_ptr<sqlite3_stmt, FinalizeSqlite> m_stmt;
+        sqlite3* m_db;  // for the error messages
     };
     Statement prepare(std::string_view sql);
     void exec(std::string_view sql);
@@ -161,7 +170,6 @@ public:
     std::optional<ListRecord> listByName(std::string_view kindOrSpace, std::string_view fullName);
     std::optional<ListRecord> firstListOfKind(std::string_view kind, std::string_view field = {},
                                               std::string_view value = {});
-    void updateListFields(const ListRecord& record);
 
     void insertTxn(TxnRecord& record);
     std::optional<TxnRecord> txnById(std::string_view txnId, bool withLines = true);
@@ -176,12 +184,12 @@ public:
     bool deleteTxn(std::string_view type, std::string_view txnId);
 
 private:
-    CompanyFile(std::filesystem::path path, void* db);
+    CompanyFile(std::filesystem::path path, std::unique_ptr<sqlite3, CloseSqlite> db);
     void migrate();
     std::int64_t counter(std::string_view key, std::int64_t first);
 
     std::filesystem::path m_path;
-    void* m_db;
+    std::unique_ptr<sqlite3, CloseSqlite> m_db;
     std::function<std::int64_t()> m_clock;
 };
 
