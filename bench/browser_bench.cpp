@@ -97,7 +97,7 @@ Figures measure(const std::filesystem::path& company, int invoices, int scale, i
 
     // A first load finds the documents the sent log is made of; it is not counted.
     app.folder().writeProgramFile("", browser::kSentLogFile);
-    app.browser().loadInvoiceList("ALL");
+    app.browser().loadList("Invoice", "ALL");
     app.folder().writeProgramFile(makeSentLog(list, scale), browser::kSentLogFile);
 
     Figures f;
@@ -109,7 +109,7 @@ Figures measure(const std::filesystem::path& company, int invoices, int scale, i
         times.clear();
         const auto start = Clock::now();
         const double cpu = bench::threadCpuSeconds();
-        app.browser().loadInvoiceList("ALL");
+        app.browser().loadList("Invoice", "ALL");
         const double total = secondsSince(start);
         const double totalCpu = bench::threadCpuSeconds() - cpu;
         if (times.requests != 1) {

@@ -181,7 +181,7 @@ int main(int argc, char** argv) {
     auto prepareList = [&] {
         app.folder().writeProgramFile("", browser::kSentLogFile);
         if (window.documentType() == "Invoice") {
-            app.browser().loadInvoiceList("ALL");
+            app.browser().loadList("Invoice", "ALL");
         } else {
             window.selectDocumentType("Invoice");
         }

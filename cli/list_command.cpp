@@ -3,6 +3,7 @@
 // label, printed.
 #include <ostream>
 
+#include "browser/documenttypes.h"
 #include "cli/cli.h"
 #include "cli/commands.h"
 #include "cli/terminalui.h"
@@ -37,9 +38,9 @@ bool quickBooksReached(CommandContext& ctx) {
 }  // namespace
 
 std::optional<std::string> documentTypeNamed(std::string_view name) {
-    for (const auto& entry : shell::kDocumentMenu) {
-        if (text::equalsIgnoreCase(name, entry.type)) {
-            return std::string(entry.type);
+    for (const browser::DocumentType& type : browser::kDocumentTypes) {
+        if (text::equalsIgnoreCase(name, type.name)) {
+            return std::string(type.name);
         }
     }
     return std::nullopt;

@@ -23,6 +23,7 @@
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
+#include "browser/documenttypes.h"
 #include "gui/importwindowview.h"
 #include "gui/qtstrings.h"
 #include "gui/webconnectorwait.h"
@@ -136,9 +137,9 @@ void MainWindowView::buildMenus() {
     QMenuBar* bar = menuBar();
 
     QMenu* email = addMenu(bar, "Itemtype", "&E-Mail");
-    for (const shell::DocumentMenuEntry& entry : shell::kDocumentMenu) {
-        const std::string type = entry.type;
-        connect(addEntry(email, entry.name, entry.caption), &QAction::triggered, this,
+    for (const browser::DocumentType& entry : browser::kDocumentTypes) {
+        const std::string type = entry.name;
+        connect(addEntry(email, entry.menuEntry, entry.menuCaption), &QAction::triggered, this,
                 [this, type] {
                     runCommand([this, type] { m_app.window().selectDocumentType(type); });
                 });

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "browser/loaders.h"
 
-#include <array>
 #include <cstdlib>
 #include <unordered_map>
 #include <utility>
@@ -24,15 +23,29 @@ constexpr std::size_t kProgressEvery = 100;
 constexpr const char* kCompanySwitched =
     "QuickBooks opened another company file while the list was loading.";
 
-enum class Party { Customer, Vendor };
-
-template <class Captions>
-std::vector<ui::ListColumn> columns(const Captions& captions) {
+std::vector<ui::ListColumn> columns(const DocumentType& type) {
     std::vector<ui::ListColumn> out;
-    for (const char* c : captions) {
+    for (const char* c : type.columns) {
+        if (!c) {
+            break;
+        }
         out.push_back({c, 0, 1.0 / 6});  // each a sixth of the list's width
     }
     return out;
+}
+
+// The element of a record that names whom it goes to.
+const char* recipientRef(AddressSource source) {
+    switch (source) {
+        case AddressSource::Vendor:
+            return "VendorRef";
+        case AddressSource::Entity:
+            return "EntityRef";
+        case AddressSource::Customer:
+        case AddressSource::Record:
+            break;
+    }
+    return "CustomerRef";
 }
 
 double number(const std::string& text) {
@@ -40,14 +53,6 @@ double number(const std::string& text) {
 }
 
 }  // namespace
-
-struct DocumentBrowser::Kind {
-    const char* templateName;
-    const char* recordPath;
-    std::array<const char*, 6> captions;
-    const char* amount;
-    Party party;
-};
 
 std::optional<std::int16_t> durationToMinutes(std::string_view duration) {
     // PT2H30M → 2:30:00, read as a time of day.
@@ -100,30 +105,28 @@ DocumentBrowser::DocumentBrowser(ui::DocumentWindow& window, qbgateway::Gateway&
       m_ui(ui),
       m_recipients(folder, gateway) {}
 
-void DocumentBrowser::loadList(const std::string& type, const std::string& timeframe) {
-    if (type == "Invoice") {
-        loadInvoiceList(timeframe);
-    } else if (type == "SalesReceipt") {
-        loadSalesReceiptList(timeframe);
-    } else if (type == "Estimate") {
-        loadEstimateList(timeframe);
-    } else if (type == "CreditMemo") {
-        loadCreditMemoList(timeframe);
-    } else if (type == "PurchaseOrder") {
-        loadPurchaseOrderList(timeframe);
-    } else if (type == "Statement") {
-        loadStatementList(timeframe);
-    } else if (type == "Timesheet") {
-        loadTimesheetsByCustomer(timeframe);
-    } else if (type == "TimesheetA") {
-        loadTimesheetsByEntity(timeframe);
+void DocumentBrowser::loadList(const std::string& name, const std::string& timeframe) {
+    const DocumentType* type = findDocumentType(name);
+    if (!type || !fetch(*type, timeframe)) {
+        return;
+    }
+    switch (type->shape) {
+        case ListShape::Transactions:
+            loadTransactions(*type);
+            break;
+        case ListShape::Statements:
+            loadStatements(*type);
+            break;
+        case ListShape::Timesheets:
+            loadTimesheets(*type);
+            break;
     }
 }
 
-bool DocumentBrowser::fetch(const char* templateName, const std::string& timeframe) {
+bool DocumentBrowser::fetch(const DocumentType& type, const std::string& timeframe) {
     m_window.setStatusText("parsing information ...");
     const std::string request =
-        qbgateway::fillDateMacro(m_folder.readProgramFile(templateName), timeframe);
+        qbgateway::fillDateMacro(m_folder.readProgramFile(type.requestTemplate), timeframe);
     // The last list's document goes before the new one is read (a failed answer would
     // replace it anyway). Freeing a tree of a million nodes takes a while: a worker does it
     // while QuickBooks answers, and the new tree is built in the memory the old one leaves.
@@ -147,6 +150,7 @@ bool DocumentBrowser::fetch(const char* templateName, const std::string& timefra
     }
     m_window.list().clear();
     m_window.sentLogText() = m_folder.readProgramFile(kSentLogFile);
+    m_window.list().setColumns(columns(type));
     return true;
 }
 
@@ -261,27 +265,38 @@ void DocumentBrowser::progress(std::size_t done, std::size_t total) {
     }
 }
 
-void DocumentBrowser::loadTransactions(const Kind& kind, const std::string& timeframe) {
-    if (!fetch(kind.templateName, timeframe)) {
-        return;
+std::string DocumentBrowser::recipientEmail(AddressSource source, const std::string& listId) {
+    switch (source) {
+        case AddressSource::Customer:
+            return m_recipients.getCustomerEmail(listId);
+        case AddressSource::Vendor:
+            return m_recipients.getVendorEmail(listId);
+        case AddressSource::Entity:
+            return m_recipients.getEntityEmail(listId);
+        case AddressSource::Record:
+            break;
     }
+    return {};
+}
+
+void DocumentBrowser::loadTransactions(const DocumentType& type) {
     auto& list = m_window.list();
-    list.setColumns(columns(kind.captions));
     const SentLogIndex sent(m_window.sentLogText());
-    const bool purchaseOrders = kind.party == Party::Vendor;
-    const std::string_view ref = purchaseOrders ? "VendorRef" : "CustomerRef";
+    // Purchase orders, the only documents for vendors, have rules of their own.
+    const bool purchaseOrders = type.address == AddressSource::Vendor;
+    const std::string_view ref = recipientRef(type.address);
     double lastReceived = 0;  // carried over from one purchase order to the next
     // A lookup that finds another company file open has the company reloaded; the rows so far
     // belong to the list of the one before.
     const std::string companyFile = m_gateway.currentCompanyFile();
 
-    const auto records = m_window.listDocument().selectAll(kind.recordPath);
+    const auto records = m_window.listDocument().selectAll(type.recordPath);
     std::vector<ui::ListRow> rows;
     rows.reserve(records.size());
     std::size_t done = 0;
     for (xml::Node record : records) {
         progress(done++, records.size());
-        TxnFields f = readTransaction(record, kind.amount, ref, purchaseOrders, lastReceived);
+        TxnFields f = readTransaction(record, type.amount, ref, purchaseOrders, lastReceived);
         // An order with any received line is not listed; an order without received
         // quantities is judged by the value the order before it ended on.
         if (purchaseOrders && lastReceived != 0) {
@@ -290,8 +305,7 @@ void DocumentBrowser::loadTransactions(const Kind& kind, const std::string& time
         if (purchaseOrders && !f.memo.empty()) {
             f.name += "/" + f.memo;
         }
-        std::string email = purchaseOrders ? m_recipients.getVendorEmail(f.listId)
-                                           : m_recipients.getCustomerEmail(f.listId);
+        std::string email = recipientEmail(type.address, f.listId);
         if (m_gateway.currentCompanyFile() != companyFile) {
             stopIncomplete(std::move(rows), kCompanySwitched);
             return;
@@ -312,60 +326,9 @@ void DocumentBrowser::loadTransactions(const Kind& kind, const std::string& time
     m_window.setStatusText("");
 }
 
-void DocumentBrowser::loadInvoiceList(const std::string& timeframe) {
-    static const Kind kind{"CompanyInvoiceGetRq.xml",
-                           "/QBXML/QBXMLMsgsRs/InvoiceQueryRs/InvoiceRet",
-                           {"Date", "Invoice ID", "Customer:Job", "Balance", "EMail", "Status"},
-                           "Subtotal",
-                           Party::Customer};
-    loadTransactions(kind, timeframe);
-}
-
-void DocumentBrowser::loadSalesReceiptList(const std::string& timeframe) {
-    static const Kind kind{"CompanySalesReceiptGetRq.xml",
-                           "/QBXML/QBXMLMsgsRs/SalesReceiptQueryRs/SalesReceiptRet",
-                           {"Date", "ID", "Customer", "Balance", "EMail", "Status"},
-                           "TotalAmount",
-                           Party::Customer};
-    loadTransactions(kind, timeframe);
-}
-
-void DocumentBrowser::loadEstimateList(const std::string& timeframe) {
-    static const Kind kind{"CompanyEstimateGetRq.xml",
-                           "/QBXML/QBXMLMsgsRs/EstimateQueryRs/EstimateRet",
-                           {"Date", "Estimate ID", "Customer", "Balance", "EMail", "Status"},
-                           "Subtotal",
-                           Party::Customer};
-    loadTransactions(kind, timeframe);
-}
-
-void DocumentBrowser::loadCreditMemoList(const std::string& timeframe) {
-    static const Kind kind{"CompanyCreditMemoGetRq.xml",
-                           "/QBXML/QBXMLMsgsRs/CreditMemoQueryRs/CreditMemoRet",
-                           {"Date", "ID", "Customer", "Balance", "EMail", "Status"},
-                           "Subtotal",
-                           Party::Customer};
-    loadTransactions(kind, timeframe);
-}
-
-void DocumentBrowser::loadPurchaseOrderList(const std::string& timeframe) {
-    static const Kind kind{"CompanyPOGetRq.xml",
-                           "/QBXML/QBXMLMsgsRs/PurchaseOrderQueryRs/PurchaseOrderRet",
-                           {"Date", "PO ID", "Vendor", "Balance", "EMail", "Status"},
-                           "TotalAmount",
-                           Party::Vendor};
-    loadTransactions(kind, timeframe);
-}
-
-void DocumentBrowser::loadStatementList(const std::string& timeframe) {
-    if (!fetch("CustomerStatementGetRq.xml", timeframe)) {
-        return;
-    }
+void DocumentBrowser::loadStatements(const DocumentType& type) {
     auto& list = m_window.list();
-    list.setColumns(
-        columns(std::array<const char*, 6>{"", "ID", "Customer", "Balance", "EMail", "Status"}));
-    const auto customers =
-        m_window.listDocument().selectAll("/QBXML/QBXMLMsgsRs/CustomerQueryRs/CustomerRet");
+    const auto customers = m_window.listDocument().selectAll(type.recordPath);
     std::vector<ui::ListRow> rows;
     std::size_t done = 0;
     for (xml::Node customer : customers) {
@@ -393,27 +356,13 @@ void DocumentBrowser::loadStatementList(const std::string& timeframe) {
     m_window.setStatusText("");
 }
 
-void DocumentBrowser::loadTimesheetsByCustomer(const std::string& timeframe) {
-    loadTimesheets(false, timeframe);
-}
-
-void DocumentBrowser::loadTimesheetsByEntity(const std::string& timeframe) {
-    loadTimesheets(true, timeframe);
-}
-
-void DocumentBrowser::loadTimesheets(bool byEntity, const std::string& timeframe) {
-    if (!fetch("EntityTimesheetGetRq.xml", timeframe)) {
-        return;
-    }
+void DocumentBrowser::loadTimesheets(const DocumentType& type) {
     auto& list = m_window.list();
-    list.setColumns(columns(std::array<const char*, 5>{"Date", byEntity ? "Entity" : "Customer",
-                                                       "Duration[MM]", "EMail", "Status"}));
-    const std::string ref = byEntity ? "EntityRef" : "CustomerRef";
+    const std::string ref = recipientRef(type.address);
     std::vector<ui::ListRow> rows;
     std::unordered_map<std::string, std::size_t> rowOfName;
     const std::string companyFile = m_gateway.currentCompanyFile();
-    const auto entries =
-        m_window.listDocument().selectAll("/QBXML/QBXMLMsgsRs/TimeTrackingQueryRs/TimeTrackingRet");
+    const auto entries = m_window.listDocument().selectAll(type.recordPath);
     std::size_t done = 0;
     for (xml::Node entry : entries) {
         progress(done++, entries.size());
@@ -427,8 +376,7 @@ void DocumentBrowser::loadTimesheets(bool byEntity, const std::string& timeframe
         }
         std::string name = entry.valueOf(ref + "/FullName");
         const std::string listId = entry.valueOf(ref + "/ListID");
-        std::string email =
-            byEntity ? m_recipients.getEntityEmail(listId) : m_recipients.getCustomerEmail(listId);
+        std::string email = recipientEmail(type.address, listId);
         if (m_gateway.currentCompanyFile() != companyFile) {
             stopIncomplete(std::move(rows), kCompanySwitched);
             return;

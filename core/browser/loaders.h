@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Dorvane — the document lists: one loader per document type.
+// Dorvane — the document lists, built the way their document type says.
 //
 // A loader asks QuickBooks for the documents of the selected timeframe, keeps the answer as
 // the window's list document, and fills ListView1 with one row per document: checked and
@@ -13,6 +13,7 @@
 #include <string_view>
 #include <vector>
 
+#include "browser/documenttypes.h"
 #include "browser/recipients.h"
 #include "ui/listmodel.h"
 
@@ -59,27 +60,21 @@ public:
                     const platform::ProgramFolder& folder, company::CompanyInfo& company,
                     ui::UiPort& ui);
 
-    // Runs the loader of a document type ("Invoice", ..., "TimesheetA").
+    // Loads the list of a document type ("Invoice", ..., "TimesheetA"); an unknown type loads
+    // nothing.
     void loadList(const std::string& documentType, const std::string& timeframe);
-
-    void loadInvoiceList(const std::string& timeframe);
-    void loadSalesReceiptList(const std::string& timeframe);
-    void loadEstimateList(const std::string& timeframe);
-    void loadCreditMemoList(const std::string& timeframe);
-    void loadPurchaseOrderList(const std::string& timeframe);
-    void loadStatementList(const std::string& timeframe);
-    void loadTimesheetsByCustomer(const std::string& timeframe);
-    void loadTimesheetsByEntity(const std::string& timeframe);
 
     RecipientLookup& recipients() { return m_recipients; }
 
 private:
-    struct Kind;
-    // Steps shared by every loader up to the empty list with its columns; false when the
+    // Steps shared by every list up to the empty list with its columns; false when the
     // response did not load.
-    bool fetch(const char* templateName, const std::string& timeframe);
-    void loadTransactions(const Kind& kind, const std::string& timeframe);
-    void loadTimesheets(bool byEntity, const std::string& timeframe);
+    bool fetch(const DocumentType& type, const std::string& timeframe);
+    void loadTransactions(const DocumentType& type);
+    void loadStatements(const DocumentType& type);
+    void loadTimesheets(const DocumentType& type);
+    // The address of the recipient a record's reference names.
+    std::string recipientEmail(AddressSource source, const std::string& listId);
     void progress(std::size_t done, std::size_t total);
     // Ends a load that cannot finish: shows the rows so far unchecked and says that the list
     // is incomplete.

@@ -8,6 +8,7 @@
 #include <optional>
 #include <unordered_map>
 
+#include "browser/documenttypes.h"
 #include "browser/recipients.h"
 #include "browser/sentlog.h"
 #include "common/clock.h"
@@ -19,13 +20,6 @@
 
 namespace dorvane::mail {
 namespace {
-
-// Cells of a row: 0 the row text, then the sub-items.
-constexpr std::size_t kIdCell = 1;
-constexpr std::size_t kNameCell = 2;
-constexpr std::size_t kEmailCell = 4;
-constexpr std::size_t kTimesheetNameCell = 1;
-constexpr std::size_t kTimesheetEmailCell = 3;
 
 const std::string& cell(const ui::ListRow& row, std::size_t i) {
     static const std::string empty;
@@ -56,14 +50,6 @@ std::unordered_map<std::string, std::vector<xml::Node>> groupBy(const xml::Docum
 
 }  // namespace
 
-struct DocumentSender::Kind {
-    const char* type;        // document type, its qbXML name and its sent-log tag
-    const char* sheet;       // style sheet in the program folder
-    const char* subject;     // subject prefix, before the number
-    const char* sentText;    // status after the run
-    const char* failedText;  // status when the style sheet fails
-};
-
 DocumentSender::DocumentSender(ui::DocumentWindow& window, const platform::ProgramFolder& folder,
                                platform::SettingsStore& settings, company::CompanyInfo& company,
                                ui::UiPort& ui)
@@ -80,60 +66,15 @@ void DocumentSender::sendSelectedDocuments() {
     m_settings = platform::loadMailSettings(m_store);
     m_window.setStatusText("");
     ui::BusyScope busy(m_ui);
-    const std::string& type = m_window.documentType();
-    if (type == "Invoice") {
-        sendInvoices();
-    } else if (type == "Estimate") {
-        sendEstimates();
-    } else if (type == "PurchaseOrder") {
-        sendPurchaseOrders();
-    } else if (type == "Statement") {
-        sendStatements();
-    } else if (type == "CreditMemo") {
-        sendCreditMemos();
-    } else if (type == "SalesReceipt") {
-        sendSalesReceipts();
-    } else if (type == "Timesheet") {
-        sendTimesheets();
+    const browser::DocumentType* type = browser::findDocumentType(m_window.documentType());
+    if (!type || !type->styleSheet) {
+        return;
     }
-}
-
-void DocumentSender::sendInvoices() {
-    static const Kind kind{"Invoice", "/invoice.xslt", "Invoice: #", "Invoices sent",
-                           "Invoice conversion failed"};
-    runTransactions(kind);
-}
-
-void DocumentSender::sendSalesReceipts() {
-    static const Kind kind{"SalesReceipt", "/salesreceipt.xslt", "Sales Receipt: #",
-                           "Sales Receipts sent", "Sales Receipt conversion failed"};
-    runTransactions(kind);
-}
-
-void DocumentSender::sendEstimates() {
-    static const Kind kind{"Estimate", "/estimate.xslt", "Estimate: #", "Estimates sent",
-                           "Estimate conversion failed"};
-    runTransactions(kind);
-}
-
-void DocumentSender::sendCreditMemos() {
-    static const Kind kind{"CreditMemo", "/creditmemo.xslt", "Credit Memo: #", "CreditMemo sent",
-                           "Credit Memo conversion failed"};
-    runTransactions(kind);
-}
-
-void DocumentSender::sendPurchaseOrders() {
-    static const Kind kind{"PurchaseOrder", "/PurchaseOrder.xslt", "PurchaseOrder: #",
-                           "PurchaseOrders sent", "Purchase Order conversion failed"};
-    runTransactions(kind);
-}
-
-void DocumentSender::sendStatements() {
-    runCustomerDocuments(true);
-}
-
-void DocumentSender::sendTimesheets() {
-    runCustomerDocuments(false);
+    if (type->shape == browser::ListShape::Transactions) {
+        runTransactions(*type);
+    } else {
+        runCustomerDocuments(*type);
+    }
 }
 
 // How one run finds, renders and records its rows.
@@ -149,14 +90,20 @@ struct DocumentSender::RunPlan {
                                       bool preview, std::string& subject, std::string& attachment)>
         render;
     const char* logType = nullptr;  // sent-log tag, or none
+
+    explicit RunPlan(const browser::DocumentType& type)
+        : sheet(type.styleSheet),
+          sentText(type.sentText),
+          failedText(type.failedText),
+          keyCell(type.cells.key),
+          nameCell(type.cells.name),
+          emailCell(type.cells.email),
+          logType(type.sentLog ? type.name : nullptr) {}
 };
 
-void DocumentSender::runTransactions(const Kind& kind) {
-    const std::string path =
-        std::string("/QBXML/QBXMLMsgsRs/") + kind.type + "QueryRs/" + kind.type + "Ret";
-    const auto documents = browser::indexBy(m_window.listDocument(), path, "TxnID");
-    RunPlan plan{kind.sheet, kind.sentText, kind.failedText, kIdCell, kNameCell, kEmailCell,
-                 {},         kind.type};
+void DocumentSender::runTransactions(const browser::DocumentType& type) {
+    const auto documents = browser::indexBy(m_window.listDocument(), type.recordPath, "TxnID");
+    RunPlan plan(type);
     plan.render = [&](const xml::Stylesheet& sheet, const std::string& key, bool preview,
                       std::string& subject, std::string& attachment) -> Result<std::string> {
         auto found = documents.find(key);
@@ -166,7 +113,7 @@ void DocumentSender::runTransactions(const Kind& kind) {
         xml::Node doc = found->second;
         if (!preview) {
             attachment = buildAttachment(doc);
-            subject = kind.subject + doc.valueOf("RefNumber") + "  " +
+            subject = type.subject + doc.valueOf("RefNumber") + "  " +
                       "Date: " + doc.valueOf("TxnDate") + "  ";
         }
         return sheet.transformNode(doc);
@@ -174,7 +121,8 @@ void DocumentSender::runTransactions(const Kind& kind) {
     runRows(plan);
 }
 
-void DocumentSender::runCustomerDocuments(bool statements) {
+void DocumentSender::runCustomerDocuments(const browser::DocumentType& type) {
+    const bool statements = type.shape == browser::ListShape::Statements;
     const xml::Document& doc = m_window.listDocument();
     constexpr const char* kCustomers = "/QBXML/QBXMLMsgsRs/CustomerQueryRs/CustomerRet";
     const auto customers = browser::indexBy(doc, kCustomers, statements ? "ListID" : "FullName");
@@ -187,8 +135,7 @@ void DocumentSender::runCustomerDocuments(bool statements) {
         payments = groupBy(doc, "/QBXML/QBXMLMsgsRs/ReceivePaymentQueryRs/ReceivePaymentRet",
                            "CustomerRef/ListID");
     } else {
-        entries = groupBy(doc, "/QBXML/QBXMLMsgsRs/TimeTrackingQueryRs/TimeTrackingRet",
-                          "CustomerRef/FullName");
+        entries = groupBy(doc, type.recordPath, "CustomerRef/FullName");
     }
     auto take = [](auto& groups, const std::string& key) {
         std::vector<xml::Node> out;
@@ -198,20 +145,7 @@ void DocumentSender::runCustomerDocuments(bool statements) {
         }
         return out;
     };
-    RunPlan plan = statements ? RunPlan{"/statement.xslt",
-                                        "Statements sent",
-                                        "Statement conversion failed",
-                                        kIdCell,
-                                        kNameCell,
-                                        kEmailCell,
-                                        {}}
-                              : RunPlan{"/timesheet.xslt",
-                                        "Timesheets sent",
-                                        "Timesheet conversion failed",
-                                        kTimesheetNameCell,
-                                        kTimesheetNameCell,
-                                        kTimesheetEmailCell,
-                                        {}};
+    RunPlan plan(type);
     plan.render = [&](const xml::Stylesheet& sheet, const std::string& key, bool,
                       std::string& subject, std::string&) -> Result<std::string> {
         auto found = customers.find(key);
@@ -238,7 +172,7 @@ void DocumentSender::runCustomerDocuments(bool statements) {
             }
             customer.appendElement("PrintDate", clock::todayIso());
         }
-        subject = statements ? "Your Statement" : "Your Timesheet";
+        subject = type.subject;
         return sheet.transformNode(customer);
     };
     runRows(plan);

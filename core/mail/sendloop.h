@@ -24,6 +24,10 @@ namespace dorvane::platform {
 class ProgramFolder;
 }
 
+namespace dorvane::browser {
+struct DocumentType;
+}
+
 namespace dorvane::ui {
 class DocumentWindow;
 class UiPort;
@@ -52,16 +56,9 @@ public:
                    platform::SettingsStore& settings, company::CompanyInfo& company,
                    ui::UiPort& ui);
 
-    // Command1: loads the mail settings and runs the send procedure of the type on show.
+    // Command1: loads the mail settings and runs the send procedure of the type on show (none
+    // for a type without a style sheet).
     void sendSelectedDocuments();
-
-    void sendInvoices();
-    void sendSalesReceipts();
-    void sendEstimates();
-    void sendCreditMemos();
-    void sendPurchaseOrders();
-    void sendStatements();
-    void sendTimesheets();
 
     // Delivers one rendered document through the run's transport; `recipient` may be
     // replaced by the address the person gives. True when it went out.
@@ -88,11 +85,11 @@ public:
     Mailer& mailer() { return m_mailer; }
 
 private:
-    struct Kind;
     struct RunPlan;
     struct Rendered;
-    void runTransactions(const Kind& kind);
-    void runCustomerDocuments(bool statements);
+    void runTransactions(const browser::DocumentType& type);
+    // Statements and timesheets: one document per customer.
+    void runCustomerDocuments(const browser::DocumentType& type);
     // The run shared by every type: loads the style sheet, opens the transport, walks the
     // rows through the plan's renderer, writes the sent log.
     void runRows(const RunPlan& plan);

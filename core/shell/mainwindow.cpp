@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "shell/mainwindow.h"
 
+#include "browser/documenttypes.h"
 #include "platform/programfolder.h"
 #include "qbgateway/templates.h"
 #include "ui/uiport.h"
@@ -49,16 +50,10 @@ void MainWindow::selectDocumentType(const std::string& type) {
 void MainWindow::refresh() {
     setStatusText({});
     ui::BusyScope busy(m_ui);
-    // Only these types reload here. Timesheets by entity are reloaded by picking their menu
-    // entry again.
-    static constexpr const char* kRefreshable[] = {"PurchaseOrder", "Estimate",   "Invoice",
-                                                   "Statement",     "CreditMemo", "SalesReceipt",
-                                                   "Timesheet"};
-    for (const char* type : kRefreshable) {
-        if (m_documentType == type) {
-            runLoader(m_documentType);
-            return;
-        }
+    // A type that is not refreshable is reloaded by picking its menu entry again.
+    const browser::DocumentType* type = browser::findDocumentType(m_documentType);
+    if (type && type->refreshable) {
+        runLoader(m_documentType);
     }
 }
 

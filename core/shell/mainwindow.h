@@ -37,24 +37,6 @@ inline constexpr const char* kImportButton = "ImportBtn";
 inline constexpr const char* kUpdateWebButton = "UpdateWebBtn";
 inline constexpr const char* kHelpFile = "\\DorvaneHelp.htm";
 
-// One entry of the "&E-Mail" menu.
-struct DocumentMenuEntry {
-    const char* name;     // menu entry's control name
-    const char* caption;  // with its & accelerator
-    const char* type;     // the document type it selects
-};
-
-inline constexpr DocumentMenuEntry kDocumentMenu[] = {
-    {"SelectInvoice", "&Invoice", "Invoice"},
-    {"SelectEstimate", "&Estimate", "Estimate"},
-    {"SelectCreditMemo", "&Credit Memo", "CreditMemo"},
-    {"SelectReceipts", "&Sales Receipt", "SalesReceipt"},
-    {"SelectPO", "&PurchaseOrder", "PurchaseOrder"},
-    {"selectTimesheetA", "Timesheets/Entity", "TimesheetA"},
-    {"SelectTimesheets", "Timesheets/Customer", "Timesheet"},
-    {"SelectStatements", "&Statements", "Statement"},
-};
-
 class MainWindowObserver {
 public:
     virtual ~MainWindowObserver() = default;
@@ -94,7 +76,7 @@ public:
     // timeframe box, company information, default records. Loads no list.
     void startUp();
 
-    // A type entry of the "&E-Mail" menu.
+    // A type entry of the "&E-Mail" menu (browser::kDocumentTypes).
     void selectDocumentType(const std::string& type);
     // RefreshBtn.
     void refresh();

@@ -20,6 +20,7 @@
 #include <QStatusBar>
 #include <QTreeWidget>
 
+#include "browser/documenttypes.h"
 #include "gui/mainwindowview.h"
 #include "gui/qtuiport.h"
 #include "guitestsupport.h"
@@ -186,10 +187,10 @@ void Form3Test::controlsAndMenusCarryTheirNamesAndCaptions() {
 // Each E-Mail entry selects its own type and the caption shows it; Refresh and the timeframe
 // box reach core. (What core then does with them is tested without a window.)
 void Form3Test::menuEntriesAndButtonsReachCore() {
-    for (const auto& entry : shell::kDocumentMenu) {
+    for (const auto& entry : browser::kDocumentTypes) {
         m_loads.clear();
-        trigger(entry.name);
-        const QString type = QString::fromUtf8(entry.type);
+        trigger(entry.menuEntry);
+        const QString type = QString::fromUtf8(entry.name);
         QCOMPARE(m_view->windowTitle(), QStringLiteral("Dorvane ") + type);
         QCOMPARE(m_loads, QStringList{type + QStringLiteral("/ThisWeekToDate")});
     }

@@ -5,6 +5,7 @@
 #include <map>
 #include <utility>
 
+#include "browser/documenttypes.h"
 #include "browser/loaders.h"
 #include "browser/sentlog.h"
 #include "common/text.h"
@@ -525,6 +526,21 @@ TEST(SentLog, RecordsAndTheSubstringRule) {
     }
     EXPECT_EQ(log.find("<TxnID>", log.find("3C-1")), std::string::npos) << log;
     EXPECT_FALSE(SentLogIndex("").contains(""));
+}
+
+// What a type names in the program folder is shipped: its request, and the style sheet that
+// renders it for mailing compiles.
+TEST(DocumentTypes, TheirProgramFilesAreShipped) {
+    ScriptedUi ui;
+    const platform::ProgramFolder shipped(test::programSource(), ui);
+    for (const DocumentType& type : kDocumentTypes) {
+        SCOPED_TRACE(type.name);
+        EXPECT_EQ(findDocumentType(type.name), &type);
+        EXPECT_NE(shipped.readProgramFile(type.requestTemplate), "");
+        if (type.styleSheet) {
+            EXPECT_TRUE(xml::Stylesheet::load(shipped.filePath(type.styleSheet)));
+        }
+    }
 }
 
 }  // namespace

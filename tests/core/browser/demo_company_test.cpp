@@ -3,6 +3,7 @@
 // start-up, the lists of every menu entry, and a switch of company file.
 #include <gtest/gtest.h>
 
+#include "browser/documenttypes.h"
 #include "common/text.h"
 #include "qbgateway/defaultrecords.h"
 #include "qbgateway/response.h"
@@ -71,10 +72,10 @@ TEST_F(DemoCompanyTest, StartUpCreatesTheDefaultRecordsOnce) {
 TEST_F(DemoCompanyTest, EveryMenuEntryListsDocuments) {
     app->window().startUp();
     app->window().selectTimeframe(std::string_view("ALL"));
-    for (const auto& entry : shell::kDocumentMenu) {
-        SCOPED_TRACE(entry.type);
+    for (const auto& entry : browser::kDocumentTypes) {
+        SCOPED_TRACE(entry.name);
         ui.messages.clear();
-        app->window().selectDocumentType(entry.type);
+        app->window().selectDocumentType(entry.name);
         const auto& list = app->window().list();
         EXPECT_GT(list.rowCount(), 3);
         bool ready = false;
@@ -85,7 +86,7 @@ TEST_F(DemoCompanyTest, EveryMenuEntryListsDocuments) {
             EXPECT_EQ(row.cells.size(), list.columns().size());
         }
         EXPECT_TRUE(ready);
-        if (std::string(entry.type) != "TimesheetA") {
+        if (std::string(entry.name) != "TimesheetA") {
             EXPECT_TRUE(missing) << "the demo company has customers without e-mail";
         }
         EXPECT_TRUE(ui.messages.empty()) << ui.texts().front();

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "browser/documenttypes.h"
 #include "platform/programfolder.h"
 #include "support/testsupport.h"
 
@@ -61,16 +62,16 @@ TEST_F(MainWindowTest, PickingATypeLoadsItAndShowsTheSendControls) {
 
 TEST_F(MainWindowTest, RefreshReloadsEveryTypeButTimesheetsByEntity) {
     window.startUp();
-    for (const auto& entry : kDocumentMenu) {
-        window.selectDocumentType(entry.type);
+    for (const auto& entry : browser::kDocumentTypes) {
+        window.selectDocumentType(entry.name);
         journal.clear();
         window.setStatusText("old status");
         window.refresh();
         EXPECT_EQ(window.statusText(), "");
-        if (std::string(entry.type) == "TimesheetA") {
+        if (std::string(entry.name) == "TimesheetA") {
             EXPECT_TRUE(journal.empty());
         } else {
-            EXPECT_EQ(journal, (std::vector<std::string>{std::string("load ") + entry.type +
+            EXPECT_EQ(journal, (std::vector<std::string>{std::string("load ") + entry.name +
                                                          " ThisWeekToDate"}));
         }
     }
