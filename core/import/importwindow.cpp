@@ -145,7 +145,12 @@ std::optional<std::size_t> CounterpartList::findWholeWord(std::string_view text)
 ImportWindow::ImportWindow(ui::UiPort& ui, const platform::ProgramFolder& folder,
                            qbgateway::Gateway& gateway, platform::SettingsStore& settings,
                            qbgateway::DefaultRecords& lists)
-    : m_ui(ui), m_folder(folder), m_gateway(gateway), m_store(settings), m_lists(lists) {}
+    : WindowModel(kImportWindowControls, kIdleCaption),
+      m_ui(ui),
+      m_folder(folder),
+      m_gateway(gateway),
+      m_store(settings),
+      m_lists(lists) {}
 
 void ImportWindow::open() {
     reloadImportSettings();
@@ -160,61 +165,30 @@ void ImportWindow::reloadImportSettings() {
     m_settings = loadImportSettings(m_store);
 }
 
-ControlState ImportWindow::control(const std::string& name) const {
-    auto it = m_controls.find(name);
-    return it == m_controls.end() ? ControlState{} : it->second;
-}
-
-void ImportWindow::changed(std::string_view what) {
-    if (m_observer) {
-        m_observer->changed(what);
-    }
-}
-
-void ImportWindow::setControlVisible(const std::string& name, bool visible) {
-    m_controls[name].visible = visible;
-    changed(name);
-}
-
-void ImportWindow::setControlEnabled(const std::string& name, bool enabled) {
-    m_controls[name].enabled = enabled;
-    changed(name);
-}
-
-void ImportWindow::setCaption(std::string caption) {
-    m_caption = std::move(caption);
-    changed("caption");
-}
-
 void ImportWindow::setLabel1(std::string text) {
     m_label1 = std::move(text);
-    changed(kLabel1);
+    notify(kLabel1);
 }
 
 void ImportWindow::setNameTextQuietly(std::string text) {
     m_nameText = std::move(text);
-    changed(kNameText);
+    notify(kNameText);
 }
 
 void ImportWindow::setNameText(std::string text) {
     setNameTextQuietly(std::move(text));
 }
 
-void ImportWindow::setImportStatusText(std::string text) {
-    m_statusText = std::move(text);
-    changed(kStatusBar);
-}
-
 void ImportWindow::setList(CounterpartList list) {
     list.enabled = m_list.enabled;
     m_list = std::move(list);
-    changed(kVendorListView);
+    notify(kVendorListView);
 }
 
 void ImportWindow::clearSelection() {
     if (m_list.selected) {
         m_list.selected.reset();
-        changed(kVendorListView);
+        notify(kVendorListView);
     }
 }
 
@@ -223,27 +197,26 @@ void ImportWindow::itemClicked(std::size_t index) {
         return;
     }
     m_list.selected = index;
-    changed(kVendorListView);
+    notify(kVendorListView);
     setNameTextQuietly(m_list.items[index]);
 }
 
 void ImportWindow::selectAccount(std::size_t index) {
     if (index < m_accounts.size()) {
         m_selectedAccount = index;
-        changed(kSelAccountCombo);
+        notify(kSelAccountCombo);
     }
 }
 
 void ImportWindow::navigate(std::string_view fileName) {
     m_browserFile = m_folder.filePath(fileName);
     m_browserBody.reset();
-    m_controls[kWebBrowser].visible = true;
-    changed(kWebBrowser);
+    setControlVisible(kWebBrowser, true);
 }
 
 void ImportWindow::setBrowserBody(std::string body) {
     m_browserBody = std::move(body);
-    changed(kWebBrowser);
+    notify(kWebBrowser);
 }
 
 std::string ImportWindow::browserPage() const {
@@ -401,7 +374,7 @@ void ImportWindow::loadPaymentAccountList() {
     if (!m_accounts.empty()) {
         m_selectedAccount = 0;
     }
-    changed(kSelAccountCombo);
+    notify(kSelAccountCombo);
 }
 
 void ImportWindow::resetImportWindow() {

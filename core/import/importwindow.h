@@ -15,7 +15,6 @@
 
 #include <cstddef>
 #include <functional>
-#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -23,6 +22,7 @@
 
 #include "import/assignment.h"
 #include "import/exchangefile.h"
+#include "ui/windowmodel.h"
 #include "xml/xml.h"
 
 namespace dorvane::platform {
@@ -54,7 +54,7 @@ inline constexpr const char* kWebBrowser = "WebBrowser1";
 inline constexpr const char* kAddItemBtn = "AddItemBtn";
 inline constexpr const char* kSelItemBtn = "SelItemBtn";
 inline constexpr const char* kClearSelBtn = "ClearSelBtn";
-inline constexpr const char* kStatusBar = "StatusBar1";
+inline constexpr const char* kStatusBar = ui::kStatusBar;
 
 inline constexpr const char* kOptionsMenu = "Options";
 inline constexpr const char* kSelDVXImport = "SelDVXImport";
@@ -63,6 +63,14 @@ inline constexpr const char* kCapAuthorize = "capAuthorize";
 inline constexpr const char* kImpAuthNetBatch = "ImpAuthNetBatch";
 inline constexpr const char* kImpAuthNetBulk = "ImpAuthNetBulk";
 inline constexpr const char* kSynchronizePDA = "SynchronizePDA";
+
+// The controls and menu entries whose state the window keeps.
+inline constexpr const char* kImportWindowControls[] = {
+    kVendorListView,  kNameText,       kLabel1,         kLabel2,     kSelAccountLabel,
+    kSelAccountCombo, kWebBrowser,     kAddItemBtn,     kSelItemBtn, kClearSelBtn,
+    kStatusBar,       kOptionsMenu,    kSelDVXImport,   kSetPref,    kCapAuthorize,
+    kImpAuthNetBatch, kImpAuthNetBulk, kSynchronizePDA,
+};
 
 // ---- texts ---------------------------------------------------------------------------
 
@@ -148,20 +156,6 @@ struct PaymentAccount {
     std::string type;  // "Bank", "CreditCard", …
 };
 
-struct ControlState {
-    bool visible = true;
-    bool enabled = true;
-};
-
-class ImportWindowObserver {
-public:
-    virtual ~ImportWindowObserver() = default;
-    // `what` is a control name (kVendorListView, kLabel1, kWebBrowser, kSelAccountCombo,
-    // kNameText, kStatusBar, …) or "caption". The control's state and content may both have
-    // changed.
-    virtual void changed(std::string_view what) = 0;
-};
-
 // The menu entries that later subsystems fill in; an empty one does nothing.
 struct ImportWindowServices {
     std::function<void()> impAuthNetBatch;
@@ -171,12 +165,13 @@ struct ImportWindowServices {
     std::function<void()> importTimeTracking;
 };
 
-class ImportWindow {
+// Changes are told under the name of the control that shows them (kVendorListView, kLabel1,
+// kWebBrowser, kSelAccountCombo, kNameText, kStatusBar, …) or ui::kCaption.
+class ImportWindow final : public ui::WindowModel {
 public:
     ImportWindow(ui::UiPort& ui, const platform::ProgramFolder& folder, qbgateway::Gateway& gateway,
                  platform::SettingsStore& settings, qbgateway::DefaultRecords& lists);
 
-    void setObserver(ImportWindowObserver* observer) { m_observer = observer; }
     void setServices(ImportWindowServices services) { m_services = std::move(services); }
     void setDuplicatePolicy(DuplicatePolicy policy) { m_duplicatePolicy = policy; }
 
@@ -211,7 +206,7 @@ public:
     void previewDocument(std::string_view styleSheetName, xml::Node node);
     void loadPaymentAccountList();
     void resetImportWindow();
-    void setImportStatusText(std::string text);
+    void setImportStatusText(std::string text) { setStatusText(std::move(text)); }
     // Points WebBrowser1 at a file of the program folder (shown) / replaces its page's body.
     void navigate(std::string_view fileName);
     void setBrowserBody(std::string body);
@@ -235,9 +230,6 @@ public:
     void importAuthorizeNetReceipt();
 
     // ---- state ----
-    const std::string& caption() const { return m_caption; }
-    ControlState control(const std::string& name) const;
-    const std::string& statusText() const { return m_statusText; }
     const std::string& label1() const { return m_label1; }
     const std::string& nameText() const { return m_nameText; }
     const CounterpartList& counterparts() const { return m_list; }
@@ -267,12 +259,8 @@ public:
     bool sendAddRequest(std::string_view body);
 
 private:
-    void setControlVisible(const std::string& name, bool visible);
-    void setControlEnabled(const std::string& name, bool enabled);
-    void setCaption(std::string caption);
     void setLabel1(std::string text);
     void setNameTextQuietly(std::string text);
-    void changed(std::string_view what);
     void setList(CounterpartList list);
     void fillList(const char* header, const std::string& request, const char* path,
                   const char* nameChild);
@@ -294,14 +282,10 @@ private:
     qbgateway::Gateway& m_gateway;
     platform::SettingsStore& m_store;
     qbgateway::DefaultRecords& m_lists;
-    ImportWindowObserver* m_observer = nullptr;
     ImportWindowServices m_services;
     DuplicatePolicy m_duplicatePolicy = DuplicatePolicy::Ask;
 
     ImportSettings m_settings;
-    std::string m_caption = kIdleCaption;
-    std::map<std::string, ControlState, std::less<>> m_controls;
-    std::string m_statusText;
     std::string m_label1;
     std::string m_nameText;
     CounterpartList m_list;

@@ -50,7 +50,7 @@ void ImportWindow::loadCustomerList() {
 void ImportWindow::selectMatch(std::size_t index) {
     m_list.selected = index;
     m_list.bold = index;
-    changed(kVendorListView);
+    notify(kVendorListView);
 }
 
 void ImportWindow::matchVendor(const xml::Document& document) {
@@ -68,7 +68,7 @@ void ImportWindow::matchVendor(const xml::Document& document) {
         return;
     }
     m_list.selected.reset();
-    changed(kVendorListView);
+    notify(kVendorListView);
     setLabel1(std::string("Vendor ") + kCrLf + name + kCrLf + "not found" + kCrLf +
               "Please select a vendor. Otherwise a new vendor will be created from the bill");
 }
@@ -82,7 +82,7 @@ void ImportWindow::matchCustomer(const xml::Document& document) {
     m_list.bold.reset();
     if (name.empty()) {
         m_list.selected.reset();
-        changed(kVendorListView);
+        notify(kVendorListView);
         setLabel1(std::string("A company name as customer was not found.") + kCrLf +
                   "Please select one from the list or enter a new name." + kMayLeaveBlank);
         return;
@@ -94,7 +94,7 @@ void ImportWindow::matchCustomer(const xml::Document& document) {
                   "the list or enter a new name");
     } else {
         m_list.selected.reset();
-        changed(kVendorListView);
+        notify(kVendorListView);
         setLabel1("Customer " + name + "not found" + kCrLf +
                   "Please select one from the list or change the name." + kMayLeaveBlank);
     }

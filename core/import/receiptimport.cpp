@@ -25,12 +25,12 @@ void ImportWindow::captureReceipt(const std::function<void()>& read) {
     read();
     if (!m_settings.ignoreAuthNetCustomer) {
         m_list.enabled = true;
-        changed(kVendorListView);
+        notify(kVendorListView);
         setControlVisible(kLabel2, true);
         setControlVisible(kNameText, true);
     } else {
         m_list.enabled = false;
-        changed(kVendorListView);
+        notify(kVendorListView);
         setLabel1({});
         setControlVisible(kLabel2, false);
         setControlVisible(kNameText, false);
