@@ -38,7 +38,7 @@ constexpr const char* kUsage =
     "  reached.\n";
 
 // Prints the import window's status texts as they come, as its status bar shows them.
-class StatusPrinter final : public imports::ImportWindowObserver {
+class StatusPrinter final : public ui::WindowObserver {
 public:
     StatusPrinter(imports::ImportWindow& window, std::ostream& out) : m_window(window), m_out(out) {
         m_window.setObserver(this);

@@ -24,6 +24,7 @@
 #include "batch/batchimport.h"
 #include "gui/qtstrings.h"
 #include "gui/qtuiport.h"
+#include "gui/windowbinding.h"
 #include "platform/programfolder.h"
 
 namespace dorvane::gui {
@@ -46,14 +47,6 @@ constexpr MenuEntry kOptionsEntries[] = {
     {kImpAuthNetBatch, "Authorize.Net &Batch..."},
     {kImpAuthNetBulk, "Authorize.Net B&ulk..."},
     {kSynchronizePDA, "&Synchronize Handheld"},
-};
-
-// Every control whose visibility and enabled state core keeps.
-constexpr const char* kControls[] = {
-    kVendorListView,  kNameText,       kLabel1,         kLabel2,     kSelAccountLabel,
-    kSelAccountCombo, kWebBrowser,     kAddItemBtn,     kSelItemBtn, kClearSelBtn,
-    kStatusBar,       kOptionsMenu,    kSelDVXImport,   kSetPref,    kCapAuthorize,
-    kImpAuthNetBatch, kImpAuthNetBulk, kSynchronizePDA,
 };
 
 QString name(const char* controlName) {
@@ -116,25 +109,13 @@ ImportWindowView::ImportWindowView(ImportWindow& window, QWidget* parent, Comman
     status->addPermanentWidget(m_cancelBatch);
     setStatusBar(status);
 
-    // Looked up once: a dialog open over this window has controls of the same names.
-    for (const char* control : kControls) {
-        QObject* found = findChild<QMenu*>(name(control));
-        if (found == nullptr) {
-            found = findChild<QWidget*>(name(control));
-        }
-        if (found == nullptr) {
-            found = findChild<QAction*>(name(control));
-        }
-        m_controls.insert(name(control), found);
-    }
-
     resize(900, 600);
-    m_window.setObserver(this);
+    m_binding = std::make_unique<WindowBinding>(m_window, *this, *m_statusPanel,
+                                                [this](std::string_view what) { changed(what); });
     renderAll();
 }
 
 ImportWindowView::~ImportWindowView() {
-    m_window.setObserver(nullptr);
     if (m_batchImport != nullptr) {
         m_batchImport->onProgress({});
     }
@@ -287,26 +268,16 @@ void ImportWindowView::buildCentralWidget() {
 }
 
 void ImportWindowView::renderAll() {
-    changed("caption");
-    for (const char* control : kControls) {
-        renderControl(control);
-    }
+    m_binding->renderAll();
     renderList();
     renderAccounts();
     renderNameText();
     renderPane();
     m_label1->setText(lines(m_window.label1()));
-    m_statusPanel->setText(toQString(m_window.statusText()));
 }
 
 void ImportWindowView::changed(std::string_view what) {
     const QScopedValueRollback rendering(m_rendering, true);
-    if (what == "caption") {
-        setWindowTitle(toQString(m_window.caption()));
-        return;
-    }
-    const std::string control(what);
-    renderControl(control.c_str());
     if (what == kVendorListView) {
         renderList();
     } else if (what == kSelAccountCombo) {
@@ -317,31 +288,6 @@ void ImportWindowView::changed(std::string_view what) {
         renderPane();
     } else if (what == kLabel1) {
         m_label1->setText(lines(m_window.label1()));
-    } else if (what == kStatusBar) {
-        m_statusPanel->setText(toQString(m_window.statusText()));
-    }
-}
-
-void ImportWindowView::renderControl(const char* control) {
-    const ControlState state = m_window.control(control);
-    const QString objectName = name(control);
-    bool enabled = state.enabled;
-    if (objectName == name(kVendorListView)) {
-        enabled = enabled && m_window.counterparts().enabled;
-    }
-    QObject* shown = m_controls.value(objectName);
-    if (auto* menu = qobject_cast<QMenu*>(shown)) {
-        menu->menuAction()->setVisible(state.visible);  // showing the QMenu would pop it up
-        menu->menuAction()->setEnabled(enabled);
-    } else if (auto* widget = qobject_cast<QWidget*>(shown)) {
-        widget->setVisible(state.visible);
-        widget->setEnabled(enabled);
-    } else if (auto* action = qobject_cast<QAction*>(shown)) {
-        action->setVisible(state.visible);
-        action->setEnabled(enabled);
-    }
-    if (objectName == name(kWebBrowser)) {
-        m_openInBrowser->setVisible(state.visible && !m_window.browserFile().empty());
     }
 }
 
@@ -415,6 +361,7 @@ void ImportWindowView::renderNameText() {
 
 void ImportWindowView::renderPane() {
     const std::string& file = m_window.browserFile();
+    m_openInBrowser->setVisible(m_window.control(kWebBrowser).visible && !file.empty());
     const bool xmlFile = file.size() >= 4 && file.compare(file.size() - 4, 4, ".xml") == 0;
     if (xmlFile && !m_window.browserBody()) {
         m_pane->setPlainText(toQString(m_window.browserPage()));

@@ -10,9 +10,9 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <string_view>
 
-#include <QHash>
 #include <QMainWindow>
 
 #include "import/importwindow.h"
@@ -31,7 +31,9 @@ class BatchImport;
 
 namespace dorvane::gui {
 
-class ImportWindowView final : public QMainWindow, private imports::ImportWindowObserver {
+class WindowBinding;
+
+class ImportWindowView final : public QMainWindow {
     Q_OBJECT
 
 public:
@@ -51,9 +53,8 @@ private:
     void buildMenu();
     void buildCentralWidget();
     void renderAll();
-    void changed(std::string_view what) override;
+    void changed(std::string_view what);
 
-    void renderControl(const char* name);
     void renderList();
     void renderAccounts();
     void renderNameText();
@@ -63,6 +64,7 @@ private:
 
     imports::ImportWindow& m_window;
     CommandRunner m_runner;
+    std::unique_ptr<WindowBinding> m_binding;
     QTreeWidget* m_list = nullptr;
     QLineEdit* m_nameText = nullptr;
     QLabel* m_label1 = nullptr;
@@ -73,7 +75,6 @@ private:
     QProgressBar* m_batchProgress = nullptr;
     QPushButton* m_cancelBatch = nullptr;
     batch::BatchImport* m_batchImport = nullptr;
-    QHash<QString, QObject*> m_controls;  // by control name
     bool m_rendering = false;
     bool m_commandRunning = false;
 };

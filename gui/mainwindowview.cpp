@@ -27,6 +27,7 @@
 #include "gui/importwindowview.h"
 #include "gui/qtstrings.h"
 #include "gui/webconnectorwait.h"
+#include "gui/windowbinding.h"
 #include "mail/preferences.h"
 #include "platform/programfolder.h"
 #include "ui/uiport.h"
@@ -75,13 +76,13 @@ MainWindowView::MainWindowView(shell::Application& app, QWidget* parent)
     buildCentralWidget();
 
     auto* status = new QStatusBar(this);
-    status->setObjectName(QStringLiteral("StatusBar1"));
+    status->setObjectName(name(ui::kStatusBar));
     m_statusPanel = new QLabel(status);
-    m_statusPanel->setObjectName(QStringLiteral("StatusBar1Panel1"));
+    m_statusPanel->setObjectName(name(ui::kStatusBar) + QStringLiteral("Panel1"));
     m_statusPanel->setTextFormat(Qt::PlainText);
     status->addWidget(m_statusPanel, 1);
     m_progressBar = new QProgressBar(status);
-    m_progressBar->setObjectName(QStringLiteral("ProgressBar1"));
+    m_progressBar->setObjectName(name(shell::kProgressBar));
     m_progressBar->setRange(0, 100);
     m_progressBar->setMaximumWidth(200);
     status->addPermanentWidget(m_progressBar);
@@ -94,7 +95,9 @@ MainWindowView::MainWindowView(shell::Application& app, QWidget* parent)
 
     resize(820, 560);
 
-    m_app.window().setObserver(this);
+    m_binding =
+        std::make_unique<WindowBinding>(m_app.window(), *this, *m_statusPanel,
+                                        [this](std::string_view what) { modelChanged(what); });
     m_app.window().list().setObserver(this);
     renderAll();
 
@@ -115,7 +118,6 @@ MainWindowView::MainWindowView(shell::Application& app, QWidget* parent)
 
 MainWindowView::~MainWindowView() {
     m_app.window().list().setObserver(nullptr);
-    m_app.window().setObserver(nullptr);
 }
 
 QStringList MainWindowView::iconFiles() {
@@ -188,7 +190,7 @@ void MainWindowView::buildCentralWidget() {
     refresh->setObjectName(name(shell::kRefreshButton));
 
     m_companyLabel = new QLabel(central);
-    m_companyLabel->setObjectName(QStringLiteral("Label1"));
+    m_companyLabel->setObjectName(name(shell::kCompanyLabel));
     m_companyLabel->setTextFormat(Qt::PlainText);
     m_companyLabel->setTextInteractionFlags(Qt::TextSelectableByMouse);
     m_companyLabel->setAlignment(Qt::AlignLeft | Qt::AlignTop);
@@ -255,13 +257,7 @@ void MainWindowView::buildCentralWidget() {
 }
 
 void MainWindowView::renderAll() {
-    captionChanged();
-    for (const char* control :
-         {shell::kListView, shell::kTimeframeCombo, shell::kRefreshButton, shell::kSendButton,
-          shell::kPreviewCheck, shell::kImportButton, shell::kUpdateWebButton}) {
-        controlChanged(control);
-    }
-    statusTextChanged();
+    m_binding->renderAll();
     companyTextChanged();
     timeframeChanged();
     previewChanged();
@@ -269,29 +265,16 @@ void MainWindowView::renderAll() {
     listReset();
 }
 
-void MainWindowView::captionChanged() {
-    setWindowTitle(toQString(m_app.window().caption()));
-}
-
-void MainWindowView::controlChanged(const std::string& control) {
-    const shell::ControlState state = m_app.window().control(control);
-    const QString objectName = toQString(control);
-    QAction* action = findChild<QAction*>(objectName);
-    if (auto* menu = findChild<QMenu*>(objectName)) {
-        action = menu->menuAction();  // showing the QMenu itself would pop it up
-    } else if (auto* widget = findChild<QWidget*>(objectName)) {
-        widget->setVisible(state.visible);
-        widget->setEnabled(state.enabled);
-        return;
+void MainWindowView::modelChanged(std::string_view what) {
+    if (what == shell::kCompanyLabel) {
+        companyTextChanged();
+    } else if (what == shell::kTimeframeCombo) {
+        timeframeChanged();
+    } else if (what == shell::kPreviewCheck) {
+        previewChanged();
+    } else if (what == shell::kProgressBar) {
+        progressChanged();
     }
-    if (action != nullptr) {
-        action->setVisible(state.visible);
-        action->setEnabled(state.enabled);
-    }
-}
-
-void MainWindowView::statusTextChanged() {
-    m_statusPanel->setText(toQString(m_app.window().statusText()));
 }
 
 void MainWindowView::companyTextChanged() {

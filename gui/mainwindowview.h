@@ -15,6 +15,8 @@
 #pragma once
 
 #include <functional>
+#include <memory>
+#include <string_view>
 
 #include <QList>
 #include <QMainWindow>
@@ -38,9 +40,9 @@ namespace dorvane::gui {
 class ImportWindowView;
 class WebConnectorWait;
 
-class MainWindowView final : public QMainWindow,
-                             private shell::MainWindowObserver,
-                             private ui::ListObserver {
+class WindowBinding;
+
+class MainWindowView final : public QMainWindow, private ui::ListObserver {
     Q_OBJECT
 
 public:
@@ -71,14 +73,12 @@ private:
     void loadImageList();
     void renderAll();
 
-    // shell::MainWindowObserver
-    void captionChanged() override;
-    void controlChanged(const std::string& control) override;
-    void statusTextChanged() override;
-    void companyTextChanged() override;
-    void timeframeChanged() override;
-    void previewChanged() override;
-    void progressChanged() override;
+    // What core's window shows besides the caption, the status text and the controls' state.
+    void modelChanged(std::string_view what);
+    void companyTextChanged();
+    void timeframeChanged();
+    void previewChanged();
+    void progressChanged();
 
     // ui::ListObserver
     void listReset() override;
@@ -97,6 +97,7 @@ private:
     void openImportWindow();
 
     shell::Application& m_app;
+    std::unique_ptr<WindowBinding> m_binding;
     QList<QIcon> m_imageList;
     QTreeWidget* m_listView = nullptr;
     QComboBox* m_timeframeCombo = nullptr;

@@ -8,7 +8,7 @@
 #include "common/text.h"
 #include "import/assignment.h"
 #include "import/exchangefile.h"
-#include "import/importwindow.h"
+#include "import/importsurface.h"
 #include "import/receipt.h"
 #include "platform/programfolder.h"
 #include "platform/settings.h"
@@ -121,24 +121,32 @@ struct BatchImport::Sheets {
     bool createCustomers = false;
 };
 
-BatchImport::BatchImport(imports::ImportWindow& window, platform::SettingsStore& settings)
-    : m_window(window), m_store(settings), m_log(window.folder()), m_journal(window.folder()) {}
+BatchImport::BatchImport(imports::ImportSurface& window, ui::UiPort& ui,
+                         const platform::ProgramFolder& folder, qbgateway::Gateway& gateway,
+                         imports::ImportSettingsSource& settings)
+    : m_window(window),
+      m_ui(ui),
+      m_folder(folder),
+      m_gateway(gateway),
+      m_settings(settings),
+      m_log(folder),
+      m_journal(folder) {}
 
 // ---- the menu entries ------------------------------------------------------------------
 
 void BatchImport::impAuthNetBatch() {
-    const auto file = m_window.ui().openFileDialog(kSelectBatchFileTitle, kBatchFileFilter);
+    const auto file = m_ui.openFileDialog(kSelectBatchFileTitle, kBatchFileFilter);
     if (file && !file->empty()) {
         processAuthNetBatch(*file);
     }
 }
 
 void BatchImport::impAuthNetBulk() {
-    if (m_window.ui().messageBox(kBulkWarning, ui::kProgramTitle, ui::Icon::None,
-                                 ui::Buttons::OkCancel) != ui::Answer::Ok) {
+    if (m_ui.messageBox(kBulkWarning, ui::kProgramTitle, ui::Icon::None, ui::Buttons::OkCancel) !=
+        ui::Answer::Ok) {
         return;
     }
-    const auto file = m_window.ui().openFileDialog(kSelectBatchFileTitle, kBatchFileFilter);
+    const auto file = m_ui.openFileDialog(kSelectBatchFileTitle, kBatchFileFilter);
     if (file && !file->empty()) {
         processAuthNetBulk(*file);
     }
@@ -150,7 +158,7 @@ bool BatchImport::quotedFields() const {
     if (m_quotedOverride) {
         return *m_quotedOverride;
     }
-    return m_store.getInt(imports::kImportSection, imports::kQuotedFieldsKey, 0) != 0;
+    return m_settings.store().getInt(imports::kImportSection, imports::kQuotedFieldsKey, 0) != 0;
 }
 
 CsvOptions BatchImport::csvOptions(std::vector<std::size_t>* cut) const {
@@ -177,8 +185,8 @@ bool BatchImport::beginRun(CsvLineReader& reader, const Fields& names,
     m_keepJournal = false;
     m_summary = {};
     m_window.navigate(kStartPage);
-    m_window.ui().yield();
-    m_window.reloadImportSettings();
+    m_ui.yield();
+    m_settings.reload();
     m_log.refresh();
     bool ok = acceptHeader(names, fileName);
     if (ok && !recoverInterruptedReceipt()) {
@@ -255,8 +263,8 @@ bool BatchImport::recoverInterruptedReceipt() {
         try {
             m_log.append(entry->txnId);
         } catch (const platform::FileWriteError& e) {
-            m_window.ui().messageBox(std::string("Could not write ") + imports::kBatchLogFile +
-                                     ": " + e.description());
+            m_ui.messageBox(std::string("Could not write ") + imports::kBatchLogFile + ": " +
+                            e.description());
             return false;
         }
         m_window.setImportStatusText("Transaction " + entry->txnId +
@@ -272,8 +280,7 @@ std::optional<bool> BatchImport::receiptInQuickBooks(const BatchJournal::Entry& 
         "requestID=\"1\"><TxnDateRangeFilter><FromTxnDate>" +
         xml::escapeText(entry.date) + "</FromTxnDate><ToTxnDate>" + xml::escapeText(entry.date) +
         "</ToTxnDate></TxnDateRangeFilter></SalesReceiptQueryRq></QBXMLMsgsRq></QBXML>";
-    const std::string response =
-        m_window.gateway().processRequest(imports::withRequestProlog(query));
+    const std::string response = m_gateway.processRequest(imports::withRequestProlog(query));
     if (response.empty() || !qbgateway::checkResponseStatus(response, nullptr).empty()) {
         return std::nullopt;
     }
@@ -290,8 +297,8 @@ std::optional<bool> BatchImport::receiptInQuickBooks(const BatchJournal::Entry& 
 }
 
 bool BatchImport::loadSheets(Sheets& sheets) {
-    sheets.createCustomers = !m_window.importSettings().ignoreAuthNetCustomer;
-    const auto& folder = m_window.folder();
+    sheets.createCustomers = !m_settings.current().ignoreAuthNetCustomer;
+    const auto& folder = m_folder;
     auto receipt = xml::Stylesheet::load(
         folder.filePath(sheets.createCustomers ? kReceiptSheet : kReceiptWithoutCustomerSheet));
     if (!receipt) {
@@ -351,7 +358,7 @@ void BatchImport::processAuthNetBatch(const std::string& fileName) {
     }
     std::vector<std::string> results;
     guardedRecords(document, cut, Mode::Batch, sheets, results);
-    m_window.ui().yield();
+    m_ui.yield();
     std::string page = kResultsHead;
     for (const std::string& line : results) {
         page += line;
@@ -418,7 +425,7 @@ void BatchImport::processAuthNetBatchFromString(const std::vector<std::string>& 
         m_cancelRequested = false;
         m_keepJournal = false;
         m_summary = {};
-        m_window.reloadImportSettings();
+        m_settings.reload();
         m_log.refresh();
         if (!recoverInterruptedReceipt()) {
             m_summary.unreachable = m_summary.stopped = true;
@@ -434,7 +441,7 @@ void BatchImport::processAuthNetBatchFromString(const std::vector<std::string>& 
         m_log.refresh();
         guardedRecords(document, cut, Mode::Bulk, sheets, exceptions);
     }
-    m_window.ui().yield();
+    m_ui.yield();
     if (standalone) {
         endRun();
     }
@@ -450,15 +457,15 @@ void BatchImport::guardedRecords(const xml::Document& document, const std::vecto
     } catch (const std::exception& e) {
         m_summary.stopped = true;
         m_keepJournal = true;
-        m_window.ui().messageBox(std::string("The batch import stopped: ") + e.what(),
-                                 ui::kProgramTitle, ui::Icon::Exclamation);
+        m_ui.messageBox(std::string("The batch import stopped: ") + e.what(), ui::kProgramTitle,
+                        ui::Icon::Exclamation);
     }
 }
 
 bool BatchImport::processRecords(const xml::Document& document, const std::vector<std::size_t>& cut,
                                  Mode mode, Sheets& sheets, std::vector<std::string>& lines) {
-    ui::UiPort& ui = m_window.ui();
-    qbgateway::Gateway& gateway = m_window.gateway();
+    ui::UiPort& ui = m_ui;
+    qbgateway::Gateway& gateway = m_gateway;
     const bool batch = mode == Mode::Batch;
     const std::vector<xml::Node> records = document.root().selectAll(kRecordTag);
     std::size_t at = 0;
@@ -564,7 +571,7 @@ bool BatchImport::processRecords(const xml::Document& document, const std::vecto
             return stop(converted.error().description);
         }
         std::string request = std::move(converted).value();
-        imports::applyItemAssignment(request, m_window.importSettings());
+        imports::applyItemAssignment(request, m_settings.current());
         const BatchJournal::Entry entry{requestDate(request), txnId};
         try {
             m_journal.note(entry.date, entry.txnId);

@@ -25,11 +25,20 @@
 #include "xml/xml.h"
 
 namespace dorvane::imports {
-class ImportWindow;
-}
+class ImportSettingsSource;
+class ImportSurface;
+}  // namespace dorvane::imports
 
 namespace dorvane::platform {
-class SettingsStore;
+class ProgramFolder;
+}
+
+namespace dorvane::qbgateway {
+class Gateway;
+}
+
+namespace dorvane::ui {
+class UiPort;
 }
 
 namespace dorvane::batch {
@@ -118,7 +127,10 @@ std::string stopReport(const RunSummary& run);
 
 class BatchImport {
 public:
-    BatchImport(imports::ImportWindow& window, platform::SettingsStore& settings);
+    // Reports in `window`'s status bar and pane.
+    BatchImport(imports::ImportSurface& window, ui::UiPort& ui,
+                const platform::ProgramFolder& folder, qbgateway::Gateway& gateway,
+                imports::ImportSettingsSource& settings);
 
     // ---- the Options menu's entries ----
     // ImpAuthNetBatch: the file dialog, then processAuthNetBatch.
@@ -178,8 +190,11 @@ private:
     bool quotedFields() const;
     CsvOptions csvOptions(std::vector<std::size_t>* cut) const;
 
-    imports::ImportWindow& m_window;
-    platform::SettingsStore& m_store;
+    imports::ImportSurface& m_window;
+    ui::UiPort& m_ui;
+    const platform::ProgramFolder& m_folder;
+    qbgateway::Gateway& m_gateway;
+    imports::ImportSettingsSource& m_settings;
     BatchLog m_log;
     BatchJournal m_journal;
     std::optional<bool> m_quotedOverride;

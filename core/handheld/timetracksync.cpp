@@ -7,7 +7,7 @@
 #include "common/text.h"
 #include "handheld/pocketpc.h"
 #include "import/exchangefile.h"
-#include "import/importwindow.h"
+#include "import/importsurface.h"
 #include "platform/programfolder.h"
 #include "qbgateway/gateway.h"
 #include "qbgateway/response.h"
@@ -67,7 +67,7 @@ std::string EmployeeChoiceModel::choice() const {
 }
 
 TimeTrackingSync::TimeTrackingSync(ui::UiPort& ui, const platform::ProgramFolder& folder,
-                                   qbgateway::Gateway& gateway, imports::ImportWindow& window,
+                                   qbgateway::Gateway& gateway, imports::ImportSurface& window,
                                    DeviceFactory device)
     : m_ui(ui),
       m_folder(folder),

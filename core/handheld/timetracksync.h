@@ -32,7 +32,7 @@ class Gateway;
 }  // namespace dorvane::qbgateway
 
 namespace dorvane::imports {
-class ImportWindow;
+class ImportSurface;
 }
 
 namespace dorvane::handheld {
@@ -104,7 +104,7 @@ using DeviceFactory = std::function<std::unique_ptr<DeviceApi>()>;
 class TimeTrackingSync {
 public:
     TimeTrackingSync(ui::UiPort& ui, const platform::ProgramFolder& folder,
-                     qbgateway::Gateway& gateway, imports::ImportWindow& window,
+                     qbgateway::Gateway& gateway, imports::ImportSurface& window,
                      DeviceFactory device);
 
     // What a failed connection to the handheld does after its message: the program ends.
@@ -127,7 +127,7 @@ private:
     ui::UiPort& m_ui;
     const platform::ProgramFolder& m_folder;
     qbgateway::Gateway& m_gateway;
-    imports::ImportWindow& m_window;
+    imports::ImportSurface& m_window;
     DeviceFactory m_device;
     std::function<void()> m_endApplication;
     std::vector<std::string> m_employees;

@@ -55,6 +55,12 @@ ImportSettings loadImportSettings(const platform::SettingsStore& store) {
     return s;
 }
 
+const ImportSettings& ImportSettingsSource::reload() {
+    m_store.reload();
+    m_settings = loadImportSettings(m_store);
+    return m_settings;
+}
+
 std::string ImportPreferencesModel::Choice::text() const {
     return selected < entries.size() ? entries[selected] : std::string();
 }

@@ -43,6 +43,22 @@ std::string accountNameFromSetting(std::string_view setting);
 // Reads the five values of section "Import" with their defaults.
 ImportSettings loadImportSettings(const platform::SettingsStore& store);
 
+// The import settings as last read from the store. The import window and the batch import
+// share one, so that what one reads the other imports with.
+class ImportSettingsSource {
+public:
+    explicit ImportSettingsSource(platform::SettingsStore& store) : m_store(store) {}
+
+    // Reads the store again, then the settings.
+    const ImportSettings& reload();
+    const ImportSettings& current() const { return m_settings; }
+    platform::SettingsStore& store() { return m_store; }
+
+private:
+    platform::SettingsStore& m_store;
+    ImportSettings m_settings;
+};
+
 // The import preferences dialog. The front end shows the four lists with their selected
 // entries and the check box, lets the person change them, and on OK calls save() and then
 // loadImportSettings(); Cancel saves nothing.

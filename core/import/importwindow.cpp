@@ -7,29 +7,14 @@
 
 #include "common/files.h"
 #include "common/text.h"
+#include "import/receipt.h"
 #include "platform/programfolder.h"
 #include "platform/settings.h"
 #include "qbgateway/defaultrecords.h"
-#include "qbgateway/gateway.h"
-#include "qbgateway/response.h"
 #include "ui/uiport.h"
 
 namespace dorvane::imports {
 namespace {
-
-constexpr const char* kBillAddedPage =
-    "<body><p align='center'><b><font color='#0000FF'>Bill sucessfully added.</font></b></p><p "
-    "align='center'>Please inspect this bill in Quickbooks ( Accounts Payable) </p><p "
-    "align='center'>and, if necessary, adjust Terms, Items and Accounts.</p></body>";
-constexpr const char* kPurchaseOrderAddedPage =
-    "<body><p align='center'><b><font color='#0000FF'>Purchase Order sucessfully "
-    "added.</font></b></p><p align='center'>Please inspect this bill in Quickbooks ( Vendors / "
-    "PO List) </p><p align='center'>and, if necessary, adjust the Items.</p></body>";
-constexpr const char* kChargeAddedPage =
-    "<body><p align='center'><b><font color='#0000FF'>Sales Receipt sucessfully "
-    "added.</font></b></p><p align='center'>Please inspect this charge in Quickbooks ( "
-    "Checking/CreditCard) </p><p align='center'>and, if necessary, adjust Terms, Items and "
-    "Accounts.</p></body>";
 
 // The hidden-at-opening controls.
 constexpr const char* kHiddenAtOpening[] = {kWebBrowser,      kAddItemBtn, kSelAccountLabel,
@@ -51,101 +36,22 @@ std::pair<std::size_t, std::size_t> bodyElement(const std::string& html) {
     return {open, end == std::string::npos ? lower.size() : end + 1};
 }
 
-// What a reader calls each counter-document, and where its total stands in the answer.
-struct BookedKind {
-    const char* add;
-    const char* label;
-    const char* payee;
-    const char* amount;
-    const char* noun;     // as a sentence names it
-    const char* account;  // the paying account; nullptr when the document has none
-};
-
-constexpr BookedKind kBookedKinds[] = {
-    {"BillAdd", "Bill", "VendorRef/FullName", "AmountDue", "bill", nullptr},
-    {"PurchaseOrderAdd", "Purchase order", "VendorRef/FullName", "TotalAmount", "purchase order",
-     nullptr},
-    {"CheckAdd", "Check", "PayeeEntityRef/FullName", "Amount", "check", "AccountRef/FullName"},
-    {"CreditCardChargeAdd", "Credit card charge", "PayeeEntityRef/FullName", "Amount",
-     "card charge", "AccountRef/FullName"},
-    {"SalesReceiptAdd", "Sales receipt", "CustomerRef/FullName", "TotalAmount", "sales receipt",
-     nullptr},
-};
-
-// The record an accepted add request's answer describes.
-AddedRecord addedRecord(const xml::Node& ret) {
-    const std::string name = ret.name();
-    if (name == "VendorRet") {
-        return {"vendor", ret.valueOf("Name"), {}, {}, {}, {}};
-    }
-    if (name == "CustomerRet") {
-        return {"customer", ret.valueOf("FullName"), {}, {}, {}, {}};
-    }
-    for (const BookedKind& k : kBookedKinds) {
-        const std::string_view add(k.add);
-        if (std::string(add.substr(0, add.size() - 3)) + "Ret" == name) {
-            return {k.noun,
-                    {},
-                    ret.valueOf("RefNumber"),
-                    ret.valueOf(k.amount),
-                    k.account ? ret.valueOf(k.account) : std::string(),
-                    ret.valueOf(k.payee)};
-        }
-    }
-    return {text::toLower(name), {}, ret.valueOf("RefNumber"), {}, {}, {}};
-}
-
 }  // namespace
-
-std::string describeMissing(const MissingRecord& record) {
-    if (record.kind == "payment account") {
-        if (record.name.empty()) {
-            return "QuickBooks has no bank or credit-card account to pay a sales receipt from";
-        }
-        return "The account '" + record.name + "' is of the type " + record.accountType +
-               "; a sales receipt is paid from a Bank or CreditCard account";
-    }
-    if (record.name.empty()) {
-        return "The import preference " + record.settingKey + " names no " + record.kind;
-    }
-    return "QuickBooks has no " + record.kind + " '" + record.name +
-           "', which the import preference " + record.settingKey + " names";
-}
-
-// ---- the counterpart list ----------------------------------------------------------------
-
-std::optional<std::size_t> CounterpartList::findPartial(std::string_view text) const {
-    const std::string wanted = text::toLower(text);
-    for (std::size_t i = 0; i < items.size(); ++i) {
-        if (text::toLower(items[i]).starts_with(wanted)) {
-            return i;
-        }
-    }
-    return std::nullopt;
-}
-
-std::optional<std::size_t> CounterpartList::findWholeWord(std::string_view text) const {
-    const std::string wanted = text::toLower(text);
-    for (std::size_t i = 0; i < items.size(); ++i) {
-        const std::string item = text::toLower(items[i]);
-        if (!item.starts_with(wanted)) {
-            continue;
-        }
-        const bool wordEnds = item.size() == wanted.size() || wanted.empty() ||
-                              !std::isalnum(static_cast<unsigned char>(item[wanted.size()]));
-        if (wordEnds) {
-            return i;
-        }
-    }
-    return std::nullopt;
-}
 
 // ---- the window ----------------------------------------------------------------------
 
 ImportWindow::ImportWindow(ui::UiPort& ui, const platform::ProgramFolder& folder,
-                           qbgateway::Gateway& gateway, platform::SettingsStore& settings,
+                           qbgateway::Gateway& gateway, ImportSettingsSource& settings,
                            qbgateway::DefaultRecords& lists)
-    : m_ui(ui), m_folder(folder), m_gateway(gateway), m_store(settings), m_lists(lists) {}
+    : WindowModel(kImportWindowControls, kIdleCaption),
+      m_ui(ui),
+      m_folder(folder),
+      m_gateway(gateway),
+      m_settings(settings),
+      m_lists(lists),
+      m_converter(folder, lists),
+      m_counterparts(gateway, ui, folder),
+      m_receipts(ui, folder) {}
 
 void ImportWindow::open() {
     reloadImportSettings();
@@ -155,66 +61,91 @@ void ImportWindow::open() {
     setNameTextQuietly({});
 }
 
-void ImportWindow::reloadImportSettings() {
-    m_store.reload();
-    m_settings = loadImportSettings(m_store);
-}
-
-ControlState ImportWindow::control(const std::string& name) const {
-    auto it = m_controls.find(name);
-    return it == m_controls.end() ? ControlState{} : it->second;
-}
-
-void ImportWindow::changed(std::string_view what) {
-    if (m_observer) {
-        m_observer->changed(what);
-    }
-}
-
-void ImportWindow::setControlVisible(const std::string& name, bool visible) {
-    m_controls[name].visible = visible;
-    changed(name);
-}
-
-void ImportWindow::setControlEnabled(const std::string& name, bool enabled) {
-    m_controls[name].enabled = enabled;
-    changed(name);
-}
-
-void ImportWindow::setCaption(std::string caption) {
-    m_caption = std::move(caption);
-    changed("caption");
-}
-
 void ImportWindow::setLabel1(std::string text) {
     m_label1 = std::move(text);
-    changed(kLabel1);
+    notify(kLabel1);
 }
 
 void ImportWindow::setNameTextQuietly(std::string text) {
     m_nameText = std::move(text);
-    changed(kNameText);
+    notify(kNameText);
 }
 
 void ImportWindow::setNameText(std::string text) {
     setNameTextQuietly(std::move(text));
 }
 
-void ImportWindow::setImportStatusText(std::string text) {
-    m_statusText = std::move(text);
-    changed(kStatusBar);
-}
-
 void ImportWindow::setList(CounterpartList list) {
     list.enabled = m_list.enabled;
     m_list = std::move(list);
-    changed(kVendorListView);
+    notify(kVendorListView);
+}
+
+// ---- counterparts -------------------------------------------------------------------
+
+// Emptied before QuickBooks is asked.
+void ImportWindow::loadCounterparts(Party party) {
+    CounterpartList list;
+    list.columnHeader = Counterparts::header(party);
+    setList(list);
+    if (auto names = m_counterparts.names(party)) {
+        list.items = std::move(*names);
+        setList(std::move(list));
+    }
+}
+
+void ImportWindow::matchCounterpart(Party party) {
+    const auto match = imports::matchCounterpart(party, m_list, m_document);
+    if (!match) {
+        return;
+    }
+    m_list.selected = match->index;
+    m_list.bold = match->index;
+    notify(kVendorListView);
+    setLabel1(match->report);
+    if (match->nameText) {
+        setNameTextQuietly(*match->nameText);
+    }
+}
+
+bool ImportWindow::addVendorFromDocument() {
+    m_outcome = ImportOutcome::NotSent;
+    const DocumentKind kind = recogniseKind(m_documentKind);
+    if (m_ui.messageBox("Dorvane will now add a new vendor", ui::kProgramTitle, ui::Icon::None,
+                        ui::Buttons::OkCancel) != ui::Answer::Ok) {
+        if (kind == DocumentKind::Invoice || kind == DocumentKind::Estimate) {
+            m_report.declinedCreation = "vendor";
+            m_report.declinedName = m_document.valueOf("//CompanyRet/CompanyName");
+        }
+        return false;
+    }
+    return addParty(m_counterparts.vendorAddRequest(m_document, kind), "Vendor added");
+}
+
+bool ImportWindow::addCustomerFromReceipt(const std::string& name) {
+    m_outcome = ImportOutcome::NotSent;
+    if (m_ui.messageBox("Dorvane will now add the new customer " + name, ui::kProgramTitle,
+                        ui::Icon::None, ui::Buttons::OkCancel) != ui::Answer::Ok) {
+        m_report.declinedCreation = "customer";
+        m_report.declinedName = name;
+        return false;
+    }
+    return addParty(m_counterparts.customerAddRequest(m_document, name), "Customer added");
+}
+
+bool ImportWindow::addParty(const std::optional<std::string>& request, const char* addedStatus) {
+    if (!request) {
+        return false;
+    }
+    const bool added = sendAddRequest(*request);
+    setImportStatusText(added ? addedStatus : "Some error occurred");
+    return added;
 }
 
 void ImportWindow::clearSelection() {
     if (m_list.selected) {
         m_list.selected.reset();
-        changed(kVendorListView);
+        notify(kVendorListView);
     }
 }
 
@@ -223,27 +154,26 @@ void ImportWindow::itemClicked(std::size_t index) {
         return;
     }
     m_list.selected = index;
-    changed(kVendorListView);
+    notify(kVendorListView);
     setNameTextQuietly(m_list.items[index]);
 }
 
 void ImportWindow::selectAccount(std::size_t index) {
     if (index < m_accounts.size()) {
         m_selectedAccount = index;
-        changed(kSelAccountCombo);
+        notify(kSelAccountCombo);
     }
 }
 
 void ImportWindow::navigate(std::string_view fileName) {
     m_browserFile = m_folder.filePath(fileName);
     m_browserBody.reset();
-    m_controls[kWebBrowser].visible = true;
-    changed(kWebBrowser);
+    setControlVisible(kWebBrowser, true);
 }
 
 void ImportWindow::setBrowserBody(std::string body) {
     m_browserBody = std::move(body);
-    changed(kWebBrowser);
+    notify(kWebBrowser);
 }
 
 std::string ImportWindow::browserPage() const {
@@ -290,12 +220,12 @@ void ImportWindow::showPreferences() {
         const ui::BusyScope busy(m_ui);
         m_lists.loadItemList();
     }
-    m_store.reload();
-    ImportPreferencesModel model(m_lists.itemList(), m_store);
+    m_settings.store().reload();
+    ImportPreferencesModel model(m_lists.itemList(), m_settings.store());
     if (!m_ui.runDialog(model)) {
         return;
     }
-    if (Status saved = model.save(m_store); !saved) {
+    if (Status saved = model.save(m_settings.store()); !saved) {
         m_ui.messageBox("The import preferences could not be saved: " + saved.error().description,
                         ui::kProgramTitle, ui::Icon::Critical);
     }
@@ -329,28 +259,28 @@ void ImportWindow::openExchangeFile(const std::string& path) {
     const ui::BusyScope busy(m_ui);
     switch (recogniseKind(m_documentKind)) {
         case DocumentKind::Invoice:
-            loadVendorList();
+            loadCounterparts(Party::Vendor);
             previewDocument("importinvoice.xslt", m_document.root());
-            matchVendor(m_document);
+            matchCounterpart(Party::Vendor);
             setCaption("Dorvane - Import Invoice as Bill");
             break;
         case DocumentKind::Estimate:
-            loadVendorList();
+            loadCounterparts(Party::Vendor);
             previewDocument("importestimate.xslt", m_document.root());
-            matchVendor(m_document);
+            matchCounterpart(Party::Vendor);
             setCaption("Dorvane - Import Estimate as PurchaseOrder");
             break;
         case DocumentKind::SalesReceipt:
-            loadVendorList();
+            loadCounterparts(Party::Vendor);
             loadPaymentAccountList();
             previewDocument("importsalesreceipt.xslt", m_document.root());
-            matchVendor(m_document);
+            matchCounterpart(Party::Vendor);
             setCaption("Dorvane - Import Sales Receipt as Charge");
             break;
         case DocumentKind::AuthorizeNet:
             previewDocument("importAuthorizeNet.xslt", m_document.root());
-            loadCustomerList();
-            matchCustomer(m_document);
+            loadCounterparts(Party::Customer);
+            matchCounterpart(Party::Customer);
             setCaption("Dorvane - Import Authorize.Net receipt as SalesReceipt");
             break;
         case DocumentKind::Pda:
@@ -388,20 +318,11 @@ void ImportWindow::loadPaymentAccountList() {
     setControlVisible(kSelAccountCombo, true);
     m_accounts.clear();
     m_selectedAccount.reset();
-    const std::string response =
-        m_gateway.processRequest(m_folder.readProgramFile("BankAccountGetRq.xml"));
-    if (!response.empty() && qbgateway::isResponseOK(response, m_ui)) {
-        if (auto doc = xml::Document::parse(response)) {
-            for (const xml::Node& account :
-                 doc->selectAll("/QBXML/QBXMLMsgsRs/AccountQueryRs/AccountRet")) {
-                m_accounts.push_back({account.valueOf("Name"), account.valueOf("AccountType")});
-            }
-        }
-    }
+    m_accounts = loadPaymentAccounts(m_gateway, m_ui, m_folder);
     if (!m_accounts.empty()) {
         m_selectedAccount = 0;
     }
-    changed(kSelAccountCombo);
+    notify(kSelAccountCombo);
 }
 
 void ImportWindow::resetImportWindow() {
@@ -457,124 +378,30 @@ void ImportWindow::importSelectedDocument() {
         }
         company.setText(m_list.items[*m_list.selected]);
     }
-    switch (kind) {
-        case DocumentKind::Invoice:
-            importInvoiceAsBill();
-            break;
-        case DocumentKind::Estimate:
-            importEstimateAsPurchaseOrder();
-            break;
-        case DocumentKind::SalesReceipt:
-            importSalesReceiptAsCharge();
-            break;
-        default:
-            break;
+    // Found before anything was written: the account cannot have changed since.
+    if (const Conversion* conversion = conversionFor(kind, payingAccount())) {
+        convertAndSend(*conversion);
     }
 }
 
-// The conversion sheet of a kind; for a sales receipt the one of the selected account's type,
-// "" when no account is selected or it is neither a bank nor a credit-card account.
-std::string ImportWindow::conversionSheet(DocumentKind kind) const {
-    switch (kind) {
-        case DocumentKind::Invoice:
-            return "/BillFromInvoice.xslt";
-        case DocumentKind::Estimate:
-            return "/POFromEstimate.xslt";
-        case DocumentKind::SalesReceipt: {
-            if (!m_selectedAccount || *m_selectedAccount >= m_accounts.size()) {
-                return {};
-            }
-            const std::string& type = m_accounts[*m_selectedAccount].type;
-            return type == "Bank"         ? "/CheckFromSalesReceipt.xslt"
-                   : type == "CreditCard" ? "/CRChargeFromSalesReceipt.xslt"
-                                          : "";
-        }
-        default:
-            return {};
-    }
+const PaymentAccount* ImportWindow::payingAccount() const {
+    return m_selectedAccount && *m_selectedAccount < m_accounts.size()
+               ? &m_accounts[*m_selectedAccount]
+               : nullptr;
 }
 
-bool ImportWindow::importInvoiceAsBill() {
-    return convertAndSend(DocumentKind::Invoice, conversionSheet(DocumentKind::Invoice),
-                          "Bill added", kBillAddedPage);
-}
-
-bool ImportWindow::importEstimateAsPurchaseOrder() {
-    return convertAndSend(DocumentKind::Estimate, conversionSheet(DocumentKind::Estimate),
-                          "Purchaseorder added", kPurchaseOrderAddedPage);
-}
-
-bool ImportWindow::importSalesReceiptAsCharge() {
-    const std::string sheet = conversionSheet(DocumentKind::SalesReceipt);
-    if (sheet.empty()) {
-        m_outcome = ImportOutcome::NotSent;
-        return false;  // no account, or one of another type: nothing is paid
-    }
-    return convertAndSend(DocumentKind::SalesReceipt, sheet, "Sales Receipt added",
-                          kChargeAddedPage, m_accounts[*m_selectedAccount].name);
-}
-
-// Before the vendor is created or anything is sent: the converted document, rewritten onto the
-// import preferences, must name an item, group, terms and account QuickBooks has, and a sales
-// receipt needs an account that can pay it. Otherwise the import would stop half-way, after a
-// new vendor was added.
+// Before the vendor is created or anything is sent, so that the import does not stop half-way
+// after a new vendor was added.
 bool ImportWindow::preferencesNameRecordsQuickBooksHas(DocumentKind kind) {
-    if (kind == DocumentKind::SalesReceipt && conversionSheet(kind).empty()) {
-        // Sends nothing and, in the window, says nothing; the report says why.
-        if (!m_selectedAccount || *m_selectedAccount >= m_accounts.size()) {
-            m_report.missing.push_back({"payment account", {}, {}, {}});
-        } else {
-            const PaymentAccount& account = m_accounts[*m_selectedAccount];
-            m_report.missing.push_back({"payment account", account.name, {}, account.type});
-        }
+    const Conversion* conversion = conversionFor(kind, payingAccount());
+    if (!conversion) {
+        // A sales receipt without an account that can pay it: sends nothing and, in the window,
+        // says nothing; the report says why.
+        m_report.missing.push_back(missingPaymentAccount(payingAccount()));
         m_outcome = ImportOutcome::NotSent;
         return false;
     }
-    const xml::Node root = selectConversionRoot(m_document, kind);
-    auto sheet = xml::Stylesheet::load(m_folder.filePath(conversionSheet(kind)));
-    if (!root || !sheet) {
-        return true;  // the conversion step sends nothing
-    }
-    auto converted = sheet->transformNode(root);
-    if (!converted) {
-        return true;  // the conversion step says why
-    }
-    std::string request = std::move(converted).value();
-    applyItemAssignment(request, m_settings);
-    auto doc = xml::Document::parse(request);
-    if (!doc) {
-        return true;
-    }
-    m_lists.loadItemList();
-    struct Need {
-        const char* kind;
-        const char* key;
-        const std::string& name;
-        const char* reference;  // where the rewritten request names it
-        const char* list;       // QuickBooks' list in the lists document
-        const char* entry;      // an entry of that name in the list
-    };
-    const Need needs[] = {
-        {"item", kItemKey, m_settings.importItemName, "//ItemRef/FullName[. != 'Subtotal']",
-         "//ItemQueryRs", "*[FullName = $name]"},
-        {"item group", kItemGroupKey, m_settings.importItemGroupName, "//ItemGroupRef/Name",
-         "//ItemGroupQueryRs", "*[Name = $name]"},
-        {"terms", kTermKey, m_settings.importTermsName, "//TermsRef/FullName", "//TermsQueryRs",
-         "*[Name = $name]"},
-        {"account", kAccountKey, m_settings.importAccountName,
-         "/ExpenseLineAdd/AccountRef/FullName | //DepositToAccountRef/FullName", "//AccountQueryRs",
-         "*[FullName = $name]"},
-    };
-    for (const Need& need : needs) {
-        if (!doc->selectOne(need.reference)) {
-            continue;
-        }
-        const xml::Node list =
-            m_lists.itemList().selectOne(std::string(need.list) + "[@statusSeverity != 'Error']");
-        if (list && !list.selectOne(need.entry, {{"name", need.name}})) {
-            m_report.missing.push_back({need.kind, need.name, need.key, {}});
-        }
-    }
+    m_report.missing = m_converter.missingRecords(m_document, *conversion, importSettings());
     if (m_report.missing.empty()) {
         return true;  // or QuickBooks could not say; it will judge the request itself
     }
@@ -591,133 +418,144 @@ bool ImportWindow::preferencesNameRecordsQuickBooksHas(DocumentKind kind) {
     return false;
 }
 
-bool ImportWindow::convertAndSend(DocumentKind kind, std::string_view sheetName, const char* status,
-                                  const char* successPage, const std::string& account) {
+bool ImportWindow::convertAndSend(const Conversion& conversion) {
     m_outcome = ImportOutcome::NotSent;
-    const xml::Node root = selectConversionRoot(m_document, kind);
-    if (!root) {
-        return false;
-    }
-    auto sheet = xml::Stylesheet::load(m_folder.filePath(sheetName));
-    if (!sheet) {
-        return false;
-    }
-    auto converted = sheet->transformNode(root);
-    if (!converted) {
+    const PaymentAccount* account = payingAccount();
+    const ConvertedRequest converted = m_converter.convert(m_document, conversion, importSettings(),
+                                                           account ? account->name : std::string());
+    if (converted.failed) {
         setImportStatusText(kErrorStatus);
-        m_ui.messageBox("The document could not be converted: " + converted.error().description,
+        m_ui.messageBox("The document could not be converted: " + converted.error,
                         ui::kProgramTitle, ui::Icon::Exclamation);
         return false;
     }
-    std::string request = std::move(converted).value();
-    applyItemAssignment(request, m_settings);
-    if (kind == DocumentKind::SalesReceipt) {
-        applyAccountAssignment(request, account);
-    }
-    if (!passesDuplicateGuard(request)) {
+    if (!converted.request || !passesDuplicateGuard(*converted.request)) {
         return false;
     }
-    if (!sendAddRequest(request)) {
+    if (!sendAddRequest(*converted.request)) {
         setImportStatusText(kErrorStatus);
         return false;
     }
-    setImportStatusText(status);
-    setBrowserBody(successPage);
+    setImportStatusText(conversion.status);
+    setBrowserBody(conversion.page);
     resetImportWindow();
     return true;
 }
 
 bool ImportWindow::sendAddRequest(std::string_view body) {
-    const std::string response = m_gateway.processRequest(withRequestProlog(body));
-    if (response.empty()) {
-        m_outcome = ImportOutcome::Unreachable;
-        return false;
+    const Booking booking = imports::sendAddRequest(m_gateway, m_ui, body);
+    m_outcome = booking.outcome;
+    if (booking.added) {
+        m_report.added.push_back(*booking.added);
     }
-    const bool ok = qbgateway::isResponseOK(response, m_ui);
-    m_outcome = ok ? ImportOutcome::Added : ImportOutcome::Refused;
-    auto answer = xml::Document::parse(response);
-    if (ok && answer) {
-        if (const xml::Node ret = answer->selectOne("/QBXML/QBXMLMsgsRs/*/*")) {
-            m_report.added.push_back(addedRecord(ret));
-        }
-    }
-    return ok;
+    return booking.outcome == ImportOutcome::Added;
 }
 
-// ---- never twice by accident ----------------------------------------------------------
-
-bool ImportWindow::confirmAgain(const std::string& question) {
-    switch (m_duplicatePolicy) {
-        case DuplicatePolicy::Allow:
-            return true;
-        case DuplicatePolicy::Refuse:
-            m_ui.messageBox(question + "\r\nIt was not imported again.", ui::kProgramTitle,
-                            ui::Icon::Exclamation);
-            return false;
-        case DuplicatePolicy::Ask:
-            break;
-    }
-    return m_ui.messageBox(question + "\r\n\r\nImport it again?", ui::kProgramTitle,
-                           ui::Icon::Question, ui::Buttons::YesNo) == ui::Answer::Yes;
-}
-
-// A bill, purchase order, check or charge counts as booked when QuickBooks has one of the same
-// kind with the same reference number from the same vendor (names compared in any case).
 bool ImportWindow::passesDuplicateGuard(std::string_view request) {
-    auto doc = xml::Document::parse(request);
-    if (!doc) {
-        return true;  // QuickBooks will say what is wrong with it
-    }
-    const BookedKind* kind = nullptr;
-    xml::Node add;
-    for (const BookedKind& k : kBookedKinds) {
-        if ((add = doc->firstElementByTagName(k.add))) {
-            kind = &k;
-            break;
-        }
-    }
-    const std::string refNumber = add.valueOf("RefNumber");
-    if (!kind || refNumber.empty()) {
-        return true;  // nothing to know it by
-    }
-    const std::string payee = add.valueOf(kind->payee);
-    const std::string type(
-        std::string_view(kind->add).substr(0, std::string_view(kind->add).size() - 3));
-    const std::string query =
-        "<?xml version=\"1.0\" ?>\r\n<?qbxml version=\"2.0\"?>\r\n"
-        "<QBXML><QBXMLMsgsRq onError=\"continueOnError\"><" +
-        type + "QueryRq requestID=\"1\"><RefNumber>" + xml::escapeText(refNumber) +
-        "</RefNumber></" + type + "QueryRq></QBXMLMsgsRq></QBXML>";
-    // A query that fails ends the import as a failed add would.
-    const std::string response = m_gateway.processRequest(query);
-    if (response.empty()) {
-        m_outcome = ImportOutcome::Unreachable;
-        setImportStatusText(kErrorStatus);
-        return false;
-    }
-    auto answer = xml::Document::parse(response);
-    if (!answer || !qbgateway::isResponseOK(response, m_ui)) {
-        m_outcome = ImportOutcome::Refused;
-        setImportStatusText(kErrorStatus);
-        return false;
-    }
-    for (const xml::Node& booked : answer->selectAll("//" + type + "Ret")) {
-        const std::string vendor = booked.valueOf(kind->payee);
-        if (!text::equalsIgnoreCase(vendor, payee)) {
-            continue;
-        }
-        const std::string question = std::string(kAlreadyInQuickBooks) + kind->label + " " +
-                                     booked.valueOf("RefNumber") + " from " + vendor + ", dated " +
-                                     booked.valueOf("TxnDate") + ", amount " +
-                                     booked.valueOf(kind->amount) + ".";
-        if (confirmAgain(question)) {
+    using Result = DuplicateQuery::Result;
+    const DuplicateQuery query = queryBooked(m_gateway, m_ui, request);
+    switch (query.result) {
+        case Result::NotBooked:
             return true;
-        }
-        m_outcome = ImportOutcome::NotSent;
-        setImportStatusText("already in QuickBooks");
-        return false;
+        case Result::Unreachable:
+        case Result::Refused:
+            // A query that fails ends the import as a failed add would.
+            m_outcome = query.result == Result::Unreachable ? ImportOutcome::Unreachable
+                                                            : ImportOutcome::Refused;
+            setImportStatusText(kErrorStatus);
+            return false;
+        case Result::Booked:
+            break;
     }
-    return true;
+    if (confirmAgain(m_ui, m_duplicatePolicy, query.question)) {
+        return true;
+    }
+    m_outcome = ImportOutcome::NotSent;
+    setImportStatusText("already in QuickBooks");
+    return false;
+}
+
+// ---- receipts --------------------------------------------------------------------------
+
+void ImportWindow::captureAuthorizeNetReceipt() {
+    captureReceipt([this] { return m_receipts.readClipboard(); });
+}
+
+void ImportWindow::captureReceiptText(std::string_view receiptText) {
+    captureReceipt([receiptText] { return std::optional<std::string>(receiptText); });
+}
+
+void ImportWindow::captureReceipt(const std::function<std::optional<std::string>()>& read) {
+    setNameTextQuietly({});
+    clearSelection();
+    if (const auto text = read()) {
+        if (const auto file = m_receipts.writeReceiptFile(*text)) {
+            openExchangeFile(*file);
+        }
+    }
+    const bool withCustomer = !importSettings().ignoreAuthNetCustomer;
+    m_list.enabled = withCustomer;
+    notify(kVendorListView);
+    if (!withCustomer) {
+        setLabel1({});
+    }
+    setControlVisible(kLabel2, withCustomer);
+    setControlVisible(kNameText, withCustomer);
+}
+
+bool ImportWindow::receiptPassesDuplicateGuard() {
+    const auto question = m_receipts.importedBefore(m_document);
+    if (!question || confirmAgain(m_ui, m_duplicatePolicy, *question)) {
+        return true;
+    }
+    m_outcome = ImportOutcome::NotSent;
+    setImportStatusText("imported before");
+    return false;
+}
+
+void ImportWindow::importAuthorizeNetReceipt() {
+    m_outcome = ImportOutcome::NotSent;
+    m_report = {};
+    if (!receiptPassesDuplicateGuard()) {
+        return;
+    }
+    const ui::BusyScope busy(m_ui);
+    const bool ignoreCustomer = importSettings().ignoreAuthNetCustomer;
+    std::string name;
+    if (!ignoreCustomer) {
+        name = std::string(text::trim(m_nameText));
+        const auto found = m_list.findWholeWord(name);
+        if (!found && !name.empty()) {
+            if (!addCustomerFromReceipt(name)) {
+                return;
+            }
+            if (!m_document.selectOne("//Company")) {
+                m_outcome = ImportOutcome::NotSent;
+                m_ui.messageBox(kCannotRetrieveCustomerName);
+                return;
+            }
+        } else if (found && !name.empty()) {
+            if (xml::Node company = m_document.selectOne("//Company")) {
+                company.setText(m_list.items[*found]);
+            }
+        }
+    }
+    const ConvertedRequest converted =
+        m_receipts.salesReceiptRequest(m_document, name.empty() || ignoreCustomer);
+    if (!converted.request && !converted.failed) {
+        m_outcome = ImportOutcome::NotSent;
+        return;
+    }
+    if (!converted.request || !sendAddRequest(*converted.request)) {
+        if (!converted.request) {
+            m_outcome = ImportOutcome::NotSent;
+        }
+        setImportStatusText(kErrorStatus);
+        return;
+    }
+    setImportStatusText(kReceiptAddedStatus);
+    setBrowserBody(kReceiptAddedPage);
+    m_receipts.logBooked(m_document);
 }
 
 }  // namespace dorvane::imports

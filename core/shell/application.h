@@ -53,6 +53,7 @@ public:
     qbgateway::DefaultRecords& defaultRecords() { return m_defaults; }
     browser::DocumentBrowser& browser() { return m_browser; }
     mail::DocumentSender& sender() { return m_sender; }
+    imports::ImportSettingsSource& importSettings() { return m_importSettings; }
     imports::ImportWindow& importWindow() { return m_importWindow; }
     batch::BatchImport& batchImport() { return m_batchImport; }
     handheld::TimeTrackingSync& handheld() { return m_handheld; }
@@ -73,6 +74,7 @@ private:
     qbgateway::DefaultRecords m_defaults;
     browser::DocumentBrowser m_browser;
     mail::DocumentSender m_sender;
+    imports::ImportSettingsSource m_importSettings;
     imports::ImportWindow m_importWindow;
     batch::BatchImport m_batchImport;
     webupdate::WebUpdater m_webUpdater;

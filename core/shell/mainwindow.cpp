@@ -9,7 +9,7 @@
 namespace dorvane::shell {
 
 MainWindow::MainWindow(ui::UiPort& ui, const platform::ProgramFolder& folder)
-    : m_ui(ui), m_folder(folder) {}
+    : WindowModel(kMainWindowControls, "Dorvane"), m_ui(ui), m_folder(folder) {}
 
 void MainWindow::startUp() {
     setControlVisible(kUpdateWebButton, false);
@@ -27,13 +27,6 @@ void MainWindow::startUp() {
     }
     if (m_services.ensureDefaultRecords) {
         m_services.ensureDefaultRecords();
-    }
-}
-
-void MainWindow::setCaption(std::string caption) {
-    m_caption = std::move(caption);
-    if (m_observer) {
-        m_observer->captionChanged();
     }
 }
 
@@ -67,18 +60,9 @@ void MainWindow::showSendControls(bool show) {
     setControlVisible(kUpdateWebButton, !show);
 }
 
-void MainWindow::setStatusText(std::string text) {
-    m_statusText = std::move(text);
-    if (m_observer) {
-        m_observer->statusTextChanged();
-    }
-}
-
 void MainWindow::setCompanyText(std::string text) {
     m_companyText = std::move(text);
-    if (m_observer) {
-        m_observer->companyTextChanged();
-    }
+    notify(kCompanyLabel);
 }
 
 std::string MainWindow::timeframe() const {
@@ -93,9 +77,7 @@ void MainWindow::selectTimeframe(int index) {
         return;
     }
     m_timeframeIndex = index;
-    if (m_observer) {
-        m_observer->timeframeChanged();
-    }
+    notify(kTimeframeCombo);
 }
 
 bool MainWindow::selectTimeframe(std::string_view name) {
@@ -111,37 +93,14 @@ bool MainWindow::selectTimeframe(std::string_view name) {
 void MainWindow::setPreviewChecked(bool checked) {
     if (checked != m_preview) {
         m_preview = checked;
-        if (m_observer) {
-            m_observer->previewChanged();
-        }
+        notify(kPreviewCheck);
     }
 }
 
 void MainWindow::setProgress(int percent) {
     if (percent != m_progress) {
         m_progress = percent;
-        if (m_observer) {
-            m_observer->progressChanged();
-        }
-    }
-}
-
-ControlState MainWindow::control(const std::string& name) const {
-    auto it = m_controls.find(name);
-    return it == m_controls.end() ? ControlState{} : it->second;
-}
-
-void MainWindow::setControlVisible(const std::string& name, bool visible) {
-    m_controls[name].visible = visible;
-    if (m_observer) {
-        m_observer->controlChanged(name);
-    }
-}
-
-void MainWindow::setControlEnabled(const std::string& name, bool enabled) {
-    m_controls[name].enabled = enabled;
-    if (m_observer) {
-        m_observer->controlChanged(name);
+        notify(kProgressBar);
     }
 }
 

@@ -8,13 +8,13 @@
 #pragma once
 
 #include <functional>
-#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "ui/documentwindow.h"
 #include "ui/listmodel.h"
+#include "ui/windowmodel.h"
 #include "xml/xml.h"
 
 namespace dorvane::platform {
@@ -35,24 +35,16 @@ inline constexpr const char* kSendButton = "Command1";
 inline constexpr const char* kPreviewCheck = "Check1";
 inline constexpr const char* kImportButton = "ImportBtn";
 inline constexpr const char* kUpdateWebButton = "UpdateWebBtn";
+inline constexpr const char* kEditCompanyEntry = "editcompanyinfo";
+// What shows the company text and the progress; changes of them come under these names.
+inline constexpr const char* kCompanyLabel = "Label1";
+inline constexpr const char* kProgressBar = "ProgressBar1";
+// The controls whose state the window keeps.
+inline constexpr const char* kMainWindowControls[] = {
+    kListView,     kTimeframeCombo, kRefreshButton,   kSendButton,
+    kPreviewCheck, kImportButton,   kUpdateWebButton, kEditCompanyEntry,
+};
 inline constexpr const char* kHelpFile = "\\DorvaneHelp.htm";
-
-class MainWindowObserver {
-public:
-    virtual ~MainWindowObserver() = default;
-    virtual void captionChanged() {}
-    virtual void controlChanged(const std::string& /*control*/) {}
-    virtual void statusTextChanged() {}
-    virtual void companyTextChanged() {}
-    virtual void timeframeChanged() {}
-    virtual void previewChanged() {}
-    virtual void progressChanged() {}
-};
-
-struct ControlState {
-    bool visible = true;
-    bool enabled = true;
-};
 
 // What the window does through other subsystems. Each is optional; an empty one does
 // nothing.
@@ -65,12 +57,13 @@ struct MainWindowServices {
     std::function<void(const std::string& documentType, const std::string& timeframe)> loadList;
 };
 
-class MainWindow final : public ui::DocumentWindow {
+// Changes are told under the control names: kTimeframeCombo for the timeframes, kPreviewCheck
+// for the preview, kCompanyLabel for the company text and kProgressBar for the progress.
+class MainWindow final : public ui::DocumentWindow, public ui::WindowModel {
 public:
     MainWindow(ui::UiPort& ui, const platform::ProgramFolder& folder);
 
     void setServices(MainWindowServices services) { m_services = std::move(services); }
-    void setObserver(MainWindowObserver* observer) { m_observer = observer; }
 
     // Window load, steps in order: hide the send controls, set up the list, fill the
     // timeframe box, company information, default records. Loads no list.
@@ -89,11 +82,9 @@ public:
     // update does the opposite.
     void showSendControls(bool show) override;
 
-    const std::string& caption() const { return m_caption; }
-    void setCaption(std::string caption) override;
+    void setCaption(std::string caption) override { WindowModel::setCaption(std::move(caption)); }
     const std::string& documentType() const override { return m_documentType; }
-    const std::string& statusText() const { return m_statusText; }
-    void setStatusText(std::string text) override;
+    void setStatusText(std::string text) override { WindowModel::setStatusText(std::move(text)); }
     const std::string& companyText() const override { return m_companyText; }
     void setCompanyText(std::string text) override;
 
@@ -112,9 +103,9 @@ public:
     int progress() const { return m_progress; }
     void setProgress(int percent) override;
 
-    ControlState control(const std::string& name) const;
-    void setControlVisible(const std::string& name, bool visible);
-    void setControlEnabled(const std::string& name, bool enabled) override;
+    void setControlEnabled(const std::string& name, bool enabled) override {
+        WindowModel::setControlEnabled(name, enabled);
+    }
 
     ui::ListModel& list() override { return m_list; }
     const ui::ListModel& list() const { return m_list; }
@@ -132,17 +123,13 @@ private:
     ui::UiPort& m_ui;
     const platform::ProgramFolder& m_folder;
     MainWindowServices m_services;
-    MainWindowObserver* m_observer = nullptr;
 
-    std::string m_caption = "Dorvane";
     std::string m_documentType;
-    std::string m_statusText;
     std::string m_companyText;
     std::vector<std::string> m_timeframes;
     int m_timeframeIndex = -1;
     bool m_preview = false;
     int m_progress = -1;
-    std::map<std::string, ControlState> m_controls;
     ui::ListModel m_list;
     xml::Document m_listDocument;
     std::string m_sentLogText;

@@ -85,20 +85,6 @@ inline void press(QWidget* dialog, const char* button) {
     QTest::mouseClick(dialog->findChild<QPushButton*>(QString::fromUtf8(button)), Qt::LeftButton);
 }
 
-// The text a person reads for a control: its own caption, else its label's, else its hint.
-inline QString captionOf(QWidget* control) {
-    if (auto* button = qobject_cast<QAbstractButton*>(control)) {
-        return button->text();
-    }
-    for (QLabel* label : control->window()->findChildren<QLabel*>()) {
-        if (label->buddy() == control) {
-            return label->text();
-        }
-    }
-    auto* edit = qobject_cast<QLineEdit*>(control);
-    return edit ? edit->placeholderText() : QString();
-}
-
 // The suites; main.cpp runs them all.
 int runForm3Tests(int argc, char** argv);
 int runQtUiPortTests(int argc, char** argv);

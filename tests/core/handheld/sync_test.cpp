@@ -18,7 +18,7 @@ using test::readFile;
 using test::writeFile;
 
 // The status texts of the import window, in order.
-struct StatusLog : imports::ImportWindowObserver {
+struct StatusLog : ui::WindowObserver {
     void changed(std::string_view what) override {
         if (what == imports::kStatusBar) {
             texts.push_back(window->statusText());
