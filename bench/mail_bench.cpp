@@ -179,7 +179,7 @@ int main(int argc, char** argv) {
     window.selectTimeframe(std::string_view("ALL"));
 
     auto prepareList = [&] {
-        app.folder().writeProgramFile("", browser::kSentLogFile);
+        bench::require(app.folder().writeProgramFile("", browser::kSentLogFile));
         if (window.documentType() == "Invoice") {
             app.browser().loadInvoiceList("ALL");
         } else {
@@ -370,9 +370,9 @@ int main(int argc, char** argv) {
         for (const std::string& id : ids) {
             const std::string record = browser::sentRecord(id, "Invoice");
             log += record;
-            app.folder().appendProgramFile(record, browser::kSentLogFile);
+            bench::require(app.folder().appendProgramFile(record, browser::kSentLogFile));
         }
-        app.folder().writeProgramFile(log, browser::kSentLogFile);
+        bench::require(app.folder().writeProgramFile(log, browser::kSentLogFile));
         logs.push_back(secondsSince(start));
     }
     const double render = bench::median(renders);

@@ -54,6 +54,13 @@ void copyProgramFiles(const std::filesystem::path& folder) {
     }
 }
 
+void require(const Status& status) {
+    if (!status) {
+        std::fprintf(stderr, "%s\n", status.error().description.c_str());
+        std::exit(1);
+    }
+}
+
 void setEnvironment(const char* name, const std::string& value) {
     ::setenv(name, value.c_str(), 1);
 }

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "common/result.h"
 #include "qbgateway/requestprocessor.h"
 #include "ui/uiport.h"
 
@@ -40,6 +41,9 @@ private:
 
 // Copies the shipped program files (templates, style sheets) into `folder`.
 void copyProgramFiles(const std::filesystem::path& folder);
+
+// Ends the benchmark when a step it builds on failed: its figures would mean nothing.
+void require(const Status& status);
 
 // Sets an environment variable for the rest of the process.
 void setEnvironment(const char* name, const std::string& value);

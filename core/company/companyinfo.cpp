@@ -47,8 +47,8 @@ void CompanyInfo::retrieveCompanyInfo() {
     m_window.setControlEnabled(kEditMenuEntry, false);
     m_window.setStatusText("get company information ...");
 
-    const std::string response =
-        m_gateway.processCompanyRequest(m_folder.readProgramFile("CompanyGetRq.xml"));
+    const std::string response = m_gateway.processCompanyRequest(
+        ui::textOrShown(m_folder.readProgramFile("CompanyGetRq.xml"), m_ui));
     auto doc = xml::Document::parse(response);
     if (!doc) {
         m_ui.messageBox(kNoQuickBooks);

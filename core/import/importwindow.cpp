@@ -374,10 +374,9 @@ void ImportWindow::previewDocument(std::string_view styleSheetName, xml::Node no
     }
     const std::string_view trimmed = text::trim(*output);
     const char* name = trimmed.substr(0, 5) == "<?xml" ? kPreviewXmlFile : kPreviewHtmlFile;
-    try {
-        m_folder.writeProgramFile(*output, name, files::Durability::Scratch);
-    } catch (const platform::FileWriteError& e) {
-        setImportStatusText("The preview could not be written: " + e.description());
+    if (Status written = m_folder.writeProgramFile(*output, name, files::Durability::Scratch);
+        !written) {
+        setImportStatusText("The preview could not be written: " + written.error().description);
         return;
     }
     navigate(name);
@@ -388,8 +387,8 @@ void ImportWindow::loadPaymentAccountList() {
     setControlVisible(kSelAccountCombo, true);
     m_accounts.clear();
     m_selectedAccount.reset();
-    const std::string response =
-        m_gateway.processRequest(m_folder.readProgramFile("BankAccountGetRq.xml"));
+    const std::string response = m_gateway.processRequest(
+        ui::textOrShown(m_folder.readProgramFile("BankAccountGetRq.xml"), m_ui));
     if (!response.empty() && qbgateway::isResponseOK(response, m_ui)) {
         if (auto doc = xml::Document::parse(response)) {
             for (const xml::Node& account :

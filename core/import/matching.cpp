@@ -37,13 +37,14 @@ void ImportWindow::fillList(const char* header, const std::string& request, cons
 }
 
 void ImportWindow::loadVendorList() {
-    fillList("Vendor", m_folder.readProgramFile("VendorGetRq.xml"),
+    fillList("Vendor", ui::textOrShown(m_folder.readProgramFile("VendorGetRq.xml"), m_ui),
              "/QBXML/QBXMLMsgsRs/VendorQueryRs/VendorRet", "Name");
 }
 
 void ImportWindow::loadCustomerList() {
-    const std::string request = text::replaceAll(m_folder.readProgramFile("CustomerGetRq.xml"),
-                                                 "<ListID>IDTYPE</ListID>", "");
+    const std::string request =
+        text::replaceAll(ui::textOrShown(m_folder.readProgramFile("CustomerGetRq.xml"), m_ui),
+                         "<ListID>IDTYPE</ListID>", "");
     fillList("Customer", request, "/QBXML/QBXMLMsgsRs/CustomerQueryRs/CustomerRet", "FullName");
 }
 

@@ -46,12 +46,12 @@ void ImportWindow::readReceiptFromClipboard() {
 }
 
 void ImportWindow::openReceiptText(std::string_view receiptText) {
-    try {
-        m_folder.writeProgramFile(receiptToXml(receiptText), kReceiptFileName,
-                                  files::Durability::Scratch);
-    } catch (const platform::FileWriteError& e) {
-        m_ui.messageBox(std::string("Cannot write ") + kReceiptFileName + ": " + e.description(),
-                        ui::kProgramTitle, ui::Icon::Critical);
+    if (Status written = m_folder.writeProgramFile(receiptToXml(receiptText), kReceiptFileName,
+                                                   files::Durability::Scratch);
+        !written) {
+        m_ui.messageBox(
+            std::string("Cannot write ") + kReceiptFileName + ": " + written.error().description,
+            ui::kProgramTitle, ui::Icon::Critical);
         return;
     }
     openExchangeFile(m_folder.filePath(std::string("\\") + kReceiptFileName));
@@ -137,11 +137,10 @@ void ImportWindow::importAuthorizeNetReceipt() {
     if (txnId.empty()) {
         return;
     }
-    try {
-        m_folder.appendProgramFile(importLogRecord(txnId), kBatchLogFile);
-    } catch (const platform::FileWriteError& e) {
+    if (Status logged = m_folder.appendProgramFile(importLogRecord(txnId), kBatchLogFile);
+        !logged) {
         m_ui.messageBox(std::string("The sales receipt is in QuickBooks, but ") + kBatchLogFile +
-                            " could not be written (" + e.description() +
+                            " could not be written (" + logged.error().description +
                             "). A later batch import may add this transaction again.",
                         ui::kProgramTitle, ui::Icon::Exclamation);
     }

@@ -113,7 +113,7 @@ std::string invoice(const std::string& txn, const std::string& custId, const std
 class BrowserTest : public ::testing::Test {
 protected:
     BrowserTest()
-        : folder(home.path(), ui),
+        : folder(home.path()),
           gateway(folder, ui, recorder.wrap(qbgateway::responseFolderFactory(answers()))),
           company(ui, folder, gateway, window),
           browser(window, gateway, folder, company, ui) {
