@@ -11,6 +11,7 @@
 
 #include "common/result.h"
 #include "qbgateway/requestprocessor.h"
+#include "tempfolder.h"
 #include "ui/uiport.h"
 
 namespace dorvane::bench {
@@ -24,19 +25,10 @@ double threadCpuSeconds();
 // The median of the samples (the mean of the middle two for an even count); 0 for none.
 double median(std::vector<double> samples);
 
-// A fresh folder below the system's temporary folder, removed with everything in it when
-// the object goes (kept when $DORVANE_BENCH_KEEP is set, for a look afterwards).
-class ScratchFolder {
+// A benchmark's temporary folder, kept when $DORVANE_BENCH_KEEP is set.
+class ScratchFolder : public testkit::TempFolder {
 public:
     explicit ScratchFolder(const std::string& prefix);
-    ~ScratchFolder();
-    ScratchFolder(const ScratchFolder&) = delete;
-    ScratchFolder& operator=(const ScratchFolder&) = delete;
-    const std::filesystem::path& path() const { return m_path; }
-    std::filesystem::path operator/(const std::string& name) const { return m_path / name; }
-
-private:
-    std::filesystem::path m_path;
 };
 
 // Copies the shipped program files (templates, style sheets) into `folder`.

@@ -56,10 +56,6 @@ void CompanyInfo::retrieveCompanyInfo() {
         m_window.list().clear();
         return;
     }
-    m_preferences = xml::Document();
-    if (xml::Node prefs = doc->selectOne("/QBXML/QBXMLMsgsRs/PreferencesQueryRs/PreferencesRet")) {
-        m_preferences.setRoot(prefs);
-    }
     setCompanyNode(doc->selectOne("/QBXML/QBXMLMsgsRs/CompanyQueryRs/CompanyRet"));
     // The record is edited here only where this program keeps it: the file lookup enables
     // the menu entry again.
@@ -124,10 +120,6 @@ void CompanyInfo::setCompanyNode(xml::Node node) {
 
 xml::Node CompanyInfo::companyNode() const {
     return m_company.root();
-}
-
-xml::Node CompanyInfo::companyPreferences() const {
-    return m_preferences.root();
 }
 
 std::string CompanyInfo::companyAddressText() {

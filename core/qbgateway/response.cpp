@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "ui/uiport.h"
+#include "xml/xml.h"
 
 namespace dorvane::qbgateway {
 namespace {
@@ -57,18 +58,6 @@ Status checkResponseStatus(std::string_view response, ui::UiPort* ui) {
 
 bool isResponseOK(std::string_view response, ui::UiPort& ui) {
     return checkResponseStatus(response, &ui).ok();
-}
-
-std::string getNodeValue(xml::Node node, std::string_view xpath) {
-    return node.valueOf(xpath);
-}
-
-std::string getXMLNodeValueAsString(std::string_view tagName, const xml::Document& doc) {
-    xml::Node node = doc.firstElementByTagName(tagName);
-    if (!node) {
-        throw MissingElement("The document has no element " + std::string(tagName) + ".");
-    }
-    return node.text();
 }
 
 }  // namespace dorvane::qbgateway

@@ -6,7 +6,6 @@
 #include <string_view>
 
 #include "common/result.h"
-#include "xml/xml.h"
 
 namespace dorvane::ui {
 class UiPort;
@@ -26,18 +25,5 @@ Status checkResponseStatus(std::string_view response, ui::UiPort* ui);
 
 // checkResponseStatus with messages shown; true when it succeeded.
 bool isResponseOK(std::string_view response, ui::UiPort& ui);
-
-// The text of the first node `xpath` selects below `node`; "" when nothing is selected.
-std::string getNodeValue(xml::Node node, std::string_view xpath);
-
-// Thrown by getXMLNodeValueAsString when the document has no such element.
-class MissingElement : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
-
-// The text of the first element named `tagName` anywhere in the document. Throws
-// MissingElement when there is none.
-std::string getXMLNodeValueAsString(std::string_view tagName, const xml::Document& doc);
 
 }  // namespace dorvane::qbgateway

@@ -343,7 +343,6 @@ void createDemoCompany(const std::filesystem::path& path, const DemoOptions& opt
             {"ItemInventory", "Sprinkler Heads", "Pop-up sprinkler head", "4.75", "1.90"},
             {"ItemInventory", "Timer", "Irrigation timer", "89.00", "48.00"},
         };
-        std::string supplier;
         for (const auto& m : materialsList) {
             if (std::string(m.kind) == "ItemNonInventory") {
                 addList(*file, m.kind, m.name,
@@ -387,7 +386,6 @@ void createDemoCompany(const std::filesystem::path& path, const DemoOptions& opt
                  {"SalesTaxCodeRef", non},
                  {"DiscountRatePercent", "10.00"},
                  {"AccountRef", materials}});
-        std::string taxAgency;
         addList(*file, "ItemPayment", "Deposit",
                 {{"ItemDesc", "Customer deposit"},
                  {"DepositToAccountRef", idOf(*file, "account", "Undeposited Funds")}});
@@ -472,8 +470,6 @@ void createDemoCompany(const std::filesystem::path& path, const DemoOptions& opt
         file->setSetting("Preferences/SalesTaxPreferences/PaySalesTax", "Monthly");
         file->setSetting("Preferences/SalesTaxPreferences/DefaultTaxableSalesTaxCodeRef", tax);
         file->setSetting("Preferences/SalesTaxPreferences/DefaultNonTaxableSalesTaxCodeRef", non);
-        (void)taxAgency;
-        (void)supplier;
 
         const char* employees[][3] = {
             {"Ana", "Lopez", "Regular"},    {"Ben", "Carter", "Regular"},

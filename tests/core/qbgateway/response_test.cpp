@@ -99,20 +99,5 @@ TEST(CheckResponseStatus, AMissingAttributeIsAnError) {
     EXPECT_FALSE(isResponseOK("<?xml version=\"1.0\" ?><QBXML/>", ui));
 }
 
-TEST(ResponseValues, NodeValuesAndTagLookups) {
-    auto doc = xml::Document::parse(
-        "<?xml version=\"1.0\" ?><QBXML><QBXMLMsgsRs><InvoiceQueryRs statusCode=\"0\">"
-        "<InvoiceRet><TxnID>1A-1</TxnID><CustomerRef><FullName>Abel's Bakery</FullName>"
-        "</CustomerRef><Subtotal>10.00</Subtotal></InvoiceRet></InvoiceQueryRs></QBXMLMsgsRs>"
-        "</QBXML>");
-    ASSERT_TRUE(doc.ok());
-    xml::Node ret = doc->selectOne("/QBXML/QBXMLMsgsRs/InvoiceQueryRs/InvoiceRet");
-    EXPECT_EQ(getNodeValue(ret, "CustomerRef/FullName"), "Abel's Bakery");
-    EXPECT_EQ(getNodeValue(ret, "Memo"), "");
-    EXPECT_EQ(getNodeValue(ret, "]]bad xpath"), "");
-    EXPECT_EQ(getXMLNodeValueAsString("Subtotal", *doc), "10.00");
-    EXPECT_THROW(getXMLNodeValueAsString("TotalAmount", *doc), MissingElement);
-}
-
 }  // namespace
 }  // namespace dorvane::qbgateway
