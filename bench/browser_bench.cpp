@@ -96,9 +96,9 @@ Figures measure(const std::filesystem::path& company, int invoices, int scale, i
     auto& list = app.window().list();
 
     // A first load finds the documents the sent log is made of; it is not counted.
-    app.folder().writeProgramFile("", browser::kSentLogFile);
+    bench::require(app.folder().writeProgramFile("", browser::kSentLogFile));
     app.browser().loadList("Invoice", "ALL");
-    app.folder().writeProgramFile(makeSentLog(list, scale), browser::kSentLogFile);
+    bench::require(app.folder().writeProgramFile(makeSentLog(list, scale), browser::kSentLogFile));
 
     Figures f;
     f.invoices = invoices;

@@ -31,6 +31,7 @@
 #include "browser/loaders.h"
 #include "browser/recipients.h"
 #include "browser/sentlog.h"
+#include "common/fd.h"
 #include "common/memory.h"
 #include "mail/mimecompose.h"
 #include "mail/mimemessage.h"
@@ -60,24 +61,25 @@ public:
         if (pipe2(fds, O_CLOEXEC) != 0) {
             return;
         }
+        UniqueFd readEnd(fds[0]);
+        UniqueFd writeEnd(fds[1]);
         std::string python = "/usr/bin/python3";
         std::string script = DORVANE_SMTP_TEST_SERVER;
         std::string quiet = "--quiet";
         char* argv[] = {python.data(), script.data(), quiet.data(), nullptr};
         m_pid = fork();
         if (m_pid == 0) {
-            dup2(fds[1], STDOUT_FILENO);
+            dup2(writeEnd.get(), STDOUT_FILENO);
             execv(argv[0], argv);
             _exit(127);
         }
-        close(fds[1]);
+        writeEnd.reset();
         std::string line;
         char c = 0;
-        pollfd p{fds[0], POLLIN, 0};
-        while (poll(&p, 1, 20000) > 0 && read(fds[0], &c, 1) == 1 && c != '\n') {
+        pollfd p{readEnd.get(), POLLIN, 0};
+        while (poll(&p, 1, 20000) > 0 && read(readEnd.get(), &c, 1) == 1 && c != '\n') {
             line += c;
         }
-        close(fds[0]);
         m_port = line.rfind("READY ", 0) == 0 ? std::atoi(line.c_str() + 6) : 0;
     }
     ~SmtpServer() {
@@ -179,7 +181,7 @@ int main(int argc, char** argv) {
     window.selectTimeframe(std::string_view("ALL"));
 
     auto prepareList = [&] {
-        app.folder().writeProgramFile("", browser::kSentLogFile);
+        bench::require(app.folder().writeProgramFile("", browser::kSentLogFile));
         if (window.documentType() == "Invoice") {
             app.browser().loadList("Invoice", "ALL");
         } else {
@@ -370,9 +372,9 @@ int main(int argc, char** argv) {
         for (const std::string& id : ids) {
             const std::string record = browser::sentRecord(id, "Invoice");
             log += record;
-            app.folder().appendProgramFile(record, browser::kSentLogFile);
+            bench::require(app.folder().appendProgramFile(record, browser::kSentLogFile));
         }
-        app.folder().writeProgramFile(log, browser::kSentLogFile);
+        bench::require(app.folder().writeProgramFile(log, browser::kSentLogFile));
         logs.push_back(secondsSince(start));
     }
     const double render = bench::median(renders);

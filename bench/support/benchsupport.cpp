@@ -6,7 +6,6 @@
 #include <cstdlib>
 #include <ctime>
 #include <type_traits>
-#include <unistd.h>
 
 namespace dorvane::bench {
 
@@ -29,19 +28,10 @@ double median(std::vector<double> samples) {
     return samples.size() % 2 ? samples[mid] : (samples[mid - 1] + samples[mid]) / 2;
 }
 
-ScratchFolder::ScratchFolder(const std::string& prefix)
-    : m_path(std::filesystem::temp_directory_path() / (prefix + "-" + std::to_string(::getpid()))) {
-    std::filesystem::remove_all(m_path);
-    std::filesystem::create_directories(m_path);
-}
-
-ScratchFolder::~ScratchFolder() {
+ScratchFolder::ScratchFolder(const std::string& prefix) : TempFolder(prefix) {
     if (std::getenv("DORVANE_BENCH_KEEP")) {
-        std::fprintf(stderr, "kept %s\n", m_path.c_str());
-        return;
+        keep();
     }
-    std::error_code ignored;
-    std::filesystem::remove_all(m_path, ignored);
 }
 
 void copyProgramFiles(const std::filesystem::path& folder) {
@@ -51,6 +41,13 @@ void copyProgramFiles(const std::filesystem::path& folder) {
             std::filesystem::copy_file(f.path(), folder / f.path().filename(),
                                        std::filesystem::copy_options::overwrite_existing);
         }
+    }
+}
+
+void require(const Status& status) {
+    if (!status) {
+        std::fprintf(stderr, "%s\n", status.error().description.c_str());
+        std::exit(1);
     }
 }
 

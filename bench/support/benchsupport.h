@@ -9,7 +9,9 @@
 #include <string>
 #include <vector>
 
+#include "common/result.h"
 #include "qbgateway/requestprocessor.h"
+#include "tempfolder.h"
 #include "ui/uiport.h"
 
 namespace dorvane::bench {
@@ -23,23 +25,17 @@ double threadCpuSeconds();
 // The median of the samples (the mean of the middle two for an even count); 0 for none.
 double median(std::vector<double> samples);
 
-// A fresh folder below the system's temporary folder, removed with everything in it when
-// the object goes (kept when $DORVANE_BENCH_KEEP is set, for a look afterwards).
-class ScratchFolder {
+// A benchmark's temporary folder, kept when $DORVANE_BENCH_KEEP is set.
+class ScratchFolder : public testkit::TempFolder {
 public:
     explicit ScratchFolder(const std::string& prefix);
-    ~ScratchFolder();
-    ScratchFolder(const ScratchFolder&) = delete;
-    ScratchFolder& operator=(const ScratchFolder&) = delete;
-    const std::filesystem::path& path() const { return m_path; }
-    std::filesystem::path operator/(const std::string& name) const { return m_path / name; }
-
-private:
-    std::filesystem::path m_path;
 };
 
 // Copies the shipped program files (templates, style sheets) into `folder`.
 void copyProgramFiles(const std::filesystem::path& folder);
+
+// Ends the benchmark when a step it builds on failed: its figures would mean nothing.
+void require(const Status& status);
 
 // Sets an environment variable for the rest of the process.
 void setEnvironment(const char* name, const std::string& value);

@@ -235,11 +235,9 @@ void BatchImport::endRun() {
     if (!m_keepJournal) {
         m_journal.clear();
     }
-    try {
-        m_log.create();
-    } catch (const platform::FileWriteError&) {
-        // Said when a record could not be logged; nothing was added otherwise.
-    }
+    // A log that cannot be created is said when a record could not be logged; nothing was
+    // added otherwise.
+    [[maybe_unused]] const Status created = m_log.create();
     m_running = false;
     progress(-1);
 }
@@ -260,11 +258,9 @@ bool BatchImport::recoverInterruptedReceipt() {
         return false;
     }
     if (*found) {
-        try {
-            m_log.append(entry->txnId);
-        } catch (const platform::FileWriteError& e) {
+        if (Status logged = m_log.append(entry->txnId); !logged) {
             m_ui.messageBox(std::string("Could not write ") + imports::kBatchLogFile + ": " +
-                            e.description());
+                            logged.error().description);
             return false;
         }
         m_window.setImportStatusText("Transaction " + entry->txnId +
@@ -281,7 +277,7 @@ std::optional<bool> BatchImport::receiptInQuickBooks(const BatchJournal::Entry& 
         xml::escapeText(entry.date) + "</FromTxnDate><ToTxnDate>" + xml::escapeText(entry.date) +
         "</ToTxnDate></TxnDateRangeFilter></SalesReceiptQueryRq></QBXMLMsgsRq></QBXML>";
     const std::string response = m_gateway.processRequest(imports::withRequestProlog(query));
-    if (response.empty() || !qbgateway::checkResponseStatus(response, nullptr).empty()) {
+    if (response.empty() || !qbgateway::checkResponseStatus(response, nullptr)) {
         return std::nullopt;
     }
     auto doc = xml::Document::parse(response);
@@ -557,10 +553,9 @@ bool BatchImport::processRecords(const xml::Document& document, const std::vecto
             if (batch) {
                 const bool ok = qbgateway::isResponseOK(response, ui);
                 line(company + (ok ? " added." : " failed. Customer already defined."));
-            } else if (const std::string s = qbgateway::checkResponseStatus(response, nullptr);
-                       !s.empty()) {
-                lines.push_back(s + ". Customer already defined");
-                m_window.setImportStatusText(s + ". Customer already defined");
+            } else if (const Status s = qbgateway::checkResponseStatus(response, nullptr); !s) {
+                lines.push_back(s.error().description + ". Customer already defined");
+                m_window.setImportStatusText(s.error().description + ". Customer already defined");
             } else {
                 m_window.setImportStatusText(company + " added.");
             }
@@ -573,10 +568,9 @@ bool BatchImport::processRecords(const xml::Document& document, const std::vecto
         std::string request = std::move(converted).value();
         imports::applyItemAssignment(request, m_settings.current());
         const BatchJournal::Entry entry{requestDate(request), txnId};
-        try {
-            m_journal.note(entry.date, entry.txnId);
-        } catch (const platform::FileWriteError& e) {
-            return stop(std::string("Could not write ") + kJournalFile + ": " + e.description());
+        if (Status noted = m_journal.note(entry.date, entry.txnId); !noted) {
+            return stop(std::string("Could not write ") + kJournalFile + ": " +
+                        noted.error().description);
         }
         const std::string response = send(request);
         bool ok = false;
@@ -592,12 +586,10 @@ bool BatchImport::processRecords(const xml::Document& document, const std::vecto
             }
             ok = *found;
             status = ok ? "" : "QuickBooks did not answer";
-        } else if (batch) {
-            ok = qbgateway::isResponseOK(response, ui);
-            status = ok ? "" : qbgateway::checkResponseStatus(response, nullptr);
         } else {
-            status = qbgateway::checkResponseStatus(response, nullptr);
-            ok = status.empty();
+            const Status checked = qbgateway::checkResponseStatus(response, batch ? &ui : nullptr);
+            ok = checked.ok();
+            status = ok ? "" : checked.error().description;
         }
         if (!ok) {
             outcome.kind = RecordOutcome::Kind::Refused;
@@ -611,15 +603,13 @@ bool BatchImport::processRecords(const xml::Document& document, const std::vecto
             }
             report(std::move(outcome));
         } else {
-            try {
-                m_log.append(txnId);
-            } catch (const platform::FileWriteError& e) {
+            if (Status logged = m_log.append(txnId); !logged) {
                 // The journal still names this receipt: the next run logs it.
                 m_keepJournal = true;
                 report(std::move(outcome));
                 return stop("the sales receipt for " + company + " " + amount +
                             " is in QuickBooks, but " + imports::kBatchLogFile +
-                            " could not be written (" + e.description() + ").");
+                            " could not be written (" + logged.error().description + ").");
             }
             if (batch) {
                 m_window.setImportStatusText(imports::kReceiptAddedStatus);

@@ -42,13 +42,17 @@ void BatchLog::refresh() {
     m_read += added.size();
 }
 
-void BatchLog::append(std::string_view txnId) {
-    m_folder.appendProgramFile(imports::importLogRecord(txnId), imports::kBatchLogFile);
-    refresh();
+Status BatchLog::append(std::string_view txnId) {
+    Status written =
+        m_folder.appendProgramFile(imports::importLogRecord(txnId), imports::kBatchLogFile);
+    if (written) {
+        refresh();
+    }
+    return written;
 }
 
-void BatchLog::create() {
-    m_folder.appendProgramFile("", imports::kBatchLogFile);
+Status BatchLog::create() {
+    return m_folder.appendProgramFile("", imports::kBatchLogFile);
 }
 
 BatchJournal::BatchJournal(const platform::ProgramFolder& folder) : m_folder(folder) {}
@@ -74,12 +78,12 @@ std::optional<BatchJournal::Entry> BatchJournal::pending() const {
     return Entry{std::string(line.substr(0, tab)), std::string(line.substr(tab + 1))};
 }
 
-void BatchJournal::note(std::string_view date, std::string_view txnId) {
+Status BatchJournal::note(std::string_view date, std::string_view txnId) {
     std::string line(date);
     line += '\t';
     line += txnId;
     line += "\r\n";
-    m_folder.appendProgramFile(line, kJournalFile);
+    return m_folder.appendProgramFile(line, kJournalFile);
 }
 
 void BatchJournal::clear() {

@@ -17,6 +17,7 @@
 #include <string>
 #include <string_view>
 
+#include "common/result.h"
 #include "import/importlog.h"
 
 namespace dorvane::platform {
@@ -35,10 +36,10 @@ public:
     void refresh();
     bool holds(std::string_view txnId) const { return m_index.holds(txnId); }
     bool holdsExactly(std::string_view txnId) const { return m_index.holdsExactly(txnId); }
-    // Appends the record of one transaction in one write. Throws platform::FileWriteError.
-    void append(std::string_view txnId);
-    // Creates the file when it does not exist yet. Throws platform::FileWriteError.
-    void create();
+    // Appends the record of one transaction in one write.
+    Status append(std::string_view txnId);
+    // Creates the file when it does not exist yet.
+    Status create();
 
 private:
     const platform::ProgramFolder& m_folder;
@@ -59,9 +60,8 @@ public:
 
     // The last transaction noted; nullopt when the journal is empty.
     std::optional<Entry> pending() const;
-    // Notes a transaction whose receipt goes out next, in one write. Throws
-    // platform::FileWriteError.
-    void note(std::string_view date, std::string_view txnId);
+    // Notes a transaction whose receipt goes out next, in one write.
+    Status note(std::string_view date, std::string_view txnId);
     // Empties the journal: everything noted has its outcome.
     void clear();
 

@@ -69,7 +69,6 @@ public:
 
     explicit CsvLineReader(const std::filesystem::path& file,
                            FieldQuoting quoting = FieldQuoting::Exported);
-    bool isOpen() const { return m_open; }
     TextEncoding encoding() const { return m_encoding; }
     // The next line; nullopt at the end of the file.
     std::optional<std::string> next();

@@ -103,7 +103,7 @@ DocumentBrowser::DocumentBrowser(ui::DocumentWindow& window, qbgateway::Gateway&
       m_folder(folder),
       m_company(company),
       m_ui(ui),
-      m_recipients(folder, gateway) {}
+      m_recipients(folder, gateway, ui) {}
 
 void DocumentBrowser::loadList(const std::string& name, const std::string& timeframe) {
     const DocumentType* type = findDocumentType(name);
@@ -125,8 +125,8 @@ void DocumentBrowser::loadList(const std::string& name, const std::string& timef
 
 bool DocumentBrowser::fetch(const DocumentType& type, const std::string& timeframe) {
     m_window.setStatusText("parsing information ...");
-    const std::string request =
-        qbgateway::fillDateMacro(m_folder.readProgramFile(type.requestTemplate), timeframe);
+    const std::string request = qbgateway::fillDateMacro(
+        ui::textOrShown(m_folder.readProgramFile(type.requestTemplate), m_ui), timeframe);
     // The last list's document goes before the new one is read (a failed answer would
     // replace it anyway). Freeing a tree of a million nodes takes a while: a worker does it
     // while QuickBooks answers, and the new tree is built in the memory the old one leaves.
@@ -149,7 +149,7 @@ bool DocumentBrowser::fetch(const DocumentType& type, const std::string& timefra
         m_window.setStatusText(kNoCompanyFile);
     }
     m_window.list().clear();
-    m_window.sentLogText() = m_folder.readProgramFile(kSentLogFile);
+    m_window.sentLogText() = ui::textOrShown(m_folder.readProgramFile(kSentLogFile), m_ui);
     m_window.list().setColumns(columns(type));
     return true;
 }

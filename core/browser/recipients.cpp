@@ -4,6 +4,7 @@
 #include "platform/programfolder.h"
 #include "qbgateway/gateway.h"
 #include "qbgateway/templates.h"
+#include "ui/uiport.h"
 
 namespace dorvane::browser {
 
@@ -21,8 +22,9 @@ std::unordered_map<std::string, xml::Node> indexBy(const xml::Document& doc, std
     return index;
 }
 
-RecipientLookup::RecipientLookup(const platform::ProgramFolder& folder, qbgateway::Gateway& gateway)
-    : m_folder(folder), m_gateway(gateway) {}
+RecipientLookup::RecipientLookup(const platform::ProgramFolder& folder, qbgateway::Gateway& gateway,
+                                 ui::UiPort& ui)
+    : m_folder(folder), m_gateway(gateway), m_ui(ui) {}
 
 RecipientLookup::PartyIndex RecipientLookup::indexParties(const xml::Document& doc,
                                                           std::string_view path) {
@@ -69,8 +71,8 @@ std::string RecipientLookup::getCustomerEmail(const std::string& listId) {
     if (auto it = m_customers.find(listId); it != m_customers.end()) {
         return it->second.email;
     }
-    const std::string request =
-        qbgateway::fillListId(m_folder.readProgramFile("CustomerGetRq.xml"), listId);
+    const std::string request = qbgateway::fillListId(
+        ui::textOrShown(m_folder.readProgramFile("CustomerGetRq.xml"), m_ui), listId);
     auto doc = xml::Document::parse(m_gateway.processCompanyRequest(request));
     if (!doc) {
         return {};
@@ -87,8 +89,8 @@ std::string RecipientLookup::getEntityEmail(const std::string& listId) {
     if (listId.empty()) {
         return {};
     }
-    const std::string request =
-        qbgateway::fillListId(m_folder.readProgramFile("EmailGetRq.xml"), listId);
+    const std::string request = qbgateway::fillListId(
+        ui::textOrShown(m_folder.readProgramFile("EmailGetRq.xml"), m_ui), listId);
     auto doc = xml::Document::parse(m_gateway.processCompanyRequest(request));
     if (!doc) {
         return {};

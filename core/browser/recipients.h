@@ -22,11 +22,16 @@ namespace dorvane::qbgateway {
 class Gateway;
 }  // namespace dorvane::qbgateway
 
+namespace dorvane::ui {
+class UiPort;
+}
+
 namespace dorvane::browser {
 
 class RecipientLookup {
 public:
-    RecipientLookup(const platform::ProgramFolder& folder, qbgateway::Gateway& gateway);
+    RecipientLookup(const platform::ProgramFolder& folder, qbgateway::Gateway& gateway,
+                    ui::UiPort& ui);
 
     // Indexes the customers and vendors of a freshly loaded list response, with their
     // addresses: a list asks for the same customer's address once per document.
@@ -49,6 +54,7 @@ private:
 
     const platform::ProgramFolder& m_folder;
     qbgateway::Gateway& m_gateway;
+    ui::UiPort& m_ui;
     PartyIndex m_customers;
     PartyIndex m_vendors;
 };

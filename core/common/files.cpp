@@ -9,33 +9,14 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "common/fd.h"
+
 namespace dorvane::files {
 namespace {
 
 Error errnoError(int err, const std::filesystem::path& path) {
     return Error{err, std::string(std::strerror(err)) + ": " + path.string()};
 }
-
-class Fd {
-public:
-    explicit Fd(int fd) : m_fd(fd) {}
-    ~Fd() {
-        if (m_fd >= 0) {
-            ::close(m_fd);
-        }
-    }
-    Fd(const Fd&) = delete;
-    Fd& operator=(const Fd&) = delete;
-    int get() const { return m_fd; }
-    int release() {
-        int fd = m_fd;
-        m_fd = -1;
-        return fd;
-    }
-
-private:
-    int m_fd;
-};
 
 // Writes every piece; answers 0 or the errno value of the failed write.
 int writePieces(int fd, std::initializer_list<std::string_view> pieces) {
@@ -62,11 +43,10 @@ Status writeInPlace(const std::filesystem::path& path,
     // Written over from the start and cut to length afterwards, not truncated first: ext4
     // flushes a file to the disk when it is closed after a truncation to nothing, which would
     // make every scratch write cost a disk write.
-    int raw = ::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, mode ? *mode : 0666);
-    if (raw < 0) {
+    UniqueFd fd(::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, mode ? *mode : 0666));
+    if (!fd) {
         return errnoError(errno, path);
     }
-    Fd fd(raw);
     if (int err = writePieces(fd.get(), pieces)) {
         return errnoError(err, path);
     }
@@ -104,11 +84,10 @@ Status writeAtomically(const std::filesystem::path& path,
     const std::filesystem::path dir =
         path.has_parent_path() ? path.parent_path() : std::filesystem::path(".");
     std::string tmpl = (dir / ("." + path.filename().string() + ".XXXXXX")).string();
-    int raw = ::mkstemp(tmpl.data());
-    if (raw < 0) {
+    UniqueFd fd(::mkstemp(tmpl.data()));
+    if (!fd) {
         return errnoError(errno, path);
     }
-    Fd fd(raw);
     auto fail = [&](int err) {
         ::unlink(tmpl.c_str());
         return Status(errnoError(err, path));
@@ -145,20 +124,17 @@ Status writeAtomically(const std::filesystem::path& path,
         return {};
     }
     // Make the rename itself durable.
-    int dfd = ::open(dir.c_str(), O_RDONLY | O_DIRECTORY);
-    if (dfd >= 0) {
-        ::fsync(dfd);
-        ::close(dfd);
+    if (const UniqueFd dfd(::open(dir.c_str(), O_RDONLY | O_DIRECTORY)); dfd) {
+        ::fsync(dfd.get());
     }
     return {};
 }
 
 Status append(const std::filesystem::path& path, std::string_view data) {
-    int raw = ::open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666);
-    if (raw < 0) {
+    UniqueFd fd(::open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666));
+    if (!fd) {
         return errnoError(errno, path);
     }
-    Fd fd(raw);
     ssize_t n;
     do {
         n = ::write(fd.get(), data.data(), data.size());

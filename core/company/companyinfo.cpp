@@ -47,18 +47,14 @@ void CompanyInfo::retrieveCompanyInfo() {
     m_window.setControlEnabled(kEditMenuEntry, false);
     m_window.setStatusText("get company information ...");
 
-    const std::string response =
-        m_gateway.processCompanyRequest(m_folder.readProgramFile("CompanyGetRq.xml"));
+    const std::string response = m_gateway.processCompanyRequest(
+        ui::textOrShown(m_folder.readProgramFile("CompanyGetRq.xml"), m_ui));
     auto doc = xml::Document::parse(response);
     if (!doc) {
         m_ui.messageBox(kNoQuickBooks);
         m_window.setStatusText(kNoQuickBooks);
         m_window.list().clear();
         return;
-    }
-    m_preferences = xml::Document();
-    if (xml::Node prefs = doc->selectOne("/QBXML/QBXMLMsgsRs/PreferencesQueryRs/PreferencesRet")) {
-        m_preferences.setRoot(prefs);
     }
     setCompanyNode(doc->selectOne("/QBXML/QBXMLMsgsRs/CompanyQueryRs/CompanyRet"));
     // The record is edited here only where this program keeps it: the file lookup enables
@@ -124,10 +120,6 @@ void CompanyInfo::setCompanyNode(xml::Node node) {
 
 xml::Node CompanyInfo::companyNode() const {
     return m_company.root();
-}
-
-xml::Node CompanyInfo::companyPreferences() const {
-    return m_preferences.root();
 }
 
 std::string CompanyInfo::companyAddressText() {

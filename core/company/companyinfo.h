@@ -48,8 +48,6 @@ public:
     void setCompanyNode(xml::Node node);
     // The record in use, or a null node.
     xml::Node companyNode() const;
-    // The PreferencesRet of the last company request, or a null node.
-    xml::Node companyPreferences() const;
 
     // Name and address for Label1; sets the sender address as a side effect.
     std::string companyAddressText();
@@ -65,7 +63,6 @@ private:
     qbgateway::Gateway& m_gateway;
     ui::DocumentWindow& m_window;
     xml::Document m_company;
-    xml::Document m_preferences;
     std::string m_sender;
 };
 

@@ -169,11 +169,6 @@ std::int32_t FolderDevice::rapiInit() {
 }
 
 std::int32_t FolderDevice::rapiUninit() {
-    for (const auto& [handle, fd] : m_handles) {
-        if (fd >= 0) {
-            ::close(fd);
-        }
-    }
     m_handles.clear();
     m_connected = false;
     return 0;
@@ -201,7 +196,7 @@ DeviceHandle FolderDevice::createFile(std::string_view devicePath, OpenMode mode
         return kInvalidHandle;
     }
     const DeviceHandle handle = m_nextHandle++;
-    m_handles[handle] = fd;
+    m_handles[handle] = UniqueFd(fd);
     return handle;
 }
 
@@ -209,11 +204,11 @@ bool FolderDevice::writeFile(DeviceHandle file, const std::uint8_t* data, std::u
                              std::uint32_t& written) {
     written = 0;
     const auto it = m_handles.find(file);
-    if (it == m_handles.end() || it->second < 0) {
+    if (it == m_handles.end() || !it->second) {
         return fail(kErrorInvalidHandle);
     }
     while (written < size) {
-        const ssize_t n = ::write(it->second, data + written, size - written);
+        const ssize_t n = ::write(it->second.get(), data + written, size - written);
         if (n < 0) {
             if (errno == EINTR) {
                 continue;
@@ -229,11 +224,11 @@ bool FolderDevice::readFile(DeviceHandle file, std::uint8_t* buffer, std::uint32
                             std::uint32_t& read) {
     read = 0;
     const auto it = m_handles.find(file);
-    if (it == m_handles.end() || it->second < 0) {
+    if (it == m_handles.end() || !it->second) {
         return fail(kErrorInvalidHandle);
     }
     while (read < size) {
-        const ssize_t n = ::read(it->second, buffer + read, size - read);
+        const ssize_t n = ::read(it->second.get(), buffer + read, size - read);
         if (n < 0) {
             if (errno == EINTR) {
                 continue;
@@ -263,7 +258,7 @@ DeviceHandle FolderDevice::findFirstFile(std::string_view devicePath) {
         return kInvalidHandle;
     }
     const DeviceHandle handle = m_nextHandle++;
-    m_handles[handle] = -1;
+    m_handles[handle] = UniqueFd();
     return handle;
 }
 
@@ -273,9 +268,6 @@ bool FolderDevice::release(DeviceHandle handle) {
     const auto it = m_handles.find(handle);
     if (it == m_handles.end()) {
         return fail(kErrorInvalidHandle);
-    }
-    if (it->second >= 0) {
-        ::close(it->second);
     }
     m_handles.erase(it);
     return true;

@@ -16,6 +16,7 @@
 #include <optional>
 #include <string>
 
+#include "common/fd.h"
 #include "handheld/device.h"
 
 namespace dorvane::platform {
@@ -78,8 +79,8 @@ private:
     std::filesystem::path m_root;
     bool m_connected = false;
     std::uint32_t m_lastError = 0;
-    // Open handles: a file descriptor, or -1 for a search handle.
-    std::map<DeviceHandle, int> m_handles;
+    // Open handles: a file descriptor, or none for a search handle.
+    std::map<DeviceHandle, UniqueFd> m_handles;
     DeviceHandle m_nextHandle = 1;
 };
 

@@ -115,11 +115,9 @@ bool PocketPC::copyFileFromDevice(const std::string& deviceFile, const std::stri
     const std::string_view document = std::string_view(text).substr(0, text.find('\0'));
 
     if (document.empty() && count == 0) {
-        // An empty file holds no entries to lose: it goes through, as empty as it came.
-        try {
-            m_folder.writeProgramFile({}, kDataFromPdaFile);
-        } catch (const platform::FileWriteError&) {
-        }
+        // An empty file holds no entries to lose: it goes through, as empty as it came, and
+        // a copy that cannot be written loses none either.
+        [[maybe_unused]] const Status written = m_folder.writeProgramFile({}, kDataFromPdaFile);
         m_device.findClose(file);
         return true;
     }
@@ -134,11 +132,11 @@ bool PocketPC::copyFileFromDevice(const std::string& deviceFile, const std::stri
         m_device.findClose(file);
         return false;
     }
-    try {
-        m_folder.writeProgramFile(parsed->document.toString(), kDataFromPdaFile);
-    } catch (const platform::FileWriteError& e) {
-        m_ui.messageBox(std::string(kDataFromPdaFile) + " could not be written: " + e.description(),
-                        ui::kProgramTitle, ui::Icon::Critical);
+    if (Status written = m_folder.writeProgramFile(parsed->document.toString(), kDataFromPdaFile);
+        !written) {
+        m_ui.messageBox(
+            std::string(kDataFromPdaFile) + " could not be written: " + written.error().description,
+            ui::kProgramTitle, ui::Icon::Critical);
         m_device.findClose(file);
         return false;
     }

@@ -11,6 +11,7 @@
 #include "platform/programfolder.h"
 #include "qbgateway/gateway.h"
 #include "qbgateway/response.h"
+#include "ui/uiport.h"
 #include "xml/xml.h"
 
 namespace dorvane::handheld {
@@ -125,8 +126,8 @@ SyncOutcome TimeTrackingSync::synchronizePDA(const SyncOptions& options) {
     std::optional<xml::Document> lists;
     {
         const ui::BusyScope busy(m_ui);
-        const std::string response =
-            m_gateway.processRequest(m_folder.readProgramFile(kDataRequestFile));
+        const std::string response = m_gateway.processRequest(
+            ui::textOrShown(m_folder.readProgramFile(kDataRequestFile), m_ui));
         if (auto doc = xml::Document::parse(response); doc) {
             lists = std::move(doc).value();
         }
@@ -153,11 +154,12 @@ SyncOutcome TimeTrackingSync::synchronizePDA(const SyncOptions& options) {
 
     const ui::BusyScope busy(m_ui);
     const xml::Document out = buildHandheldDocument(*lists, name, listId);
-    try {
-        m_folder.writeProgramFile(kDataOutProlog + out.toString(false), kDataOutFile);
-    } catch (const platform::FileWriteError& e) {
-        m_ui.messageBox(std::string(kDataOutFile) + " could not be written: " + e.description(),
-                        ui::kProgramTitle, ui::Icon::Critical);
+    if (Status written =
+            m_folder.writeProgramFile(kDataOutProlog + out.toString(false), kDataOutFile);
+        !written) {
+        m_ui.messageBox(
+            std::string(kDataOutFile) + " could not be written: " + written.error().description,
+            ui::kProgramTitle, ui::Icon::Critical);
         status(imports::kErrorStatus);
         return SyncOutcome::NotWritten;
     }

@@ -7,6 +7,7 @@
 #include "qbgateway/defaultrecords.h"
 #include "qbgateway/gateway.h"
 #include "qbgateway/response.h"
+#include "ui/uiport.h"
 
 namespace dorvane::imports {
 namespace {
@@ -41,7 +42,7 @@ std::vector<PaymentAccount> loadPaymentAccounts(qbgateway::Gateway& gateway, ui:
                                                 const platform::ProgramFolder& folder) {
     std::vector<PaymentAccount> accounts;
     const std::string response =
-        gateway.processRequest(folder.readProgramFile("BankAccountGetRq.xml"));
+        gateway.processRequest(ui::textOrShown(folder.readProgramFile("BankAccountGetRq.xml"), ui));
     if (!response.empty() && qbgateway::isResponseOK(response, ui)) {
         if (auto doc = xml::Document::parse(response)) {
             for (const xml::Node& account :

@@ -7,6 +7,7 @@
 #include "platform/programfolder.h"
 #include "qbgateway/gateway.h"
 #include "qbgateway/response.h"
+#include "ui/uiport.h"
 
 namespace dorvane::imports {
 namespace {
@@ -107,9 +108,10 @@ const char* Counterparts::header(Party party) {
 std::optional<std::vector<std::string>> Counterparts::names(Party party) {
     const bool vendors = party == Party::Vendor;
     const std::string request =
-        vendors ? m_folder.readProgramFile("VendorGetRq.xml")
-                : text::replaceAll(m_folder.readProgramFile("CustomerGetRq.xml"),
-                                   "<ListID>IDTYPE</ListID>", "");
+        vendors
+            ? ui::textOrShown(m_folder.readProgramFile("VendorGetRq.xml"), m_ui)
+            : text::replaceAll(ui::textOrShown(m_folder.readProgramFile("CustomerGetRq.xml"), m_ui),
+                               "<ListID>IDTYPE</ListID>", "");
     const std::string response = m_gateway.processRequest(request);
     if (response.empty() || !qbgateway::isResponseOK(response, m_ui)) {
         return std::nullopt;

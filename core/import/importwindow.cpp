@@ -304,10 +304,9 @@ void ImportWindow::previewDocument(std::string_view styleSheetName, xml::Node no
     }
     const std::string_view trimmed = text::trim(*output);
     const char* name = trimmed.substr(0, 5) == "<?xml" ? kPreviewXmlFile : kPreviewHtmlFile;
-    try {
-        m_folder.writeProgramFile(*output, name, files::Durability::Scratch);
-    } catch (const platform::FileWriteError& e) {
-        setImportStatusText("The preview could not be written: " + e.description());
+    if (Status written = m_folder.writeProgramFile(*output, name, files::Durability::Scratch);
+        !written) {
+        setImportStatusText("The preview could not be written: " + written.error().description);
         return;
     }
     navigate(name);

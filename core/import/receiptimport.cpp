@@ -20,12 +20,12 @@ std::optional<std::string> ReceiptImport::readClipboard() {
 }
 
 std::optional<std::string> ReceiptImport::writeReceiptFile(std::string_view receiptText) {
-    try {
-        m_folder.writeProgramFile(receiptToXml(receiptText), kReceiptFileName,
-                                  files::Durability::Scratch);
-    } catch (const platform::FileWriteError& e) {
-        m_ui.messageBox(std::string("Cannot write ") + kReceiptFileName + ": " + e.description(),
-                        ui::kProgramTitle, ui::Icon::Critical);
+    if (Status written = m_folder.writeProgramFile(receiptToXml(receiptText), kReceiptFileName,
+                                                   files::Durability::Scratch);
+        !written) {
+        m_ui.messageBox(
+            std::string("Cannot write ") + kReceiptFileName + ": " + written.error().description,
+            ui::kProgramTitle, ui::Icon::Critical);
         return std::nullopt;
     }
     return m_folder.filePath(std::string("\\") + kReceiptFileName);
@@ -77,11 +77,10 @@ void ReceiptImport::logBooked(const xml::Document& receipt) {
     if (txnId.empty()) {
         return;
     }
-    try {
-        m_folder.appendProgramFile(importLogRecord(txnId), kBatchLogFile);
-    } catch (const platform::FileWriteError& e) {
+    if (Status logged = m_folder.appendProgramFile(importLogRecord(txnId), kBatchLogFile);
+        !logged) {
         m_ui.messageBox(std::string("The sales receipt is in QuickBooks, but ") + kBatchLogFile +
-                            " could not be written (" + e.description() +
+                            " could not be written (" + logged.error().description +
                             "). A later batch import may add this transaction again.",
                         ui::kProgramTitle, ui::Icon::Exclamation);
     }

@@ -211,12 +211,13 @@ bool Mailer::composeAndSendSmtp(const MailContext& context, std::string_view sen
         const std::string name = attachmentFileName(subject);
         attachmentPath = context.folder.filePath(name);
         removeQuietly(attachmentPath);
-        try {
-            // A scratch file, read back at once and deleted once the message is sent.
-            context.folder.writeProgramFile(attachmentText, name, files::Durability::Scratch);
-        } catch (const platform::FileWriteError& error) {
+        // A scratch file, read back at once and deleted once the message is sent.
+        if (Status written =
+                context.folder.writeProgramFile(attachmentText, name, files::Durability::Scratch);
+            !written) {
+            const Error& error = written.error();
             m_lastFailure =
-                std::to_string(error.code()) + " " + error.description() + " " + attachmentPath;
+                std::to_string(error.code) + " " + error.description + " " + attachmentPath;
             context.ui.messageBox(m_lastFailure);
             return false;
         }

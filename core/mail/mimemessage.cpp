@@ -1,12 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "mail/mimemessage.h"
 
-#include <cerrno>
-#include <fcntl.h>
 #include <fstream>
 #include <memory>
 #include <mutex>
-#include <unistd.h>
 
 #include <gmime/gmime.h>
 
@@ -213,33 +210,10 @@ bool MimeMessage::attachFile(const std::filesystem::path& file) {
 }
 
 int MimeMessage::save(const std::filesystem::path& file) const {
-    // A scratch file rewritten for every message: no need to wait for the disk. It is cut to
-    // length after writing rather than emptied first, which on ext4 would force a flush of
-    // the old content when the file is closed.
+    // A scratch file rewritten for every message: no need to wait for the disk.
     const std::string text = m_impl->write();
-    int fd = ::open(file.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0644);
-    if (fd < 0) {
-        return errno;
-    }
-    const char* p = text.data();
-    std::size_t left = text.size();
-    int error = 0;
-    while (left > 0 && error == 0) {
-        ssize_t n = ::write(fd, p, left);
-        if (n < 0) {
-            error = errno == EINTR ? 0 : errno;
-            continue;
-        }
-        p += n;
-        left -= static_cast<std::size_t>(n);
-    }
-    if (error == 0 && ::ftruncate(fd, static_cast<off_t>(text.size())) != 0) {
-        error = errno;
-    }
-    if (::close(fd) != 0 && error == 0) {
-        error = errno;
-    }
-    return error;
+    const Status saved = files::writeAtomically(file, {text}, 0644u, files::Durability::Scratch);
+    return saved ? 0 : saved.error().code;
 }
 
 std::string MimeMessage::toString() const {

@@ -290,16 +290,16 @@ void DocumentSender::runRows(const RunPlan& plan) {
                         outcome.test ? browser::testSentRecord(outcome.key, plan.logType, recipient)
                                      : browser::sentRecord(outcome.key, plan.logType);
                     m_window.sentLogText() += record;
-                    try {
-                        m_folder.appendProgramFile(record, browser::kSentLogFile);
-                    } catch (const platform::FileWriteError& e) {
+                    if (Status noted = m_folder.appendProgramFile(record, browser::kSentLogFile);
+                        !noted) {
                         // Whatever goes out after this is never logged and would be mailed
                         // again by the next run: stop here.
                         logBroken = true;
                         m_ui.messageBox(
                             std::string(text::trim(subject)) + " for " + outcome.name +
                             " was sent, but Dorvane could not note it in the sent log " +
-                            m_folder.filePath(browser::kSentLogFile) + " (" + e.description() +
+                            m_folder.filePath(browser::kSentLogFile) + " (" +
+                            noted.error().description +
                             ").\r\nSending was stopped so that no document goes out twice: the "
                             "documents still checked were not sent. Make the file writable "
                             "before you send again; until then this document is not shown as "
@@ -336,28 +336,26 @@ void DocumentSender::runRows(const RunPlan& plan) {
 }
 
 bool DocumentSender::sentLogWritable() {
-    try {
-        m_folder.appendProgramFile("", browser::kSentLogFile);
-        return true;
-    } catch (const platform::FileWriteError& e) {
+    if (Status writable = m_folder.appendProgramFile("", browser::kSentLogFile); !writable) {
         m_ui.messageBox("Dorvane cannot write the sent log " +
-                        m_folder.filePath(browser::kSentLogFile) + " (" + e.description() +
+                        m_folder.filePath(browser::kSentLogFile) + " (" +
+                        writable.error().description +
                         "), so nothing was sent: a document mailed now could not be noted as "
                         "sent and would go out again. Make the file writable and send again.");
         m_window.setStatusText("Nothing sent: the sent log cannot be written");
         return false;
     }
+    return true;
 }
 
 bool DocumentSender::saveSentLog() {
-    try {
-        m_folder.writeProgramFile(m_window.sentLogText(), browser::kSentLogFile);
-        return true;
-    } catch (const platform::FileWriteError& e) {
+    if (Status saved = m_folder.writeProgramFile(m_window.sentLogText(), browser::kSentLogFile);
+        !saved) {
         m_ui.messageBox("Could not write " + m_folder.filePath(browser::kSentLogFile) + ": " +
-                        e.description());
+                        saved.error().description);
         return false;
     }
+    return true;
 }
 
 bool DocumentSender::sendDocumentMail(const std::string& sender, std::string& recipient,
@@ -466,7 +464,7 @@ std::string DocumentSender::buildAttachment(xml::Node document) {
 }
 
 void DocumentSender::showPreview(const std::string& html) {
-    try {
+    {
         // Each document is a block of its own: on screen a rule and some room set it off from
         // the next, on paper it ends its page (its own style says so; the sheet repeats it for
         // browsers that only know the newer property).
@@ -477,12 +475,13 @@ void DocumentSender::showPreview(const std::string& html) {
             "body>div:last-child{border-bottom:none}"
             "@media print{body>div{margin:0;padding:0;border-bottom:none}}"
             "</style>";
-        m_folder.writeProgramFile(
-            "<html><head>" + style + "</head><body>" + html + "</body></html>", "preview.htm");
-    } catch (const platform::FileWriteError& e) {
-        m_ui.messageBox("Could not write " + m_folder.filePath("preview.htm") + ": " +
-                        e.description());
-        return;
+        if (Status written = m_folder.writeProgramFile(
+                "<html><head>" + style + "</head><body>" + html + "</body></html>", "preview.htm");
+            !written) {
+            m_ui.messageBox("Could not write " + m_folder.filePath("preview.htm") + ": " +
+                            written.error().description);
+            return;
+        }
     }
     m_ui.openWithDesktop(m_folder.filePath("preview.htm"));
 }

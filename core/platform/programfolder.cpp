@@ -6,12 +6,10 @@
 #include <fstream>
 
 #include "common/files.h"
-#include "ui/uiport.h"
 
 namespace dorvane::platform {
 
-ProgramFolder::ProgramFolder(std::filesystem::path folder, ui::UiPort& ui)
-    : m_folder(folder.string()), m_ui(ui) {
+ProgramFolder::ProgramFolder(std::filesystem::path folder) : m_folder(folder.string()) {
     while (m_folder.size() > 1 && m_folder.back() == '/') {
         m_folder.pop_back();
     }
@@ -29,7 +27,7 @@ std::string ProgramFolder::filePath(std::string_view name) const {
     return m_folder + "/" + relative;
 }
 
-std::string ProgramFolder::readProgramFile(std::string_view name) const {
+Result<std::string> ProgramFolder::readProgramFile(std::string_view name) const {
     const std::string path = filePath(name);
     errno = 0;
     std::ifstream in(path, std::ios::binary);
@@ -47,25 +45,16 @@ std::string ProgramFolder::readProgramFile(std::string_view name) const {
         }
     }
     int err = errno ? errno : EIO;
-    m_ui.messageBox("Could not open file " + path + " (" + std::to_string(err) + ")");
-    return {};
+    return Error{err, "Could not open file " + path + " (" + std::to_string(err) + ")"};
 }
 
-void ProgramFolder::writeProgramFile(std::string_view text, std::string_view name,
-                                     files::Durability durability) const {
-    const std::string path = filePath(name);
-    Status written = files::writeAtomically(path, {text, "\r\n"}, std::nullopt, durability);
-    if (!written) {
-        throw FileWriteError(written.error().code, written.error().description);
-    }
+Status ProgramFolder::writeProgramFile(std::string_view text, std::string_view name,
+                                       files::Durability durability) const {
+    return files::writeAtomically(filePath(name), {text, "\r\n"}, std::nullopt, durability);
 }
 
-void ProgramFolder::appendProgramFile(std::string_view text, std::string_view name) const {
-    const std::string path = filePath(name);
-    Status written = files::append(path, text);
-    if (!written) {
-        throw FileWriteError(written.error().code, written.error().description);
-    }
+Status ProgramFolder::appendProgramFile(std::string_view text, std::string_view name) const {
+    return files::append(filePath(name), text);
 }
 
 }  // namespace dorvane::platform

@@ -8,30 +8,11 @@
 
 #include "common/files.h"
 
-namespace dorvane::ui {
-class UiPort;
-}
-
 namespace dorvane::platform {
-
-// Thrown by writeProgramFile when the file cannot be written; the caller's own error
-// handling decides what the person is told. `code` is the errno value.
-class FileWriteError : public std::exception {
-public:
-    FileWriteError(int code, std::string description)
-        : m_code(code), m_description(std::move(description)) {}
-    int code() const { return m_code; }
-    const std::string& description() const { return m_description; }
-    const char* what() const noexcept override { return m_description.c_str(); }
-
-private:
-    int m_code;
-    std::string m_description;
-};
 
 class ProgramFolder {
 public:
-    ProgramFolder(std::filesystem::path folder, ui::UiPort& ui);
+    explicit ProgramFolder(std::filesystem::path folder);
 
     // The folder itself, without a trailing separator.
     const std::string& path() const { return m_folder; }
@@ -41,22 +22,22 @@ public:
     // folders join the same way.
     std::string filePath(std::string_view name) const;
 
-    // Reads the file line by line and answers the lines joined with nothing between them. A
-    // file that cannot be read shows "Could not open file <path> (<errno>)" and answers "".
-    std::string readProgramFile(std::string_view name) const;
+    // Reads the file line by line and answers the lines joined with nothing between them. The
+    // error of a file that cannot be read carries errno and says "Could not open file <path>
+    // (<errno>)".
+    Result<std::string> readProgramFile(std::string_view name) const;
 
     // Replaces the file with `text` followed by CR LF, atomically; by default also flushed to
-    // the disk. Throws FileWriteError.
-    void writeProgramFile(std::string_view text, std::string_view name,
-                          files::Durability durability = files::Durability::Flushed) const;
+    // the disk. The error's code is errno.
+    Status writeProgramFile(std::string_view text, std::string_view name,
+                            files::Durability durability = files::Durability::Flushed) const;
 
     // Adds `text` at the end of the file (creating it) in one write, so that a program killed
-    // at any moment leaves the file with or without the whole text. Throws FileWriteError.
-    void appendProgramFile(std::string_view text, std::string_view name) const;
+    // at any moment leaves the file with or without the whole text. The error's code is errno.
+    Status appendProgramFile(std::string_view text, std::string_view name) const;
 
 private:
     std::string m_folder;
-    ui::UiPort& m_ui;
 };
 
 }  // namespace dorvane::platform

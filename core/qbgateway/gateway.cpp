@@ -69,7 +69,12 @@ std::string Gateway::exchange(const std::string& request, bool askCompanyFile) {
         // The request trace is written whether or not QuickBooks can be reached.
         // Traces are diagnostics, written over in place: a rename per request costs more than
         // a whole batch import's bookkeeping, and a trace cut short by a crash loses nothing.
-        m_folder.writeProgramFile(request, kRequestTrace, files::Durability::Scratch);
+        if (Status traced =
+                m_folder.writeProgramFile(request, kRequestTrace, files::Durability::Scratch);
+            !traced) {
+            m_ui.messageBox(failureMessage(traced.error()));
+            return {};
+        }
 
         std::unique_ptr<RequestProcessor> processor = take(m_factory());
         check(processor->openConnection("", kApplicationName));
@@ -102,8 +107,6 @@ std::string Gateway::exchange(const std::string& request, bool askCompanyFile) {
         } else {
             m_ui.messageBox(failureMessage(failed.error));
         }
-    } catch (const platform::FileWriteError& e) {
-        m_ui.messageBox(failureMessage(Error{e.code(), e.description()}));
     }
     return {};
 }

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "qbgateway/response.h"
 
+#include <cstdlib>
+
 #include "ui/uiport.h"
+#include "xml/xml.h"
 
 namespace dorvane::qbgateway {
 namespace {
@@ -14,12 +17,12 @@ void show(ui::UiPort* ui, const std::string& text, std::string_view title) {
 
 }  // namespace
 
-std::string checkResponseStatus(std::string_view response, ui::UiPort* ui) {
+Status checkResponseStatus(std::string_view response, ui::UiPort* ui) {
     auto doc = xml::Document::parse(response);
     if (!doc) {
         std::string error = "loadXML failed, reason: " + doc.error().description;
         show(ui, error, "Error");
-        return error;
+        return Error{0, std::move(error)};
     }
     // QBXML → QBXMLMsgsRs → the first response element.
     xml::Node first = doc->root().firstChildElement().firstChildElement();
@@ -30,40 +33,31 @@ std::string checkResponseStatus(std::string_view response, ui::UiPort* ui) {
                                             " has no attribute " + attribute + "."
                                       : std::string("The response holds no response element.");
             show(ui, error, "Error");
-            return error;
+            return Error{0, std::move(error)};
         }
     }
     const std::string code = first.attribute("statusCode");
     const std::string severity = first.attribute("statusSeverity");
     const std::string message = first.attribute("statusMessage");
     if (code == "0") {
-        return {};
+        return Ok{};
     }
     if (severity == "Warning") {
         show(ui, message, "Warning from QuickBooks");
-        return {};
+        return Ok{};
     }
     if (severity == "Error") {
         show(ui, message, "Error from QuickBooks");
-        return message;
+        if (!message.empty()) {
+            return Error{static_cast<std::int32_t>(std::strtol(code.c_str(), nullptr, 10)),
+                         message};
+        }
     }
-    return {};
+    return Ok{};
 }
 
 bool isResponseOK(std::string_view response, ui::UiPort& ui) {
-    return checkResponseStatus(response, &ui).empty();
-}
-
-std::string getNodeValue(xml::Node node, std::string_view xpath) {
-    return node.valueOf(xpath);
-}
-
-std::string getXMLNodeValueAsString(std::string_view tagName, const xml::Document& doc) {
-    xml::Node node = doc.firstElementByTagName(tagName);
-    if (!node) {
-        throw MissingElement("The document has no element " + std::string(tagName) + ".");
-    }
-    return node.text();
+    return checkResponseStatus(response, &ui).ok();
 }
 
 }  // namespace dorvane::qbgateway

@@ -35,10 +35,6 @@ int monthNumber(std::string_view name) {
     return 0;
 }
 
-const char* monthName(int month) {
-    return kMonths[(month - 1 + 12) % 12];
-}
-
 int fiscalYearStartMonth(CompanyFile& file) {
     int m = monthNumber(file.setting("Company/FirstMonthFiscalYear", "January"));
     return m == 0 ? 1 : m;

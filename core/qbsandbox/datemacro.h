@@ -26,6 +26,5 @@ DateRange dateMacroRange(std::string_view macro, Date today, int firstFiscalMont
 // The company's first fiscal month (1-12) from its FirstMonthFiscalYear; January when unset.
 int fiscalYearStartMonth(CompanyFile& file);
 int monthNumber(std::string_view englishName);  // 0 when not a month name
-const char* monthName(int month);               // 1-12
 
 }  // namespace dorvane::qbsandbox

@@ -39,7 +39,7 @@ qbgateway::ProcessorFactory Application::chooseProcessor(const StartOptions& opt
 Application::Application(ui::UiPort& ui, const StartOptions& options,
                          qbgateway::ProcessorFactory factory)
     : m_ui(ui),
-      m_folder(platform::locateProgramHome(options.home), ui),
+      m_folder(platform::locateProgramHome(options.home)),
       m_settings(platform::SettingsStore::forUser()),
       m_gateway(m_folder, ui, factory ? std::move(factory) : chooseProcessor(options)),
       m_window(ui, m_folder),

@@ -11,6 +11,8 @@
 #include <string>
 #include <string_view>
 
+#include "common/result.h"
+
 namespace dorvane::ui {
 
 enum class Icon { None, Information, Exclamation, Critical, Question };
@@ -66,5 +68,14 @@ public:
 private:
     UiPort& m_ui;
 };
+
+// The text a step read, or "" once the step's error has been shown in a message box.
+inline std::string textOrShown(Result<std::string> text, UiPort& ui) {
+    if (!text) {
+        ui.messageBox(text.error().description);
+        return {};
+    }
+    return std::move(text).value();
+}
 
 }  // namespace dorvane::ui

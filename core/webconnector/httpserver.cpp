@@ -14,6 +14,8 @@
 #include <thread>
 #include <unistd.h>
 
+#include "common/fd.h"
+
 namespace dorvane::webconnector {
 namespace {
 
@@ -209,15 +211,12 @@ HttpServer::~HttpServer() {
     if (m_impl && m_impl->daemon != nullptr) {
         // No new connections; the answers on their way are let out (a last closeConnection),
         // for a moment at most.
-        const MHD_socket listening = MHD_quiesce_daemon(m_impl->daemon);
+        const UniqueFd listening(MHD_quiesce_daemon(m_impl->daemon));
         const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(2);
         while (m_impl->active > 0 && std::chrono::steady_clock::now() < limit) {
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
         }
         MHD_stop_daemon(m_impl->daemon);
-        if (listening != MHD_INVALID_SOCKET) {
-            ::close(listening);
-        }
     }
 }
 

@@ -1,12 +1,33 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "webupdate/httppost.h"
 
+#include <memory>
 #include <mutex>
 
 #include <curl/curl.h>
 
 namespace dorvane::webupdate {
 namespace {
+
+struct CurlEasyCleanup {
+    void operator()(CURL* handle) const { curl_easy_cleanup(handle); }
+};
+struct CurlSlistFree {
+    void operator()(curl_slist* list) const { curl_slist_free_all(list); }
+};
+using CurlPtr = std::unique_ptr<CURL, CurlEasyCleanup>;
+using SlistPtr = std::unique_ptr<curl_slist, CurlSlistFree>;
+
+// Adds a line at the end of the list; false when it could not, the list left as it was.
+bool appendLine(SlistPtr& list, const std::string& line) {
+    curl_slist* grown = curl_slist_append(list.get(), line.c_str());
+    if (!grown) {
+        return false;
+    }
+    list.release();  // the same list, grown; or a new one when it was empty
+    list.reset(grown);
+    return true;
+}
 
 size_t discardBody(char*, size_t size, size_t count, void*) {
     return size * count;
@@ -36,8 +57,8 @@ std::string plainWords(CURLcode code, const std::string& url, const char* detail
 
 struct HttpPoster::Impl {
     PostOptions options;
-    CURL* handle = nullptr;
-    curl_slist* headers = nullptr;
+    SlistPtr headers;  // outlives the handle that points at it
+    CurlPtr handle;
     char errorBuffer[CURL_ERROR_SIZE] = {};
 };
 
@@ -45,19 +66,22 @@ HttpPoster::HttpPoster(PostOptions options) : m_impl(std::make_unique<Impl>()) {
     static std::once_flag once;
     std::call_once(once, [] { curl_global_init(CURL_GLOBAL_DEFAULT); });
     m_impl->options = std::move(options);
-    m_impl->handle = curl_easy_init();
-    m_impl->headers = curl_slist_append(nullptr, "Content-Type: application/json; charset=utf-8");
-    if (!m_impl->options.bearerToken.empty()) {
-        m_impl->headers = curl_slist_append(
-            m_impl->headers, ("Authorization: Bearer " + m_impl->options.bearerToken).c_str());
+    bool headers = appendLine(m_impl->headers, "Content-Type: application/json; charset=utf-8");
+    if (headers && !m_impl->options.bearerToken.empty()) {
+        headers =
+            appendLine(m_impl->headers, "Authorization: Bearer " + m_impl->options.bearerToken);
     }
-    CURL* h = m_impl->handle;
+    if (!headers) {
+        return;  // without its headers the post is not set up
+    }
+    m_impl->handle.reset(curl_easy_init());
+    CURL* h = m_impl->handle.get();
     if (!h) {
         return;
     }
     curl_easy_setopt(h, CURLOPT_URL, m_impl->options.url.c_str());
     curl_easy_setopt(h, CURLOPT_PROTOCOLS_STR, "http,https");
-    curl_easy_setopt(h, CURLOPT_HTTPHEADER, m_impl->headers);
+    curl_easy_setopt(h, CURLOPT_HTTPHEADER, m_impl->headers.get());
     curl_easy_setopt(h, CURLOPT_SSL_VERIFYPEER, 1L);
     curl_easy_setopt(h, CURLOPT_SSL_VERIFYHOST, 2L);
     curl_easy_setopt(h, CURLOPT_NOSIGNAL, 1L);
@@ -68,15 +92,10 @@ HttpPoster::HttpPoster(PostOptions options) : m_impl(std::make_unique<Impl>()) {
     curl_easy_setopt(h, CURLOPT_USERAGENT, "Dorvane/" DORVANE_VERSION);
 }
 
-HttpPoster::~HttpPoster() {
-    if (m_impl->handle) {
-        curl_easy_cleanup(m_impl->handle);
-    }
-    curl_slist_free_all(m_impl->headers);
-}
+HttpPoster::~HttpPoster() = default;
 
 Result<long> HttpPoster::post(std::string_view json) {
-    CURL* h = m_impl->handle;
+    CURL* h = m_impl->handle.get();
     if (!h) {
         return Error{CURLE_FAILED_INIT, "the web connection could not be set up"};
     }

@@ -46,13 +46,13 @@ bool WebUpdater::listItems(const ItemKind& kind) {
     m_window.setStatusText("parsing information ...");
     const ui::BusyScope busy(m_ui);
     const std::string request =
-        text::replaceAll(m_folder.readProgramFile(kItemsTemplate), qbgateway::kFromDatePlaceholder,
-                         qbgateway::kFixedFromDate);
+        text::replaceAll(ui::textOrShown(m_folder.readProgramFile(kItemsTemplate), m_ui),
+                         qbgateway::kFromDatePlaceholder, qbgateway::kFixedFromDate);
     const std::string response = m_gateway.processRequest(request);
     auto doc = xml::Document::parse(response);
-    const char* failed = !doc                                                         ? "(1)"
-                         : !qbgateway::checkResponseStatus(response, nullptr).empty() ? "(2)"
-                                                                                      : nullptr;
+    const char* failed = !doc                                                 ? "(1)"
+                         : !qbgateway::checkResponseStatus(response, nullptr) ? "(2)"
+                                                                              : nullptr;
     if (failed) {
         m_ui.messageBox(std::string(kNoAccess) + failed);
         m_window.setStatusText(kNoAccess);
@@ -191,11 +191,9 @@ void WebUpdater::showResultPage(const UpdateReport& report) {
         page += "</table>";
     }
     page += "</body></html>";
-    try {
-        m_folder.writeProgramFile(page, kResultPage);
-    } catch (const platform::FileWriteError& e) {
+    if (Status written = m_folder.writeProgramFile(page, kResultPage); !written) {
         m_ui.messageBox("Could not write " + m_folder.filePath(kResultPage) + ": " +
-                        e.description());
+                        written.error().description);
         return;
     }
     m_ui.openWithDesktop(m_folder.filePath(kResultPage));

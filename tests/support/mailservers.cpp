@@ -15,6 +15,7 @@
 #include <thread>
 #include <unistd.h>
 
+#include "common/fd.h"
 #include "common/text.h"
 #include "xml/xml.h"
 
@@ -106,6 +107,8 @@ ServerProcess::ServerProcess(const std::string& script, std::vector<std::string>
     if (pipe2(fds, O_CLOEXEC) != 0) {
         throw std::runtime_error("pipe failed");
     }
+    UniqueFd readEnd(fds[0]);
+    UniqueFd writeEnd(fds[1]);
     std::vector<std::string> argv = {"/usr/bin/python3", supportScript(script).string()};
     argv.insert(argv.end(), arguments.begin(), arguments.end());
 
@@ -120,7 +123,7 @@ ServerProcess::ServerProcess(const std::string& script, std::vector<std::string>
         throw std::runtime_error("fork failed");
     }
     if (pid == 0) {
-        dup2(fds[1], STDOUT_FILENO);
+        dup2(writeEnd.get(), STDOUT_FILENO);
         const int log = open(logFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
         if (log >= 0) {
             dup2(log, STDERR_FILENO);
@@ -135,25 +138,25 @@ ServerProcess::ServerProcess(const std::string& script, std::vector<std::string>
         _exit(127);
     }
     m_pid = pid;
-    close(fds[1]);
+    writeEnd.reset();
 
     std::string output;
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
     while (output.find('\n') == std::string::npos) {
         const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
             deadline - std::chrono::steady_clock::now());
-        pollfd p{fds[0], POLLIN, 0};
+        pollfd p{readEnd.get(), POLLIN, 0};
         if (left.count() <= 0 || poll(&p, 1, static_cast<int>(left.count())) <= 0) {
             break;
         }
         char buffer[256];
-        const ssize_t n = read(fds[0], buffer, sizeof buffer);
+        const ssize_t n = read(readEnd.get(), buffer, sizeof buffer);
         if (n <= 0) {
             break;
         }
         output.append(buffer, static_cast<std::size_t>(n));
     }
-    close(fds[0]);
+    readEnd.reset();
     if (output.rfind("READY ", 0) != 0) {
         const std::string log = readFile(logFile);
         stop();
@@ -316,18 +319,16 @@ ScopedEnvironment::~ScopedEnvironment() {
 }
 
 int unusedLoopbackPort() {
-    const int s = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const UniqueFd s(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     address.sin_port = 0;
     socklen_t length = sizeof address;
-    if (bind(s, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 ||
-        getsockname(s, reinterpret_cast<sockaddr*>(&address), &length) != 0) {
-        close(s);
+    if (bind(s.get(), reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 ||
+        getsockname(s.get(), reinterpret_cast<sockaddr*>(&address), &length) != 0) {
         throw std::runtime_error("no free loopback port");
     }
-    close(s);
     return ntohs(address.sin_port);
 }
 

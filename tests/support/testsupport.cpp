@@ -3,9 +3,7 @@
 
 #include <cstdlib>
 #include <fstream>
-#include <random>
 #include <sstream>
-#include <stdexcept>
 #include <sys/wait.h>
 
 #include "qbsandbox/demo.h"
@@ -62,24 +60,6 @@ std::vector<std::string> ScriptedUi::texts() const {
         out.push_back(m.text);
     }
     return out;
-}
-
-TempDir::TempDir() {
-    std::random_device rd;
-    auto base = std::filesystem::temp_directory_path();
-    for (int i = 0; i < 100; ++i) {
-        auto p = base / ("dorvane-test-" + std::to_string(rd()));
-        if (std::filesystem::create_directory(p)) {
-            m_path = p;
-            return;
-        }
-    }
-    throw std::runtime_error("cannot create a temporary folder");
-}
-
-TempDir::~TempDir() {
-    std::error_code ec;
-    std::filesystem::remove_all(m_path, ec);
 }
 
 void copyDemoCompany(const std::filesystem::path& to) {

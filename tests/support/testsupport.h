@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "tempfolder.h"
 #include "ui/uiport.h"
 
 namespace dorvane::test {
@@ -55,18 +56,7 @@ public:
 };
 
 // A fresh folder below the system's temporary folder, removed with the object.
-class TempDir {
-public:
-    TempDir();
-    ~TempDir();
-    TempDir(const TempDir&) = delete;
-    TempDir& operator=(const TempDir&) = delete;
-    const std::filesystem::path& path() const { return m_path; }
-    std::filesystem::path operator/(const std::string& name) const { return m_path / name; }
-
-private:
-    std::filesystem::path m_path;
-};
+using TempDir = testkit::TempFolder;
 
 // Copies the demo company to `to`. The demo is generated once per test program, with the
 // DORVANE_TODAY of that moment, in a temporary folder removed when the program ends.

@@ -114,7 +114,7 @@ std::string invoice(const std::string& txn, const std::string& custId, const std
 class BrowserTest : public ::testing::Test {
 protected:
     BrowserTest()
-        : folder(home.path(), ui),
+        : folder(home.path()),
           gateway(folder, ui, recorder.wrap(qbgateway::responseFolderFactory(answers()))),
           company(ui, folder, gateway, window),
           browser(window, gateway, folder, company, ui) {
@@ -531,12 +531,12 @@ TEST(SentLog, RecordsAndTheSubstringRule) {
 // What a type names in the program folder is shipped: its request, and the style sheet that
 // renders it for mailing compiles.
 TEST(DocumentTypes, TheirProgramFilesAreShipped) {
-    ScriptedUi ui;
-    const platform::ProgramFolder shipped(test::programSource(), ui);
+    const platform::ProgramFolder shipped(test::programSource());
     for (const DocumentType& type : kDocumentTypes) {
         SCOPED_TRACE(type.name);
         EXPECT_EQ(findDocumentType(type.name), &type);
-        EXPECT_NE(shipped.readProgramFile(type.requestTemplate), "");
+        const auto request = shipped.readProgramFile(type.requestTemplate);
+        EXPECT_TRUE(request && !request->empty());
         if (type.styleSheet) {
             EXPECT_TRUE(xml::Stylesheet::load(shipped.filePath(type.styleSheet)));
         }

@@ -31,7 +31,7 @@ TEST_F(DemoCompanyTest, EveryRequestTemplateIsAccepted) {
         }
         ++templates;
         SCOPED_TRACE(name);
-        std::string request = app->folder().readProgramFile(name);
+        std::string request = app->folder().readProgramFile(name).value();
         request = qbgateway::fillDateMacro(request, "LastFiscalYear");
         request = qbgateway::fillWholeList(request);
         request =
@@ -53,8 +53,8 @@ TEST_F(DemoCompanyTest, StartUpCreatesTheDefaultRecordsOnce) {
     EXPECT_TRUE(ui.messages.empty()) << ui.texts().front();
     EXPECT_EQ(app->window().companyText().substr(0, 23), "Harbor Lane Landscaping");
     auto check = [&] {
-        auto doc = xml::Document::parse(
-            app->gateway().processRequest(app->folder().readProgramFile("CheckAccountGetRq.xml")));
+        auto doc = xml::Document::parse(app->gateway().processRequest(
+            app->folder().readProgramFile("CheckAccountGetRq.xml").value()));
         return std::pair<bool, bool>{
             bool(doc->selectOne("//AccountQueryRs/*[FullName='Uncategorized Expenses']")),
             bool(doc->selectOne("//ItemQueryRs/*[FullName='Uncategorized Item']"))};

@@ -57,7 +57,7 @@ protected:
     fs::path program = home / "program";
     fs::path deviceRoot = home / "device";
     test::ScriptedUi ui;
-    platform::ProgramFolder folder{program, ui};
+    platform::ProgramFolder folder{program};
     FolderDevice device{deviceRoot};
 };
 

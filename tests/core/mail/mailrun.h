@@ -16,7 +16,7 @@ namespace dorvane::test {
 struct MailRun {
     TempDir dir;
     ScriptedUi ui;
-    platform::ProgramFolder folder{dir.path(), ui};
+    platform::ProgramFolder folder{dir.path()};
     platform::MailSettings settings;
     std::vector<std::string> statuses;
     bool preview = false;

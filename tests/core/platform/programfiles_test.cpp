@@ -8,6 +8,7 @@
 #include "common/files.h"
 #include "platform/programfolder.h"
 #include "support/testsupport.h"
+#include "ui/uiport.h"
 
 namespace dorvane::platform {
 namespace {
@@ -24,12 +25,11 @@ protected:
 
     TempDir dir;
     ScriptedUi ui;
-    ProgramFolder folder{dir.path(), ui};
+    ProgramFolder folder{dir.path()};
 };
 
 TEST(ProgramFolder, NamesJoinWithOneSlashWhateverTheirLeadingSeparator) {
-    ScriptedUi ui;
-    ProgramFolder folder("/opt/dorvane/", ui);
+    ProgramFolder folder("/opt/dorvane/");
     EXPECT_EQ(folder.path(), "/opt/dorvane");
     EXPECT_EQ(folder.filePath("EmailsSent.log"), "/opt/dorvane/EmailsSent.log");
     EXPECT_EQ(folder.filePath("/invoice.xslt"), "/opt/dorvane/invoice.xslt");
@@ -39,14 +39,14 @@ TEST(ProgramFolder, NamesJoinWithOneSlashWhateverTheirLeadingSeparator) {
 
 TEST_F(ProgramFolderTest, ReadJoinsLinesWithNothingBetween) {
     test::writeFile(dir / "t.xml", "a\r\nb\nc\r\n");
-    EXPECT_EQ(folder.readProgramFile("t.xml"), "abc");
+    EXPECT_EQ(folder.readProgramFile("t.xml").value(), "abc");
     test::writeFile(dir / "two.xml", "<A>\n  <B>x</B>\n</A>");
-    EXPECT_EQ(folder.readProgramFile("/two.xml"), "<A>  <B>x</B></A>");
-    EXPECT_TRUE(ui.messages.empty());
+    EXPECT_EQ(folder.readProgramFile("/two.xml").value(), "<A>  <B>x</B></A>");
 }
 
 TEST_F(ProgramFolderTest, AMissingFileIsReportedWithItsPathAndErrorNumber) {
-    EXPECT_EQ(folder.readProgramFile("Missing.xml"), "");
+    EXPECT_EQ(folder.readProgramFile("Missing.xml").error().code, 2);
+    EXPECT_EQ(ui::textOrShown(folder.readProgramFile("Missing.xml"), ui), "");
     ASSERT_EQ(ui.messages.size(), 1u);
     EXPECT_EQ(ui.messages[0].text,
               "Could not open file " + (dir / "Missing.xml").string() + " (2)");
@@ -54,8 +54,8 @@ TEST_F(ProgramFolderTest, AMissingFileIsReportedWithItsPathAndErrorNumber) {
 }
 
 TEST_F(ProgramFolderTest, WriteReplacesWholeFileEndingInCrLf) {
-    folder.writeProgramFile("a much longer first text", "log.txt");
-    folder.writeProgramFile("short", "log.txt");
+    ASSERT_TRUE(folder.writeProgramFile("a much longer first text", "log.txt").ok());
+    ASSERT_TRUE(folder.writeProgramFile("short", "log.txt").ok());
     EXPECT_EQ(test::readFile(dir / "log.txt"), "short\r\n");
     EXPECT_EQ(entries(), 1) << "no temporary file is left behind";
 }
@@ -91,8 +91,8 @@ TEST(ProgramFolder, AReplacedFileKeepsOrTakesItsMode) {
     ::umask(oldMask);
 }
 
-TEST_F(ProgramFolderTest, AFailedWriteThrowsAndLeavesTheOldFileWhole) {
-    folder.writeProgramFile("kept", "sent.log");
+TEST_F(ProgramFolderTest, AFailedWriteFailsAndLeavesTheOldFileWhole) {
+    ASSERT_TRUE(folder.writeProgramFile("kept", "sent.log").ok());
     // The disk "fills up" half-way through the new text: files may grow to 64 bytes only.
     struct rlimit old {};
     ::getrlimit(RLIMIT_FSIZE, &old);
@@ -100,22 +100,19 @@ TEST_F(ProgramFolderTest, AFailedWriteThrowsAndLeavesTheOldFileWhole) {
     small.rlim_cur = 64;
     auto previousHandler = std::signal(SIGXFSZ, SIG_IGN);
     ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
-    EXPECT_THROW(folder.writeProgramFile(std::string(1000, 'x'), "sent.log"), FileWriteError);
+    EXPECT_FALSE(folder.writeProgramFile(std::string(1000, 'x'), "sent.log").ok());
     ::setrlimit(RLIMIT_FSIZE, &old);
     std::signal(SIGXFSZ, previousHandler);
     EXPECT_EQ(test::readFile(dir / "sent.log"), "kept\r\n");
     EXPECT_EQ(entries(), 1) << "no temporary file is left behind";
 }
 
-TEST_F(ProgramFolderTest, AFailedWriteIntoAFolderInTheWayThrows) {
+TEST_F(ProgramFolderTest, AFailedWriteIntoAFolderInTheWayFails) {
     std::filesystem::create_directory(dir / "busy.log");
-    try {
-        folder.writeProgramFile("x", "busy.log");
-        FAIL() << "no error";
-    } catch (const FileWriteError& e) {
-        EXPECT_NE(e.code(), 0);
-        EXPECT_FALSE(e.description().empty());
-    }
+    const Status written = folder.writeProgramFile("x", "busy.log");
+    ASSERT_FALSE(written.ok());
+    EXPECT_NE(written.error().code, 0);
+    EXPECT_FALSE(written.error().description.empty());
     EXPECT_TRUE(std::filesystem::is_directory(dir / "busy.log"));
 }
 

@@ -76,7 +76,7 @@ private:
 class GatewayTest : public ::testing::Test {
 protected:
     GatewayTest()
-        : folder(dir.path(), ui),
+        : folder(dir.path()),
           gateway(folder, ui, [this]() -> Result<std::unique_ptr<RequestProcessor>> {
               ++journal.processors;
               if (journal.failAt == "create") {
@@ -222,7 +222,7 @@ TEST_F(GatewayTest, CompanyFileChangeReloadsOnlyOnARealSwitch) {
 TEST(ResponseFolder, AnswersByRequestNameAndFailsOnRequest) {
     TempDir dir;
     ScriptedUi ui;
-    platform::ProgramFolder folder(dir.path(), ui);
+    platform::ProgramFolder folder(dir.path());
     std::filesystem::create_directory(dir / "qb");
     test::writeFile(dir / "qb" / "InvoiceQueryRs.xml", "<invoices/>");
     test::writeFile(dir / "qb" / "default.xml", "<default/>");

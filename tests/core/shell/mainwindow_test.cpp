@@ -13,7 +13,7 @@ namespace {
 
 class MainWindowTest : public ::testing::Test {
 protected:
-    MainWindowTest() : folder("/opt/dorvane", ui), window(ui, folder) {
+    MainWindowTest() : folder("/opt/dorvane"), window(ui, folder) {
         MainWindowServices s;
         s.loadCompanyInfo = [this] { journal.push_back("company"); };
         s.ensureDefaultRecords = [this] { journal.push_back("defaults"); };
