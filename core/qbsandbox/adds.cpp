@@ -478,7 +478,7 @@ RsStatus addList(RequestContext& ctx, const xml::Node& add, const std::string& k
 
 // --- transactions ----------------------------------------------------------------------------
 
-void applyPayment(RequestContext& ctx, TxnRecord& payment, const std::string& customerId,
+void applyPayment(RequestContext& ctx, const std::string& customerId,
                   std::vector<xml::Node>& applied, bool autoApply, std::int64_t totalCents,
                   std::vector<std::pair<std::string, std::int64_t>>& applications) {
     if (autoApply) {
@@ -506,7 +506,6 @@ void applyPayment(RequestContext& ctx, TxnRecord& payment, const std::string& cu
                                   : Decimal::parse(amountText, 2).value_or(Decimal{}).cents();
         applications.emplace_back(txnId, amount);
     }
-    (void)payment;
 }
 
 // Fills `key` unless the request gave it.
@@ -710,7 +709,7 @@ void addPayment(TxnAdd& a) {
     t.accountId = fieldOr(f, "ARAccountRef");
     bool autoApply = take(f, "IsAutoApply") == "true";
     std::int64_t total = Decimal::parse(fieldOr(f, "TotalAmount"), 2).value_or(Decimal{}).cents();
-    applyPayment(a.ctx, t, t.entityId, a.lineNodes, autoApply, total, a.applications);
+    applyPayment(a.ctx, t.entityId, a.lineNodes, autoApply, total, a.applications);
     std::int64_t appliedSum = 0;
     for (const auto& applied : a.applications) {
         appliedSum += applied.second;

@@ -11,6 +11,7 @@
 #include <sys/file.h>
 #include <unistd.h>
 
+#include "common/fd.h"
 #include "common/files.h"
 #include "common/text.h"
 #include "qbsandbox/demo.h"
@@ -32,22 +33,21 @@ public:
     explicit FolderLock(const std::filesystem::path& folder) {
         std::error_code ec;
         std::filesystem::create_directories(folder, ec);
-        m_fd = ::open((folder / ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
-        if (m_fd >= 0) {
-            ::flock(m_fd, LOCK_EX);
+        m_fd.reset(::open((folder / ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+        if (m_fd) {
+            ::flock(m_fd.get(), LOCK_EX);
         }
     }
     ~FolderLock() {
-        if (m_fd >= 0) {
-            ::flock(m_fd, LOCK_UN);
-            ::close(m_fd);
+        if (m_fd) {
+            ::flock(m_fd.get(), LOCK_UN);
         }
     }
     FolderLock(const FolderLock&) = delete;
     FolderLock& operator=(const FolderLock&) = delete;
 
 private:
-    int m_fd = -1;
+    UniqueFd m_fd;
 };
 
 }  // namespace

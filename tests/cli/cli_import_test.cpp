@@ -71,7 +71,7 @@ TEST_F(CliImport, SaysWhomItBookedToAndWhatItBooked) {
     const std::string check = file("s1.dvx", exchangeFile("SalesReceiptRet", "S-1", "Union Hard"));
     const std::string charge = file("s2.dvx", exchangeFile("SalesReceiptRet", "S-2", "Union Hard"));
     const std::string receipt =
-        file("receipt.txt", readFile(dataDir() / "imports" / "receipts" / "standard-crlf.txt"));
+        file("receipt.txt", readFile(dataDir() / "import" / "receipts" / "standard-crlf.txt"));
     const std::string stranger = file("stranger.txt",
                                       "Company : Stranger Things Ltd\r\nAmount : 5.00\r\n"
                                       "Transaction ID : 99\r\n");

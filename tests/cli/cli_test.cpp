@@ -319,7 +319,7 @@ TEST_F(Cli, ImportBooksADocumentOnceAndSaysWhatHappened) {
         "</InvoiceLineRet><CompanyRet><CompanyName>M\xC3\xBCller &amp; S\xC3\xB8n &lt;GmbH&gt;"
         "</CompanyName></CompanyRet></InvoiceRet>");
     const std::string receipt = (home / "receipt.txt").string();
-    writeFile(receipt, readFile(dataDir() / "imports" / "receipts" / "standard-crlf.txt"));
+    writeFile(receipt, readFile(dataDir() / "import" / "receipts" / "standard-crlf.txt"));
     struct Step {
         std::string args;
         int status;

@@ -355,7 +355,7 @@ TEST_F(ImportWindowTest, CancellingACreationQuestionSendsNothing) {
 // as a batch record is, and a second paste of it asks first.
 TEST_F(ImportWindowTest, APastedReceiptIsBookedOnceAndLogged) {
     window().open();
-    ui.clipboard = readFile(test::dataDir() / "imports" / "receipts" / "standard-crlf.txt");
+    ui.clipboard = readFile(test::dataDir() / "import" / "receipts" / "standard-crlf.txt");
     ui.answers = {ui::Answer::Ok};
     window().captureAuthorizeNetReceipt();
     EXPECT_EQ(window().caption(), "Dorvane - Import Authorize.Net receipt as SalesReceipt");

@@ -346,7 +346,7 @@ TEST_F(ImportSheets, PreviewsShowSenderDocumentLinesAndTotal) {
 // An Authorize.Net receipt: its payer becomes a customer, and its preview shows every line.
 TEST_F(ImportSheets, ReceiptPayerBecomesACustomerAndThePreviewShowsTheReceipt) {
     useDemo();
-    auto receipt = xml::Document::load(dataDir() / "imports" / "receipt.xml");
+    auto receipt = xml::Document::load(dataDir() / "import" / "receipt.xml");
     ASSERT_TRUE(receipt);
     const std::string payer = "Zo\xC3\xAB's Caf\xC3\xA9 & <Bistro>";
 
@@ -384,7 +384,7 @@ struct ReceiptField {
 };
 
 struct ReceiptBooking {
-    const char* receipt;  // a receipt's text under imports/receipts, or the document receipt.xml
+    const char* receipt;  // a receipt's text under import/receipts, or the document receipt.xml
     const char* sheet;
     bool createCustomer;  // the payer is added first, as the import does for a new customer
     std::vector<ReceiptField> fields;
@@ -479,8 +479,8 @@ TEST_F(ImportSheets, ReceiptsBecomeSalesReceiptsWithAndWithoutTheCustomer) {
     for (const ReceiptBooking& b : kReceiptBookings) {
         SCOPED_TRACE(std::string(b.receipt) + " " + b.sheet);
         auto receipt = *b.receipt ? xml::Document::parse(imports::receiptToXml(
-                                        readFile(dataDir() / "imports" / "receipts" / b.receipt)))
-                                  : xml::Document::load(dataDir() / "imports" / "receipt.xml");
+                                        readFile(dataDir() / "import" / "receipts" / b.receipt)))
+                                  : xml::Document::load(dataDir() / "import" / "receipt.xml");
         ASSERT_TRUE(receipt);
         if (b.createCustomer) {
             const std::string customer = transform("CustomerFromAuthorize.xslt", receipt->root());
@@ -510,7 +510,7 @@ TEST_F(ImportSheets, ReceiptsBecomeSalesReceiptsWithAndWithoutTheCustomer) {
 // takes today; an amount keeps its cents whatever currency signs surround it.
 TEST_F(ImportSheets, ReceiptDatesAndAmountsAsReceiptsWriteThem) {
     useDemoAfterStartUp();
-    auto receipt = xml::Document::load(dataDir() / "imports" / "receipt.xml");
+    auto receipt = xml::Document::load(dataDir() / "import" / "receipt.xml");
     ASSERT_TRUE(receipt);
     const struct {
         const char* date;

@@ -86,7 +86,7 @@ TEST(ReceiptToXml, SectionHeadersWrapTheFieldsThatFollow) {
 }
 
 TEST(ReceiptToXml, LineEndingsOfAnyPlatformGiveTheSameDocument) {
-    const std::string crlf = test::readFile(test::dataDir() / "imports/receipts/standard-crlf.txt");
+    const std::string crlf = test::readFile(test::dataDir() / "import/receipts/standard-crlf.txt");
     ASSERT_NE(crlf.find("\r\n"), std::string::npos);
     const std::string lf = text::replaceAll(crlf, "\r\n", "\n");
     const std::string cr = text::replaceAll(crlf, "\r\n", "\r");
@@ -97,7 +97,7 @@ TEST(ReceiptToXml, LineEndingsOfAnyPlatformGiveTheSameDocument) {
 }
 
 TEST(ReceiptToXml, AStandardReceiptOpensAsAReceiptDocument) {
-    const std::string text = test::readFile(test::dataDir() / "imports/receipts/standard-crlf.txt");
+    const std::string text = test::readFile(test::dataDir() / "import/receipts/standard-crlf.txt");
     auto file = parseExchangeText(receiptToXml(text));
     ASSERT_TRUE(file.ok()) << file.error().description;
     EXPECT_EQ(file->kind, DocumentKind::AuthorizeNet);
