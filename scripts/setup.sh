@@ -24,7 +24,7 @@ packages=(
   libgtest-dev libgmock-dev
   qt6-base-dev qt6-qpa-plugins fonts-dejavu-core
   python3 python3-aiosmtpd python3-dnslib
-  dpkg-dev file
+  dpkg-dev file lintian appstream
 )
 
 say() { printf '==> %s\n' "$*" >&2; }

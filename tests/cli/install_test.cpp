@@ -32,7 +32,8 @@ TEST(Install, APrefixGivesAWorkingProgramWithMenuEntryAndManual) {
          {"bin/dorvane", "share/dorvane/invoice.xslt", "share/dorvane/CompanyInvoiceGetRq.xml",
           "share/dorvane/icons/3-ready.png", "share/dorvane/DorvaneHelp.htm",
           "share/applications/dorvane.desktop", "share/icons/hicolor/scalable/apps/dorvane.svg",
-          "share/icons/hicolor/48x48/apps/dorvane.png", "share/man/man1/dorvane.1"}) {
+          "share/icons/hicolor/48x48/apps/dorvane.png", "share/man/man1/dorvane.1.gz",
+          "share/metainfo/org.dorvane.Dorvane.metainfo.xml", "share/doc/dorvane/copyright"}) {
         EXPECT_TRUE(fs::is_regular_file(prefix / installed)) << installed;
     }
     EXPECT_FALSE(fs::exists(prefix / "share/dorvane/CMakeLists.txt"));
@@ -59,14 +60,15 @@ TEST(Install, APrefixGivesAWorkingProgramWithMenuEntryAndManual) {
         ASSERT_TRUE(fs::exists(home / name)) << name;
         EXPECT_EQ(modeOf(home / name) & 077, 0u) << name;
     }
-    EXPECT_EQ(runCommand("man -l " + (prefix / "share/man/man1/dorvane.1").string() +
-                         " 2>/dev/null | grep -q 'EXIT STATUS' || "
-                         "grep -q 'EXIT STATUS' " +
-                         (prefix / "share/man/man1/dorvane.1").string()),
+    const std::string manual = (prefix / "share/man/man1/dorvane.1.gz").string();
+    EXPECT_EQ(runCommand("man -l " + manual + " 2>/dev/null | grep -q 'EXIT STATUS' || " +
+                         "zgrep -q 'EXIT STATUS' " + manual),
               0);
 }
 
-TEST(Install, TheDebianPackageCarriesTheProgramAndItsDependencies) {
+// One package build serves both: what the package carries, then what Debian's lintian and
+// AppStream's validator say of it, where the machine has them.
+TEST(Install, TheDebianPackageCarriesTheProgramAndPassesDebiansChecks) {
     TempDir out;
     std::string log, err;
     ASSERT_EQ(runCommand("cd " + std::string(DORVANE_BUILD_DIR) + " && " + DORVANE_CPACK_COMMAND +
@@ -95,10 +97,28 @@ TEST(Install, TheDebianPackageCarriesTheProgramAndItsDependencies) {
 #endif
     for (const char* path :
          {"./usr/bin/dorvane", "./usr/share/dorvane/invoice.xslt",
-          "./usr/share/applications/dorvane.desktop", "./usr/share/man/man1/dorvane.1",
-          "./usr/share/icons/hicolor/48x48/apps/dorvane.png"}) {
+          "./usr/share/applications/dorvane.desktop", "./usr/share/man/man1/dorvane.1.gz",
+          "./usr/share/icons/hicolor/48x48/apps/dorvane.png", "./usr/share/doc/dorvane/copyright",
+          "./usr/share/doc/dorvane/changelog.Debian.gz"}) {
         EXPECT_TRUE(contains(listing, path)) << path;
     }
+
+    if (runCommand("command -v lintian && command -v appstreamcli") != 0) {
+        GTEST_SKIP() << "lintian or appstreamcli is missing: the package's contents were "
+                        "checked, Debian's and AppStream's rules were not (apt-get install "
+                        "lintian appstream)";
+    }
+    std::string report;
+    EXPECT_EQ(runCommand("lintian --fail-on error,warning --no-tag-display-limit " + deb.string(),
+                         &report, &err),
+              0)
+        << report << err;
+    const fs::path root = out / "root";
+    ASSERT_EQ(runCommand("dpkg-deb -x " + deb.string() + " " + root.string()), 0);
+    EXPECT_EQ(runCommand("appstreamcli validate-tree --no-net --strict --explain " + root.string(),
+                         &report, &err),
+              0)
+        << report << err;
 }
 
 }  // namespace
