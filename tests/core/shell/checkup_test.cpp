@@ -30,6 +30,12 @@ struct Machine {
     void setEnv(const char* name, std::optional<std::string> value) {
         env.push_back(std::make_unique<test::ScopedEnvironment>(name, std::move(value)));
     }
+    void useSmtp(const std::string& port, const std::string& user, const std::string& password) {
+        set("SMTP", "Hostname", "127.0.0.1");
+        set("SMTP", "Port", port);
+        set("SMTP", "User", user);
+        set("SMTP", "Pwd", password);
+    }
     std::vector<CheckResult> run() {
         store.reload();
         return runCheckup(CheckupSources{home, shipped, store, dir / "sandbox", sender});
@@ -94,10 +100,7 @@ TEST(Checkup, EachComponentSaysWhatIsReadyAndWhatToDo) {
         {"everything set up and working",
          [&](Machine& s) {
              openDemoCompany(s);
-             s.set("SMTP", "Hostname", "127.0.0.1");
-             s.set("SMTP", "Port", smtp.portText());
-             s.set("SMTP", "User", "clerk");
-             s.set("SMTP", "Pwd", "right");
+             s.useSmtp(smtp.portText(), "clerk", "right");
              makeHandheldFolder(s, true);
              s.set("Web", "UpdateURL", "https://www.example.com/items");
              s.setEnv("DISPLAY", ":7");
@@ -109,10 +112,7 @@ TEST(Checkup, EachComponentSaysWhatIsReadyAndWhatToDo) {
              changeSheetAcrossReleases(s);
              ASSERT_TRUE(qbsandbox::writeState(s.dir / "sandbox", {false, {}, "/q/acme.dvq"}));
              s.set("SMTP", "Hostnme", "typo.example.com");
-             s.set("SMTP", "Hostname", "127.0.0.1");
-             s.set("SMTP", "Port", smtp.portText());
-             s.set("SMTP", "User", "clerk");
-             s.set("SMTP", "Pwd", "wrong");
+             s.useSmtp(smtp.portText(), "clerk", "wrong");
              makeHandheldFolder(s, false);
              s.set("Web", "UpdateURL", "www.example.com/items");
          },
