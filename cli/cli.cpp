@@ -67,6 +67,7 @@ constexpr const char* kUsage =
     "  sandbox ...           the embedded QuickBooks: status | open FILE | close | stop |\n"
     "                        new FILE [--demo] [--customers N] [--invoices N] | load FILE.xml\n"
     "                        (dorvane sandbox help tells more)\n"
+    "  check                 say, component by component, what is ready and what to do\n"
     "  help                  this text\n"
     "  version               the program's version\n"
     "\n"
@@ -86,11 +87,17 @@ struct Command {
 };
 
 constexpr Command kCommands[] = {
-    {"request", requestCommand},          {"list", listCommand},
-    {"company", companyCommand},          {"send", sendCommand},
-    {"settings", settingsCommand},        {"import", importCommand},
-    {"import-batch", importBatchCommand}, {"webupdate", webupdateCommand},
-    {"handheld", handheldCommand},        {"webconnector", webconnectorCommand},
+    {"request", requestCommand},
+    {"list", listCommand},
+    {"company", companyCommand},
+    {"send", sendCommand},
+    {"settings", settingsCommand},
+    {"import", importCommand},
+    {"import-batch", importBatchCommand},
+    {"webupdate", webupdateCommand},
+    {"handheld", handheldCommand},
+    {"webconnector", webconnectorCommand},
+    {"check", checkCommand},
 };
 
 // What preparing the program folder did (a changed style sheet kept, records moved), one line

@@ -39,6 +39,7 @@ int importBatchCommand(CommandContext& ctx, const Args& args);
 int webupdateCommand(CommandContext& ctx, const Args& args);
 int handheldCommand(CommandContext& ctx, const Args& args);
 int webconnectorCommand(CommandContext& ctx, const Args& args);
+int checkCommand(CommandContext& ctx, const Args& args);
 
 // The window's start-up: the company, the default records. When QuickBooks cannot be reached
 // it says so once, with what to do, and answers false (the job then exits kExitGateway).

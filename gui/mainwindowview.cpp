@@ -30,6 +30,7 @@
 #include "gui/windowbinding.h"
 #include "mail/preferences.h"
 #include "platform/programfolder.h"
+#include "shell/checkup.h"
 #include "ui/uiport.h"
 #include "webupdate/webupdate.h"
 
@@ -172,6 +173,18 @@ void MainWindowView::buildMenus() {
     QMenu* help = addMenu(bar, "HelpMenu", "&Help");
     connect(addEntry(help, "Help", "&Help"), &QAction::triggered, this,
             [this] { m_app.window().openHelp(); });
+    connect(addEntry(help, "Checkup", "&Check-up"), &QAction::triggered, this, [this] {
+        runCommand([this] {
+            std::vector<shell::CheckResult> results;
+            {
+                const ui::BusyScope busy(m_app.ui());
+                results = shell::runCheckup(m_app);
+            }
+            m_app.ui().messageBox(
+                shell::checkupText(results), "Check-up",
+                shell::checkupPassed(results) ? ui::Icon::Information : ui::Icon::Exclamation);
+        });
+    });
     connect(addEntry(help, "About", "&About"), &QAction::triggered, this,
             &MainWindowView::showAbout);
 }

@@ -111,12 +111,46 @@ std::string explainConnectionFailure(int result, std::string_view host, std::str
     return server + " could not be reached (" + std::string(detail) + ")." + where;
 }
 
+// Names the server to the client. Names are resolved here, with the same resolver as the
+// mail exchangers, and the connection goes to exactly the addresses found. Names only the
+// system's own resolver knows (other name services) are left to it, unless tests named a DNS
+// server.
+void aim(SmtpClient& client, std::string_view host, std::string_view port, std::string_view user,
+         std::string_view password) {
+    client.setServer(std::string(host), std::string(port), std::string(user),
+                     std::string(password));
+    const std::string hostName(text::trim(host));
+    if (!hostName.empty() && !isAddressLiteral(hostName) && !isLoopbackHost(hostName)) {
+        const MxResolver resolver = MxResolver::fromEnvironment();
+        std::vector<std::string> found = resolver.addresses(hostName);
+        if (!found.empty() || resolver.hasServerOverride()) {
+            client.pinHostAddresses(std::move(found));
+        }
+    }
+}
+
 std::string directPort() {
     const char* port = std::getenv(kDirectPortVariable);
     return port && *port ? std::string(port) : std::string("25");
 }
 
 }  // namespace
+
+SmtpProbe probeSmtpServer(std::string_view host, std::string_view port, std::string_view user,
+                          std::string_view password) {
+    // SmtpClient::connect is the check itself: greeting, EHLO, STARTTLS, login and a NOOP,
+    // with no MAIL FROM, so no message is begun.
+    SmtpClient client;
+    aim(client, host, port, user, password);
+    SmtpProbe probe;
+    probe.result = client.connect();
+    probe.facts = client.sessionFacts();
+    if (probe.result != 0) {
+        probe.problem =
+            explainConnectionFailure(probe.result, host, port, {}, client.lastResultText());
+    }
+    return probe;
+}
 
 Mailer::Mailer() = default;
 
@@ -149,19 +183,7 @@ int Mailer::connectTo(const MailContext& context, std::string_view port, std::st
     if (m_smtp.connected()) {
         m_smtp.disconnect();
     }
-    m_smtp.setServer(std::string(host), std::string(port), std::string(user),
-                     std::string(password));
-    // Names are resolved here, with the same resolver as the mail exchangers, and the
-    // connection goes to exactly the addresses found. Names only the system's own resolver
-    // knows (other name services) are left to it, unless tests named a DNS server.
-    const std::string hostName(text::trim(host));
-    if (!hostName.empty() && !isAddressLiteral(hostName) && !isLoopbackHost(hostName)) {
-        const MxResolver resolver = MxResolver::fromEnvironment();
-        std::vector<std::string> found = resolver.addresses(hostName);
-        if (!found.empty() || resolver.hasServerOverride()) {
-            m_smtp.pinHostAddresses(std::move(found));
-        }
-    }
+    aim(m_smtp, host, port, user, password);
 
     if (context.settings.trace == 1) {
         const std::string trace = context.folder.filePath(kTraceFile);

@@ -68,6 +68,17 @@ struct MailContext {
     }
 };
 
+// What connecting to an SMTP server found. The connection is made as a send run makes it
+// (the same name resolution, TLS rules and login), then closed; nothing is sent and nothing
+// is shown.
+struct SmtpProbe {
+    int result = 0;       // 0 connected (and logged in, where the server asks for a login)
+    std::string problem;  // what is missing or wrong, for people, when result is not 0
+    SmtpClient::SessionFacts facts;
+};
+SmtpProbe probeSmtpServer(std::string_view host, std::string_view port, std::string_view user,
+                          std::string_view password);
+
 class Mailer final {
 public:
     Mailer();

@@ -165,6 +165,9 @@ struct SmtpClient::Impl {
     std::int64_t connections = 0;
     char errorBuffer[CURL_ERROR_SIZE] = {};
 
+    SessionFacts facts;
+    bool startTlsSent = false;
+
     // Conversation state, kept for the result text and the trace.
     std::string lastReply;
     std::string refusal;  // the last 4xx/5xx reply; a QUIT may follow it
@@ -232,6 +235,7 @@ struct SmtpClient::Impl {
                         refusal = reply;
                     }
                 }
+                noteFacts(reply);
                 if (inAuth && !reply.starts_with("334")) {
                     inAuth = false;
                 }
@@ -239,6 +243,7 @@ struct SmtpClient::Impl {
                 break;
             }
             case CURLINFO_HEADER_OUT:
+                startTlsSent = startTlsSent || startsWithIgnoreCase(data, "STARTTLS");
                 writeTrace("> ", redactCommand(data));
                 break;
             case CURLINFO_DATA_OUT:
@@ -249,6 +254,20 @@ struct SmtpClient::Impl {
                 break;
             default:  // TLS records: nothing readable
                 break;
+        }
+    }
+
+    // The EHLO reply's extensions ("250-STARTTLS", "250 AUTH PLAIN LOGIN"), the reply to
+    // STARTTLS and to the login.
+    void noteFacts(std::string_view reply) {
+        if (reply.size() > 4 && reply.starts_with("250")) {
+            const std::string_view extension = reply.substr(4);
+            facts.tlsOffered = facts.tlsOffered || startsWithIgnoreCase(extension, "STARTTLS");
+            facts.authOffered = facts.authOffered || startsWithIgnoreCase(extension, "AUTH");
+        } else if (startTlsSent && reply.starts_with("220")) {
+            facts.tlsUsed = true;
+        } else if (inAuth && reply.starts_with("235")) {
+            facts.loggedIn = true;
         }
     }
 
@@ -412,6 +431,8 @@ int SmtpClient::connect() {
     if (!d.openHandle()) {
         return fail(kResultBadArgument, "The SMTP client could not be set up");
     }
+    d.facts = {};
+    d.startTlsSent = false;
     // A NOOP makes libcurl open the connection, read the greeting, say EHLO, start TLS and
     // log in now; the messages then reuse the connection.
     curl_easy_setopt(d.handle.get(), CURLOPT_CUSTOMREQUEST, "NOOP");
@@ -424,8 +445,15 @@ int SmtpClient::connect() {
         d.closeHandle();
         return d.result;
     }
+    if (d.plan.tls == TlsMode::Implicit) {
+        d.facts.tlsOffered = d.facts.tlsUsed = true;
+    }
     d.isConnected = true;
     return 0;
+}
+
+const SmtpClient::SessionFacts& SmtpClient::sessionFacts() const {
+    return m_impl->facts;
 }
 
 void SmtpClient::setRequestReturnReceipts(bool request) {

@@ -35,6 +35,7 @@ inline constexpr int kResultCouldNotConnect = 7;
 inline constexpr int kResultReadError = 26;
 inline constexpr int kResultBadArgument = 43;
 inline constexpr int kResultTlsRequired = 64;
+inline constexpr int kResultLoginDenied = 67;
 
 enum class TlsMode {
     Opportunistic,  // STARTTLS when the server offers it, plain otherwise
@@ -95,6 +96,15 @@ public:
     // by the server fails the whole message.
     int sendFile(const std::filesystem::path& file, std::string_view from,
                  std::string_view recipients);
+
+    // What the conversation of the last `connect` showed about the server.
+    struct SessionFacts {
+        bool tlsOffered = false;  // STARTTLS in the EHLO reply, or TLS from the start (465)
+        bool tlsUsed = false;
+        bool authOffered = false;  // AUTH in the EHLO reply
+        bool loggedIn = false;     // the server accepted the login
+    };
+    const SessionFacts& sessionFacts() const;
 
     int lastResult() const;
     const std::string& lastResultText() const;

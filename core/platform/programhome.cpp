@@ -242,6 +242,35 @@ HomeReport prepareProgramHome(const fs::path& home, const fs::path& shipped,
     return report;
 }
 
+HomeInspection inspectProgramHome(const fs::path& home, const fs::path& shipped) {
+    HomeInspection found;
+    auto manifest = readManifest(home / kShippedManifest);
+    std::error_code ec;
+    for (const std::string& rel : shippedFiles(shipped)) {
+        const fs::path target = home / rel;
+        if (!fs::exists(target, ec)) {
+            found.missing.push_back(rel);
+            continue;
+        }
+        auto current = files::readAll(target);
+        auto release = files::readAll(shipped / rel);
+        if (!current || !release || isSeedOnly(rel)) {
+            continue;
+        }
+        const std::string currentHash = sha256(*current);
+        // A file the manifest knows as seeded is the user's only when it differs from it; a
+        // file seeding never touched is the user's when it differs from the release.
+        const auto seeded = manifest.find(rel);
+        if (currentHash != (seeded != manifest.end() ? seeded->second : sha256(*release))) {
+            found.changed.push_back(rel);
+            if (fs::exists(target.string() + ".new", ec)) {
+                found.newBeside.push_back(rel);
+            }
+        }
+    }
+    return found;
+}
+
 HomeReport setUpProgramHome(const std::string& homeOption) {
     fs::path legacy;
     const char* env = std::getenv("DORVANE_HOME");

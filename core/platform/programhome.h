@@ -49,6 +49,17 @@ HomeReport prepareProgramHome(const std::filesystem::path& home,
                               const std::filesystem::path& shipped,
                               const std::filesystem::path& legacy = {});
 
+// How the program folder stands against the shipped files, found without changing anything.
+struct HomeInspection {
+    std::vector<std::string> missing;  // shipped files the folder lacks
+    // Shipped files the user changed (kept by seeding); those with this release's own version
+    // beside them as NAME.new are also in `newBeside`.
+    std::vector<std::string> changed;
+    std::vector<std::string> newBeside;
+};
+HomeInspection inspectProgramHome(const std::filesystem::path& home,
+                                  const std::filesystem::path& shipped);
+
 // What a front end does on start, before anything reads the folder: finds the program folder
 // for `--home` (empty: the default), and prepares it with this release's shipped files. The
 // default folder also takes over the records that earlier builds kept in the executable's own

@@ -128,6 +128,16 @@ const SettingsStore::Section* SettingsStore::findSection(std::string_view name) 
     return const_cast<SettingsStore*>(this)->findSection(name);
 }
 
+std::vector<SettingsStore::Change> SettingsStore::entries() const {
+    std::vector<Change> out;
+    for (const Section& s : m_sections) {
+        for (const Entry& e : s.entries) {
+            out.push_back({s.name, e.key, e.value});
+        }
+    }
+    return out;
+}
+
 bool SettingsStore::contains(std::string_view section, std::string_view key) const {
     if (const Section* s = findSection(section)) {
         for (const auto& e : s->entries) {

@@ -106,6 +106,8 @@ public:
     };
     // Writes values of any sections in the given order and saves once.
     Status setEntries(const std::vector<Change>& changes);
+    // Every stored value, in the order of the file.
+    std::vector<Change> entries() const;
 
     // Reads the file again (another process may have written it).
     void reload();

@@ -15,7 +15,11 @@ struct CurlEasyCleanup {
 struct CurlSlistFree {
     void operator()(curl_slist* list) const { curl_slist_free_all(list); }
 };
+struct CurlUrlCleanup {
+    void operator()(CURLU* url) const { curl_url_cleanup(url); }
+};
 using CurlPtr = std::unique_ptr<CURL, CurlEasyCleanup>;
+using UrlPtr = std::unique_ptr<CURLU, CurlUrlCleanup>;
 using SlistPtr = std::unique_ptr<curl_slist, CurlSlistFree>;
 
 // Adds a line at the end of the list; false when it could not, the list left as it was.
@@ -54,6 +58,33 @@ std::string plainWords(CURLcode code, const std::string& url, const char* detail
 }
 
 }  // namespace
+
+Status checkSiteAddress(std::string_view url) {
+    const std::string text(url);
+    auto refuse = [&text](const std::string& why) {
+        return Status(Error{0, "\"" + text + "\" " + why});
+    };
+    if (text.find_first_of(" \t\r\n") != std::string::npos) {
+        return refuse("holds a blank; an address has none (write a blank as %20)");
+    }
+    UrlPtr parsed(curl_url());
+    if (!parsed) {
+        return refuse("could not be read");
+    }
+    if (curl_url_set(parsed.get(), CURLUPART_URL, text.c_str(), 0) != CURLUE_OK) {
+        return refuse("is not a web address such as https://www.example.com/items");
+    }
+    char* scheme = nullptr;
+    std::string schemeText;
+    if (curl_url_get(parsed.get(), CURLUPART_SCHEME, &scheme, 0) == CURLUE_OK) {
+        schemeText = scheme;
+        curl_free(scheme);
+    }
+    if (schemeText != "http" && schemeText != "https") {
+        return refuse("is no http or https address");
+    }
+    return Ok{};
+}
 
 struct HttpPoster::Impl {
     PostOptions options;

@@ -21,6 +21,10 @@ struct PostOptions {
     long timeoutSeconds = 30;
 };
 
+// Whether `url` is an address the poster can post to: http or https, with a host. Fails with
+// the reason in plain words.
+Status checkSiteAddress(std::string_view url);
+
 class HttpPoster {
 public:
     explicit HttpPoster(PostOptions options);

@@ -271,6 +271,25 @@ TEST_F(Cli, SandboxNeverWritesOverWhatIsThere) {
     EXPECT_EQ(std::count(out.begin(), out.end(), '\n'), 1);
 }
 
+// `dorvane check` names every component; it exits 1 while one has a problem (here: no
+// shipped files to seed from), 0 once everything set up works.
+TEST_F(Cli, CheckNamesEveryComponentAndExitsOneOnAProblem) {
+    EXPECT_EQ(dorvane("check", "sandbox"), 1) << out << err;
+    EXPECT_NE(out.find("program folder: PROBLEM — The shipped templates and style sheets were "
+                       "not found"),
+              std::string::npos)
+        << out;
+    std::filesystem::create_directory_symlink(programSource(), home / "no-shipped-files");
+    EXPECT_EQ(dorvane("check", "sandbox"), 0) << out << err;
+    for (const char* component : {"program folder", "settings", "QuickBooks", "SMTP server",
+                                  "MX delivery", "handheld folder", "web update", "window"}) {
+        EXPECT_NE(("\n" + out).find(std::string("\n") + component + ": "), std::string::npos)
+            << component << " in:\n"
+            << out;
+    }
+    EXPECT_EQ(out.find("PROBLEM"), std::string::npos) << out;
+}
+
 // QuickBooks out of reach: every job says so once, with what brings it back, and exits 2.
 TEST_F(Cli, QuickBooksOutOfReachIsSaidOnceWithWhatToDo) {
     copyProgram(".xslt");
