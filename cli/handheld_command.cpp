@@ -128,6 +128,9 @@ int sync(CommandContext& ctx, const Invocation& args) {
     }
     ctx.out << "Time entries fetched: " << entriesIn(window) << " (in "
             << ctx.app.folder().filePath(handheld::kDataFromPdaFile) << ")\n";
+    if (entriesIn(window) == 0) {
+        return kExitOk;
+    }
     if (!book) {
         ctx.out << "Book them with: dorvane handheld import\n";
         return kExitOk;

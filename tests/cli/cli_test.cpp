@@ -14,6 +14,8 @@
 namespace dorvane::test {
 namespace {
 
+namespace fs = std::filesystem;
+
 const std::string ok = "statusCode=\"0\" statusSeverity=\"Info\" statusMessage=\"Status OK\"";
 
 TEST_F(Cli, RequestPrintsTheAnswerAndTracesBoth) {
@@ -235,7 +237,7 @@ TEST_F(Cli, SandboxNeverWritesOverWhatIsThere) {
     struct Case {
         std::string args;
         int status;
-        const char* message;
+        std::string message;
     };
     const Case cases[] = {
         {"sandbox new '" + company + "'", 1, "is a company file already"},
@@ -244,6 +246,9 @@ TEST_F(Cli, SandboxNeverWritesOverWhatIsThere) {
         {"sandbox open '" + text + "'", 1, "is not a Dorvane company file"},
         {"sandbox open '" + (home / "blank.dvq").string() + "'", 1,
          "is not a Dorvane company file"},
+        {"sandbox open nothere.dvq", 66,
+         "nothere.dvq' in " + fs::current_path().string() + " nor in " +
+             (home / "sandbox").string()},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.args);
@@ -252,6 +257,12 @@ TEST_F(Cli, SandboxNeverWritesOverWhatIsThere) {
     }
     EXPECT_EQ(readFile(text), "not a company\n");
     EXPECT_EQ(readFile(home / "blank.dvq"), "");
+    // A name without a folder is also looked for in the sandbox's folder.
+    const auto kept = home / "sandbox" / "kept.dvq";
+    ASSERT_EQ(dorvane("sandbox new '" + kept.string() + "'", "sandbox"), 0) << err;
+    EXPECT_EQ(dorvane("sandbox open kept", "sandbox"), 0) << err;
+    EXPECT_EQ(out, "QuickBooks is running with " + kept.string() + " open.\n");
+    ASSERT_EQ(dorvane("sandbox open '" + company + "'", "sandbox"), 0) << err;
     // The demo company is still there and still open; --force replaces it with an empty one.
     EXPECT_EQ(dorvane("list Invoice --timeframe ALL", "sandbox"), 0) << err;
     EXPECT_GT(std::count(out.begin(), out.end(), '\n'), 10);
@@ -551,6 +562,42 @@ TEST_F(Cli, HandheldSyncHandsOverTheListsAndBooksTheHours) {
         ++hedges;
     }
     EXPECT_EQ(hedges, 2u);
+}
+
+// A new handheld has no file yet: the sync says how to make one, and the first sync after
+// `handheld init` hands it the lists without a complaint.
+TEST_F(Cli, ANewHandheldStartsWithInit) {
+    copyProgram(".xslt");
+    ASSERT_EQ(newDemo(), 0) << err;
+    const auto device = home / "device";
+    const auto data = device / "Program Files" / "TimeTrack" / "data.xml";
+    struct Step {
+        std::string args;
+        int status;
+        std::string said;  // in the output or the messages
+    };
+    const Step steps[] = {
+        {"handheld init", 2, "dorvane handheld init: no device folder chosen"},
+        {"settings set Handheld DeviceFolder '" + device.string() + "'", 0, ""},
+        {"handheld init", 2, "is not there (is the handheld mounted?)"},
+        {"handheld sync --employee 'ana lopez'", 1,
+         "data.xml Not Found. Operation Aborted.\nA new handheld has no \\Program "
+         "Files\\TimeTrack\\data.xml yet: `dorvane handheld init`"},
+        {"handheld init", 0, "Wrote an empty " + data.string()},
+        {"handheld status", 0, "  empty: the next sync hands it the lists"},
+        {"handheld init", 1, "is there already and may hold hours not fetched yet"},
+        {"handheld sync --employee 'ana lopez' --yes", 0, "Time entries fetched: 0"},
+        {"handheld status", 0, "  employee: Ana Lopez"},
+    };
+    for (const Step& step : steps) {
+        SCOPED_TRACE(step.args);
+        if (step.args == "handheld sync --employee 'ana lopez'") {
+            std::filesystem::create_directories(device);
+        }
+        EXPECT_EQ(dorvane(step.args, "sandbox"), step.status) << out << err;
+        EXPECT_NE((out + err).find(step.said), std::string::npos) << out << err;
+        EXPECT_EQ(err.find("Cannot process file"), std::string::npos) << err;
+    }
 }
 
 // `dorvane list` through a Web Connector that polls while it runs shows the office company's

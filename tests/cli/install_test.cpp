@@ -32,7 +32,8 @@ TEST(Install, APrefixGivesAWorkingProgramWithMenuEntryAndManual) {
          {"bin/dorvane", "share/dorvane/invoice.xslt", "share/dorvane/CompanyInvoiceGetRq.xml",
           "share/dorvane/icons/3-ready.png", "share/dorvane/DorvaneHelp.htm",
           "share/applications/dorvane.desktop", "share/icons/hicolor/scalable/apps/dorvane.svg",
-          "share/icons/hicolor/48x48/apps/dorvane.png", "share/man/man1/dorvane.1"}) {
+          "share/icons/hicolor/48x48/apps/dorvane.png", "share/man/man1/dorvane.1",
+          "share/bash-completion/completions/dorvane"}) {
         EXPECT_TRUE(fs::is_regular_file(prefix / installed)) << installed;
     }
     EXPECT_FALSE(fs::exists(prefix / "share/dorvane/CMakeLists.txt"));
