@@ -193,7 +193,8 @@ int inject(const Invocation& invocation, bool delayOnly, std::ostream& out, std:
         return usage("unknown OPERATION '" + args[0] + "'");
     }
     if (args.size() < 3) {
-        return usage(delayOnly ? "missing N MS" : "missing N CODE");
+        const char* missing = delayOnly ? "MS" : "CODE";
+        return usage(std::string("missing ") + (args.size() == 1 ? "N " : "") + missing);
     }
     sb::Fault fault;
     fault.operation = args[0];
