@@ -20,85 +20,164 @@
 namespace dorvane::cli {
 namespace {
 
-constexpr const char* kUsage =
-    "Usage: dorvane [--home DIR] [--yes] [COMMAND [ARGS]]\n"
-    "\n"
-    "Without a command Dorvane opens its window.\n"
-    "\n"
-    "Commands:\n"
-    "  list TYPE [--timeframe NAME]\n"
-    "                        list the documents of a type as the window does (Invoice,\n"
-    "                        Estimate, CreditMemo, SalesReceipt, PurchaseOrder, Statement,\n"
-    "                        Timesheet, TimesheetA); NAME is one of the window's timeframes\n"
-    "                        (ThisWeekToDate by default, ..., ALL); both in any case\n"
-    "  send TYPE [--timeframe NAME] [--preview]\n"
-    "                        list as above, then mail the checked documents (or render them\n"
-    "                        into preview.htm); exit status 1 when one did not go out\n"
-    "  import FILE [--vendor NAME] [--account NAME] [--again]\n"
-    "                        book a received exchange file (.dvx): an invoice as a bill, an\n"
-    "                        estimate as a purchase order, a sales receipt as a check or\n"
-    "                        card charge; exit status 1 when it was not booked\n"
-    "  import --receipt FILE|- [--customer NAME] [--again]\n"
-    "                        book an Authorize.Net receipt's text as a sales receipt\n"
-    "  import-batch FILE [--bulk] [--quoted] [--yes]\n"
-    "                        book the approved transactions of an Authorize.Net download as\n"
-    "                        sales receipts, each once; one line per transaction, exit status\n"
-    "                        1 when one was refused\n"
-    "  webupdate KIND [--only LISTID ...]\n"
-    "                        list the Service, Inventory or NonInventory items and publish\n"
-    "                        them to the web site set in the settings (Web UpdateURL)\n"
-    "  company               print the company's name and address\n"
-    "  company set FIELD VALUE [FIELD VALUE ...]\n"
-    "                        enter or correct the company's record where Dorvane keeps it\n"
-    "                        (the window's company editor); FIELD is CompanyName, Addr1,\n"
-    "                        Addr2, City, State, Zip, Country, Phone, Fax, Email or Website\n"
-    "  settings get SECTION KEY | settings set SECTION KEY VALUE\n"
-    "                        read (a value never set reads as its default) or write the\n"
-    "                        per-user settings (mail server, options)\n"
-    "  handheld sync [--employee NAME] [--yes] | handheld import [FILE] | handheld status\n"
-    "                        hand the handheld in the device folder QuickBooks' lists and fetch\n"
-    "                        the hours it recorded (--yes books them as time entries); book a\n"
-    "                        fetched file; show the device folder (Handheld DeviceFolder)\n"
-    "  webconnector user NAME | qwc [FILE] | status\n"
-    "                        reach QuickBooks on a Windows PC through its Web Connector\n"
-    "                        (QuickBooks Connection = webconnector): set the user it logs in\n"
-    "                        as, write the .qwc file to add to it, show when it connected\n"
-    "  request FILE          send the qbXML request in FILE to QuickBooks and print the answer\n"
-    "  sandbox ...           the embedded QuickBooks: status | open FILE | close | stop |\n"
-    "                        new FILE [--demo] [--customers N] [--invoices N] | load FILE.xml\n"
-    "                        (dorvane sandbox help tells more)\n"
-    "  check                 say, component by component, what is ready and what to do\n"
-    "  help                  this text\n"
-    "  version               the program's version\n"
-    "\n"
-    "Options:\n"
-    "  --home DIR            the program folder (templates, style sheets, logs and traces);\n"
-    "                        default $DORVANE_HOME, else ~/.local/share/dorvane\n"
-    "  --yes, -y             answer Yes/OK to every question; an input box takes its\n"
-    "                        suggested text\n"
-    "\n"
-    "Exit status: 0 done, 1 the job ran and something in it failed, 2 QuickBooks could not\n"
-    "be reached, 64 the command line is wrong, 65 the input file is empty or unusable, 66 the\n"
-    "input file cannot be read.\n";
+int helpCommand(const Invocation& args, std::ostream& out, std::ostream& err);
+int versionCommand(const Invocation& args, std::ostream& out, std::ostream& err);
+int settings(CommandContext& ctx, const Invocation& args) {
+    return settingsCommand(ctx, args.raw);
+}
 
-struct Command {
-    const char* name;
-    int (*run)(CommandContext&, const Args&);
+constexpr Command kSettingsSubcommands[] = {
+    {.name = "list",
+     .synopsis = "[SECTION]",
+     .summary = "every setting (of SECTION) with its value"},
+    {.name = "get",
+     .synopsis = "SECTION KEY",
+     .summary = "a setting's value (a value never set reads as its\ndefault)"},
+    {.name = "set", .synopsis = "SECTION KEY VALUE", .summary = "change a setting"},
 };
 
-constexpr Command kCommands[] = {
-    {"request", requestCommand},
-    {"list", listCommand},
-    {"company", companyCommand},
-    {"send", sendCommand},
-    {"settings", settingsCommand},
-    {"import", importCommand},
-    {"import-batch", importBatchCommand},
-    {"webupdate", webupdateCommand},
-    {"handheld", handheldCommand},
-    {"webconnector", webconnectorCommand},
-    {"check", checkCommand},
+constexpr Command kSettingsCommand{
+    .name = "settings",
+    .summary = "read or write the per-user settings (mail server,\noptions)",
+    .details =
+        "  Sections: SMTP (Hostname, Port, User, Pwd, Trace), Settings (MailOption, Test,\n"
+        "  EmailAdr, Attachment, ReturnReceipt, BCC, BCCAdr, alwaysBCC, altEmail, Encrypt),\n"
+        "  Import (Item, ItemGroup, Term, Account, IgnoreAuthNetCust). Keys ignore case; a\n"
+        "  value never set reads as its default.\n",
+    .needs = Needs::Application,
+    .run = settings,
+    .subcommands = kSettingsSubcommands,
+    .passThrough = true,
+    .overview = "settings list|get|set ...",
 };
+
+constexpr Command kHelpCommand{
+    .name = "help",
+    .synopsis = "[COMMAND [SUBCOMMAND]]",
+    .summary = "this text, or the usage of a command",
+    .maxOperands = 2,
+    .runAlone = helpCommand,
+};
+
+constexpr Command kVersionCommand{
+    .name = "version",
+    .summary = "the program's version",
+    .runAlone = versionCommand,
+};
+
+// The commands, in the order the general help lists them.
+constexpr const Command* kCommands[] = {
+    &kListCommand,         &kSendCommand,    &kImportCommand,   &kImportBatchCommand,
+    &kWebupdateCommand,    &kCompanyCommand, &kSettingsCommand, &kHandheldCommand,
+    &kWebconnectorCommand, &kRequestCommand, &kSandboxCommand,  &kCheckCommand, &kHelpCommand,
+    &kVersionCommand,
+};
+
+constexpr Option kGlobalOptions[] = {
+    {"--home", 0, "DIR",
+     "the program folder (templates, style sheets, logs and traces);\n"
+     "default $DORVANE_HOME, else ~/.local/share/dorvane"},
+    {"--yes", 'y', "", "answer Yes/OK to every question; an input box takes its\nsuggested text"},
+};
+
+void printGeneralHelp(std::ostream& to) {
+    to << "Usage: dorvane [--home DIR] [--yes] [COMMAND [ARGS]]\n"
+          "\n"
+          "Without a command Dorvane opens its window.\n"
+          "\n"
+          "Commands:\n";
+    for (const Command* c : kCommands) {
+        const std::string entry =
+            c->overview.empty()
+                ? std::string(c->name) + (c->synopsis.empty() ? "" : " ") + std::string(c->synopsis)
+                : std::string(c->overview);
+        printEntry(entry, c->summary, to);
+    }
+    to << "'dorvane COMMAND --help' or 'dorvane help COMMAND' shows a command's usage.\n\n";
+    printOptions(kGlobalOptions, to);
+    to << "\n"
+          "Exit status: 0 done, 1 the job ran and something in it failed, 2 QuickBooks could not\n"
+          "be reached, 64 the command line is wrong, 65 the input file is empty or unusable, 66 "
+          "the\n"
+          "input file cannot be read.\n";
+}
+
+const Command* find(std::span<const Command* const> commands, std::string_view name) {
+    for (const Command* c : commands) {
+        if (c->name == name) {
+            return c;
+        }
+    }
+    return nullptr;
+}
+
+const Command* findSub(const Command& command, std::string_view name) {
+    for (const Command& c : command.subcommands) {
+        if (c.name == name) {
+            return &c;
+        }
+    }
+    return nullptr;
+}
+
+bool runsItself(const Command& command) {
+    return command.run || command.runAlone;
+}
+
+void printUsage(const Command& command, const std::string& path, std::ostream& to) {
+    const char* lead = "Usage: ";
+    const bool ownUsage = command.subcommands.empty() || !command.passThrough;
+    if (ownUsage && (runsItself(command) || command.subcommands.empty())) {
+        to << lead << "dorvane " << path << (command.synopsis.empty() ? "" : " ")
+           << command.synopsis << '\n';
+        lead = "       ";
+    }
+    for (const Command& sub : command.subcommands) {
+        to << lead << "dorvane " << path << ' ' << sub.name << (sub.synopsis.empty() ? "" : " ")
+           << sub.synopsis << '\n';
+        lead = "       ";
+    }
+    to << command.details;
+    if (!command.subcommands.empty()) {
+        to << "\nCommands:\n";
+        for (const Command& sub : command.subcommands) {
+            printEntry(sub.name, sub.summary, to);
+        }
+        to << "'dorvane " << path << " COMMAND --help' shows a command's usage.\n";
+    }
+    if (command.subcommands.empty() || (runsItself(command) && ownUsage)) {
+        to << '\n';
+        printOptions(command.options, to);
+    }
+}
+
+int helpCommand(const Invocation& args, std::ostream& out, std::ostream& err) {
+    if (args.operands.empty()) {
+        printGeneralHelp(out);
+        return kExitOk;
+    }
+    const Command* command = find(kCommands, args.operands[0]);
+    if (!command) {
+        return usageError("help", "unknown command '" + args.operands[0] + "'", err);
+    }
+    std::string path(command->name);
+    if (args.operands.size() == 2) {
+        const Command* sub = findSub(*command, args.operands[1]);
+        if (!sub) {
+            return usageError("help", "'" + path + "' has no command '" + args.operands[1] + "'",
+                              err);
+        }
+        path += " " + std::string(sub->name);
+        command = sub;
+    }
+    printUsage(*command, path, out);
+    return kExitOk;
+}
+
+int versionCommand(const Invocation&, std::ostream& out, std::ostream&) {
+    out << "Dorvane " << DORVANE_VERSION << '\n';
+    return kExitOk;
+}
 
 // What preparing the program folder did (a changed style sheet kept, records moved), one line
 // each, before the job's own output.
@@ -166,15 +245,6 @@ int reportUnreachable(CommandContext& ctx) {
     return kExitGateway;
 }
 
-bool startUp(CommandContext& ctx) {
-    ctx.app.window().startUp();
-    if (!ctx.app.gateway().currentCompanyFile().empty()) {
-        return true;
-    }
-    reportUnreachable(ctx);
-    return false;
-}
-
 int checkInputFile(const std::string& path, std::ostream& err) {
     if (path == "-") {
         return kExitOk;
@@ -222,6 +292,10 @@ int checkInputFile(const std::string& path, std::ostream& err) {
     return kExitOk;
 }
 
+int checkFirstOperand(Invocation& args, std::ostream& err) {
+    return checkInputFile(args.operands.at(0), err);
+}
+
 GlobalOptions parseGlobalOptions(const std::vector<std::string>& args) {
     GlobalOptions options;
     std::size_t i = 0;
@@ -241,45 +315,150 @@ GlobalOptions parseGlobalOptions(const std::vector<std::string>& args) {
     return options;
 }
 
+namespace {
+
+// The window's start-up: the company, the default records. When QuickBooks cannot be reached
+// it says so once, with what to do, and answers false (the job then exits kExitGateway).
+bool startUp(CommandContext& ctx) {
+    ctx.app.window().startUp();
+    if (!ctx.app.gateway().currentCompanyFile().empty()) {
+        return true;
+    }
+    reportUnreachable(ctx);
+    return false;
+}
+
+// Parses and checks the command line of `command`, and only then prepares what it needs and
+// runs it.
+int runLeaf(const Command& command, const std::string& path, const Args& args,
+            const GlobalOptions& global, std::ostream& out, std::ostream& err) {
+    bool help = false;
+    std::optional<Invocation> parsed;
+    if (command.passThrough) {
+        help = !args.empty() && (args[0] == "-h" || args[0] == "--help");
+        parsed.emplace();
+        parsed->path = path;
+        parsed->raw = args;
+    } else {
+        parsed = parseArgs(
+            path, args,
+            {command.options, command.minOperands, command.maxOperands, command.operandNames}, help,
+            err);
+    }
+    if (help) {
+        printUsage(command, path, out);
+        return kExitOk;
+    }
+    if (!parsed) {
+        return kExitUsage;
+    }
+    parsed->home = global.home;
+    parsed->yes = global.yes;
+    if (command.check) {
+        if (const int rc = command.check(*parsed, err); rc != kExitOk) {
+            return rc;
+        }
+    }
+    if (command.needs == Needs::Nothing) {
+        return command.runAlone(*parsed, out, err);
+    }
+    TerminalUi ui(err, global.yes, ::isatty(STDIN_FILENO) && ::isatty(STDERR_FILENO));
+    reportHome(platform::setUpProgramHome(global.home), err);
+    shell::Application app(ui, shell::StartOptions{global.home});
+    ui.holdBackWhile([&app] { return app.gateway().unreachable(); });
+    if (webconnector::Service* service = app.webConnector()) {
+        announceWaits(*service, err);
+    }
+    CommandContext ctx{app, ui, out, err};
+    if (command.needs == Needs::StartUp) {
+        app.window().startUp();
+    } else if (command.needs == Needs::QuickBooks && !startUp(ctx)) {
+        if (!command.notDone.empty()) {
+            out << command.notDone << '\n';
+        }
+        return kExitGateway;
+    }
+    return command.run(ctx, *parsed);
+}
+
+// A command's word is taken; the rest picks its subcommand (if it has any) and runs it.
+int dispatch(const Command& command, const std::string& path, const Args& args,
+             const GlobalOptions& global, std::ostream& out, std::ostream& err) {
+    if (command.subcommands.empty()) {
+        return runLeaf(command, path, args, global, out, err);
+    }
+    const std::string first = args.empty() ? std::string() : args.front();
+    if (first == "help") {
+        // `dorvane handheld help [sync]` is `dorvane help handheld [sync]`.
+        Invocation words;
+        words.operands = {std::string(command.name)};
+        words.operands.insert(words.operands.end(), args.begin() + 1, args.end());
+        if (words.operands.size() > 2) {
+            return usageError(path, "extra argument '" + words.operands[2] + "'", err);
+        }
+        return helpCommand(words, out, err);
+    }
+    if (const Command* sub = findSub(command, first)) {
+        const Args rest(args.begin() + 1, args.end());
+        if (command.passThrough) {
+            if (!rest.empty() && (rest[0] == "-h" || rest[0] == "--help")) {
+                printUsage(*sub, path + " " + std::string(sub->name), out);
+                return kExitOk;
+            }
+            return runLeaf(command, path, args, global, out, err);
+        }
+        return dispatch(*sub, path + " " + std::string(sub->name), rest, global, out, err);
+    }
+    if (runsItself(command) && (args.empty() || first.starts_with('-') || command.passThrough)) {
+        return runLeaf(command, path, args, global, out, err);
+    }
+    if (first == "-h" || first == "--help") {
+        printUsage(command, path, out);
+        return kExitOk;
+    }
+    if (args.empty()) {
+        printUsage(command, path, err);
+        return kExitUsage;
+    }
+    return usageError(path,
+                      first.starts_with('-') ? "unknown option '" + first + "'"
+                                             : "unknown command '" + first + "'",
+                      err);
+}
+
+}  // namespace
+
 bool hasCommand(const std::vector<std::string>& args) {
     return !parseGlobalOptions(args).rest.empty();
 }
 
 int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& err) {
-    GlobalOptions options = parseGlobalOptions(args);
+    const GlobalOptions options = parseGlobalOptions(args);
     if (options.rest.empty()) {
-        err << kUsage;
+        printGeneralHelp(err);
         return kExitUsage;
     }
-    const std::string command = options.rest.front();
-    Args rest(options.rest.begin() + 1, options.rest.end());
-
-    if (command == "help" || command == "--help" || command == "-h") {
-        out << kUsage;
-        return kExitOk;
+    const std::string& word = options.rest.front();
+    const Args rest(options.rest.begin() + 1, options.rest.end());
+    if (word == "--help" || word == "-h") {
+        return runLeaf(kHelpCommand, "help", rest, options, out, err);
     }
-    if (command == "version" || command == "--version") {
-        out << "Dorvane " << DORVANE_VERSION << '\n';
-        return kExitOk;
+    if (word == "--version") {
+        return runLeaf(kVersionCommand, "version", rest, options, out, err);
     }
-    if (command == "sandbox") {
-        return sandboxCommand(rest, out, err);
+    if (word == "--home") {
+        return usageError("", "option '--home' needs a value (DIR)", err);
     }
-    for (const Command& c : kCommands) {
-        if (command == c.name) {
-            TerminalUi ui(err, options.yes, ::isatty(STDIN_FILENO) && ::isatty(STDERR_FILENO));
-            reportHome(platform::setUpProgramHome(options.home), err);
-            shell::Application app(ui, shell::StartOptions{options.home});
-            ui.holdBackWhile([&app] { return app.gateway().unreachable(); });
-            if (webconnector::Service* service = app.webConnector()) {
-                announceWaits(*service, err);
-            }
-            CommandContext ctx{app, ui, out, err};
-            return c.run(ctx, rest);
-        }
+    if (word.starts_with('-')) {
+        return usageError("", "unknown option '" + word + "'", err);
     }
-    err << "dorvane: unknown command '" << command << "'\n\n" << kUsage;
-    return kExitUsage;
+    const Command* command = find(kCommands, word);
+    if (!command) {
+        err << "dorvane: unknown command '" << word << "'\n"
+            << "Try 'dorvane --help' for more information.\n";
+        return kExitUsage;
+    }
+    return dispatch(*command, word, rest, options, out, err);
 }
 
 }  // namespace dorvane::cli

@@ -14,6 +14,7 @@
 #include "handheld/timetracksync.h"
 #include "import/exchangefile.h"
 #include "import/importwindow.h"
+#include "platform/programhome.h"
 #include "shell/application.h"
 
 namespace dorvane::cli {
@@ -21,21 +22,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* kUsage =
-    "Usage: dorvane handheld sync [--employee NAME] [--yes]\n"
-    "       dorvane handheld import [FILE]\n"
-    "       dorvane handheld status\n"
-    "  sync hands the handheld in the device folder the worker NAME (an employee's name in\n"
-    "  any case, or its ListID) with QuickBooks' customers, service items and payroll items,\n"
-    "  after fetching the hours it recorded into dataFromPDA.xml in the program folder;\n"
-    "  --yes then books them as QuickBooks time entries.\n"
-    "  import books the hours of FILE (dataFromPDA.xml by default) as time entries; sending\n"
-    "  the same file twice books its entries twice.\n"
-    "  status shows the device folder and the handheld's file on it.\n"
-    "  The device folder: dorvane settings set Handheld DeviceFolder DIR, or\n"
-    "  DORVANE_DEVICE_DIR=DIR.\n"
-    "  Exit status: 0 done, 1 a step failed, 2 QuickBooks or the device folder could not be\n"
-    "  reached.\n";
+constexpr const char* kChooseFolder =
+    "dorvane settings set Handheld DeviceFolder DIR (or DORVANE_DEVICE_DIR=DIR)";
 
 // Prints the import window's status texts as they come, as its status bar shows them.
 class StatusPrinter final : public ui::WindowObserver {
@@ -56,6 +44,17 @@ private:
     imports::ImportWindow& m_window;
     std::ostream& m_out;
 };
+
+// The handheld's file in the device folder, when it is there.
+std::optional<fs::path> handheldFile(CommandContext& ctx) {
+    const handheld::DeviceFolder folder = handheld::deviceFolder(ctx.app.settings());
+    if (folder.path.empty()) {
+        return std::nullopt;
+    }
+    const auto local = handheld::FolderDevice(folder.path).localPath(handheld::kDeviceDataFile);
+    std::error_code ec;
+    return local && fs::exists(*local, ec) ? local : std::nullopt;
+}
 
 std::size_t entriesIn(imports::ImportWindow& window) {
     return window.exchangeDocument().selectAll("/Dorvane_PDA/TimeTracks/TimeTrack").size();
@@ -95,34 +94,11 @@ int bookTimeEntries(CommandContext& ctx, CommandSync& sync) {
     }
 }
 
-// Runs the window's start-up; false (and the line why) when QuickBooks does not answer.
-bool reachQuickBooks(CommandContext& ctx) {
-    if (!startUp(ctx)) {
-        return false;
-    }
-    ctx.app.importWindow().open();
-    return true;
-}
-
-int sync(CommandContext& ctx, const Args& args) {
+int sync(CommandContext& ctx, const Invocation& args) {
     handheld::SyncOptions options;
-    bool book = false;
-    for (std::size_t i = 1; i < args.size(); ++i) {
-        const std::string& a = args[i];
-        if (a == "--employee" && i + 1 < args.size()) {
-            options.employee = args[++i];
-        } else if (a.starts_with("--employee=")) {
-            options.employee = a.substr(11);
-        } else if (a == "--yes" || a == "-y") {
-            book = true;
-        } else {
-            ctx.err << "dorvane: unexpected '" << a << "'\n" << kUsage;
-            return kExitUsage;
-        }
-    }
-    if (!reachQuickBooks(ctx)) {
-        return kExitGateway;
-    }
+    options.employee = args.value("--employee");
+    const bool book = args.has("--yes");
+    ctx.app.importWindow().open();
     CommandSync sync(ctx);
     imports::ImportWindow& window = ctx.app.importWindow();
     const StatusPrinter printer(window, ctx.out);
@@ -134,18 +110,27 @@ int sync(CommandContext& ctx, const Args& args) {
             for (const std::string& entry : sync->employeeEntries()) {
                 ctx.err << "  " << entry << '\n';
             }
-            return kExitFailed;
+            return kExitUsage;
         case handheld::SyncOutcome::NoAnswer:
             return kExitGateway;
         case handheld::SyncOutcome::DeviceUnreachable:
-            ctx.err << "Choose the device folder with: dorvane settings set Handheld DeviceFolder "
-                       "DIR (or DORVANE_DEVICE_DIR=DIR)\n";
+            ctx.err << "Choose the device folder with: " << kChooseFolder << '\n';
             return kExitGateway;
+        case handheld::SyncOutcome::FetchFailed:
+            if (!handheldFile(ctx)) {
+                ctx.err << "A new handheld has no " << handheld::kDeviceDataFile
+                        << " yet: `dorvane handheld init` writes an empty one for the first "
+                           "sync.\n";
+            }
+            return kExitFailed;
         default:
             return kExitFailed;
     }
     ctx.out << "Time entries fetched: " << entriesIn(window) << " (in "
             << ctx.app.folder().filePath(handheld::kDataFromPdaFile) << ")\n";
+    if (entriesIn(window) == 0) {
+        return kExitOk;
+    }
     if (!book) {
         ctx.out << "Book them with: dorvane handheld import\n";
         return kExitOk;
@@ -153,19 +138,22 @@ int sync(CommandContext& ctx, const Args& args) {
     return bookTimeEntries(ctx, sync);
 }
 
-int importFile(CommandContext& ctx, const Args& args) {
-    if (args.size() > 2) {
-        ctx.err << kUsage;
-        return kExitUsage;
-    }
-    const std::string file =
-        args.size() == 2 ? args[1] : ctx.app.folder().filePath(handheld::kDataFromPdaFile);
-    if (const int rc = checkInputFile(file, ctx.err); rc != kExitOk) {
-        return rc;
-    }
-    if (!reachQuickBooks(ctx)) {
-        return kExitGateway;
-    }
+// `handheld import` without FILE books what the last sync fetched.
+std::string fileToImport(const Invocation& args) {
+    return !args.operands.empty()
+               ? args.operands[0]
+               : (platform::locateProgramHome(args.home) / handheld::kDataFromPdaFile).string();
+}
+
+int checkImportFile(Invocation& args, std::ostream& err) {
+    return checkInputFile(fileToImport(args), err);
+}
+
+int importFile(CommandContext& ctx, const Invocation& args) {
+    const std::string file = args.operands.empty()
+                                 ? ctx.app.folder().filePath(handheld::kDataFromPdaFile)
+                                 : args.operands[0];
+    ctx.app.importWindow().open();
     CommandSync sync(ctx);
     imports::ImportWindow& window = ctx.app.importWindow();
     const StatusPrinter printer(window, ctx.out);
@@ -179,12 +167,11 @@ int importFile(CommandContext& ctx, const Args& args) {
     return bookTimeEntries(ctx, sync);
 }
 
-int status(CommandContext& ctx) {
+int status(CommandContext& ctx, const Invocation&) {
     ctx.app.settings().reload();
     const handheld::DeviceFolder folder = handheld::deviceFolder(ctx.app.settings());
     if (folder.path.empty()) {
-        ctx.out << "Device folder: none chosen (dorvane settings set Handheld DeviceFolder DIR, "
-                   "or DORVANE_DEVICE_DIR=DIR)\n";
+        ctx.out << "Device folder: none chosen (" << kChooseFolder << ")\n";
         return kExitGateway;
     }
     ctx.out << "Device folder: " << folder.path.string() << " (from " << folder.source << ")\n";
@@ -197,11 +184,16 @@ int status(CommandContext& ctx) {
     const auto local = device.localPath(handheld::kDeviceDataFile);
     ctx.out << "Handheld file: " << handheld::kDeviceDataFile;
     if (!local || !fs::is_regular_file(*local, ec)) {
-        ctx.out << ": not there yet; the handheld application writes it\n";
+        ctx.out << ": not there yet; the handheld application writes it (or dorvane handheld "
+                   "init, an empty one)\n";
         return kExitOk;
     }
     const auto size = fs::file_size(*local, ec);
     ctx.out << " = " << local->string() << ", " << size << " bytes\n";
+    if (size == 0) {
+        ctx.out << "  empty: the next sync hands it the lists\n";
+        return kExitOk;
+    }
     if (size > handheld::kMaxDeviceRead) {
         ctx.out << "  too large: a sync reads only its first " << handheld::kMaxDeviceRead
                 << " bytes and stops\n";
@@ -226,25 +218,94 @@ int status(CommandContext& ctx) {
     return kExitOk;
 }
 
+// `handheld init`: the empty file a new handheld lacks, which the first sync replaces.
+int init(CommandContext& ctx, const Invocation&) {
+    ctx.app.settings().reload();
+    const handheld::DeviceFolder folder = handheld::deviceFolder(ctx.app.settings());
+    std::error_code ec;
+    if (folder.path.empty() || !fs::is_directory(folder.path, ec)) {
+        ctx.err << "dorvane handheld init: "
+                << (folder.path.empty() ? "no device folder chosen"
+                                        : "the device folder " + folder.path.string() +
+                                              " is not there (is the handheld mounted?)")
+                << "; choose it with: " << kChooseFolder << '\n';
+        return kExitGateway;
+    }
+    if (const auto existing = handheldFile(ctx)) {
+        ctx.err << "dorvane handheld init: " << existing->string()
+                << " is there already and may hold hours not fetched yet: `dorvane handheld "
+                   "sync` fetches them\n";
+        return kExitFailed;
+    }
+    handheld::FolderDevice device(folder.path);
+    device.rapiInit();
+    const handheld::DeviceHandle file =
+        device.createFile(handheld::kDeviceDataFile, handheld::OpenMode::Write);
+    if (file == handheld::kInvalidHandle) {
+        ctx.err << "dorvane handheld init: cannot write " << handheld::kDeviceDataFile << " in "
+                << folder.path.string() << " (error " << device.lastError() << ")\n";
+        return kExitFailed;
+    }
+    device.closeHandle(file);
+    device.rapiUninit();
+    ctx.out << "Wrote an empty " << device.localPath(handheld::kDeviceDataFile)->string()
+            << "; `dorvane handheld sync --employee NAME` hands it QuickBooks' lists.\n";
+    return kExitOk;
+}
+
+constexpr Option kSyncOptions[] = {
+    {"--employee", 0, "NAME", "the worker: an employee's name (any case) or ListID"},
+    {"--yes", 'y', "", "book the fetched hours as time entries"},
+};
+
+constexpr Command kHandheldSubcommands[] = {
+    {.name = "sync",
+     .synopsis = "--employee NAME [--yes]",
+     .summary = "fetch the hours the handheld recorded and hand it\nQuickBooks' lists",
+     .details =
+         "  Hands the handheld in the device folder the worker NAME with QuickBooks'\n"
+         "  customers, service items and payroll items, after fetching the hours it recorded\n"
+         "  into dataFromPDA.xml in the program folder; --yes then books them as QuickBooks\n"
+         "  time entries. Without --employee it lists QuickBooks' employees.\n",
+     .options = kSyncOptions,
+     .needs = Needs::QuickBooks,
+     .run = sync},
+    {.name = "import",
+     .synopsis = "[FILE]",
+     .summary = "book the hours of a fetched file as time entries",
+     .details = "  Books the hours of FILE (dataFromPDA.xml by default) as time entries; sending\n"
+                "  the same file twice books its entries twice.\n",
+     .maxOperands = 1,
+     .needs = Needs::QuickBooks,
+     .check = checkImportFile,
+     .run = importFile},
+    {.name = "status",
+     .summary = "show the device folder and the handheld's file on it",
+     .needs = Needs::Application,
+     .run = status},
+    {.name = "init",
+     .summary = "write the empty handheld file a new handheld lacks",
+     .details = "  Writes an empty \\Program Files\\TimeTrack\\data.xml into the device folder,\n"
+                "  which the first sync then fills; a file already there is left as it is.\n",
+     .needs = Needs::Application,
+     .run = init},
+};
+
 }  // namespace
 
-int handheldCommand(CommandContext& ctx, const Args& args) {
-    const std::string sub = args.empty() ? std::string() : args.front();
-    if (sub == "sync") {
-        return sync(ctx, args);
-    }
-    if (sub == "import") {
-        return importFile(ctx, args);
-    }
-    if (sub == "status" && args.size() == 1) {
-        return status(ctx);
-    }
-    if (sub == "help" || sub == "--help") {
-        ctx.out << kUsage;
-        return kExitOk;
-    }
-    ctx.err << kUsage;
-    return kExitUsage;
-}
+constexpr Command kHandheldCommand{
+    .name = "handheld",
+    .summary =
+        "hand the handheld in the device folder QuickBooks' lists and fetch\n"
+        "the hours it recorded (--yes books them as time entries); book a\n"
+        "fetched file; show the device folder (Handheld DeviceFolder)",
+    .details =
+        "  The device folder: dorvane settings set Handheld DeviceFolder DIR, or\n"
+        "  DORVANE_DEVICE_DIR=DIR.\n"
+        "  Exit status: 0 done, 1 a step failed, 2 QuickBooks or the device folder could not\n"
+        "  be reached, 64 no worker named.\n",
+    .subcommands = kHandheldSubcommands,
+    .overview = "handheld sync|import|status|init ...",
+};
 
 }  // namespace dorvane::cli

@@ -18,27 +18,6 @@
 namespace dorvane::cli {
 namespace {
 
-constexpr const char* kUsage =
-    "Usage: dorvane import FILE [--vendor NAME] [--account NAME] [--again]\n"
-    "       dorvane import --receipt FILE|- [--customer NAME] [--again]\n"
-    "  Opens an exchange file (.dvx) as the import window does, prints whom it matched, and\n"
-    "  books it: an invoice as a bill, an estimate as a purchase order, a sales receipt as a\n"
-    "  check (bank account) or a card charge (credit-card account). --vendor books it onto\n"
-    "  that vendor; without it the matched vendor is used, or a new one is created (a\n"
-    "  question: answer it with --yes). --account names the account that pays a sales\n"
-    "  receipt (the first bank or card account by default).\n"
-    "  --receipt reads an Authorize.Net receipt's text from FILE (- for standard input) and\n"
-    "  books it as a sales receipt; --customer names the customer (created when QuickBooks\n"
-    "  has none of that name; empty for none).\n"
-    "  A document QuickBooks already has (same kind, number and vendor), or a receipt\n"
-    "  imported before, is booked again only with --again.\n"
-    "  It prints the vendor or customer used (found, chosen or created) and the document\n"
-    "  booked with its number and total. Before anything is written it checks that\n"
-    "  QuickBooks has the item, terms and account the import preferences name.\n"
-    "  Exit status: 0 booked, 1 not booked (refused, a question unanswered, a record the\n"
-    "  import preferences name missing, or already there), 2 QuickBooks could not be\n"
-    "  reached.\n";
-
 struct ImportArgs {
     std::string file;
     bool receipt = false;
@@ -48,56 +27,14 @@ struct ImportArgs {
     bool again = false;
 };
 
-// Takes "--name VALUE" and "--name=VALUE".
-bool takeValue(const Args& args, std::size_t& i, std::string_view name,
-               std::optional<std::string>& value) {
-    const std::string& a = args[i];
-    if (a == name && i + 1 < args.size()) {
-        value = args[++i];
-        return true;
-    }
-    if (a.size() > name.size() && a.starts_with(name) && a[name.size()] == '=') {
-        value = a.substr(name.size() + 1);
-        return true;
-    }
-    return false;
-}
-
-std::optional<ImportArgs> parse(const Args& args, std::ostream& err) {
+ImportArgs importArgs(const Invocation& args) {
     ImportArgs parsed;
-    std::optional<std::string> receiptFile;
-    for (std::size_t i = 0; i < args.size(); ++i) {
-        const std::string& a = args[i];
-        if (takeValue(args, i, "--receipt", receiptFile) ||
-            takeValue(args, i, "--vendor", parsed.vendor) ||
-            takeValue(args, i, "--account", parsed.account) ||
-            takeValue(args, i, "--customer", parsed.customer)) {
-            continue;
-        }
-        if (a == "--again") {
-            parsed.again = true;
-        } else if (parsed.file.empty() && !receiptFile && (a == "-" || !a.starts_with("--"))) {
-            parsed.file = a;
-        } else {
-            err << "dorvane: unexpected '" << a << "'\n" << kUsage;
-            return std::nullopt;
-        }
-    }
-    if (receiptFile) {
-        if (!parsed.file.empty() || parsed.vendor || parsed.account) {
-            err << "dorvane: --receipt takes no exchange file, --vendor or --account\n" << kUsage;
-            return std::nullopt;
-        }
-        parsed.file = *receiptFile;
-        parsed.receipt = true;
-    } else if (parsed.customer) {
-        err << "dorvane: --customer goes with --receipt\n" << kUsage;
-        return std::nullopt;
-    }
-    if (parsed.file.empty()) {
-        err << kUsage;
-        return std::nullopt;
-    }
+    parsed.receipt = args.has("--receipt");
+    parsed.file = parsed.receipt ? *args.value("--receipt") : args.operands.at(0);
+    parsed.vendor = args.value("--vendor");
+    parsed.account = args.value("--account");
+    parsed.customer = args.value("--customer");
+    parsed.again = args.has("--again");
     return parsed;
 }
 
@@ -258,36 +195,42 @@ int reportOutcome(imports::ImportWindow& window, const ImportArgs& args, const s
     return kExitFailed;
 }
 
-}  // namespace
-
-int importCommand(CommandContext& ctx, const Args& args) {
-    const std::optional<ImportArgs> parsed = parse(args, ctx.err);
-    if (!parsed) {
-        return kExitUsage;
+int checkImportArgs(Invocation& args, std::ostream& err) {
+    if (args.has("--receipt")) {
+        if (!args.operands.empty() || args.has("--vendor") || args.has("--account")) {
+            return usageError(args.path, "--receipt takes no exchange file, --vendor or --account",
+                              err);
+        }
+    } else if (args.has("--customer")) {
+        return usageError(args.path, "--customer goes with --receipt", err);
+    } else if (args.operands.empty()) {
+        return usageError(args.path, "missing FILE (or --receipt FILE)", err);
     }
-    if (const int rc = checkInputFile(parsed->file, ctx.err); rc != kExitOk) {
+    const ImportArgs parsed = importArgs(args);
+    if (const int rc = checkInputFile(parsed.file, err); rc != kExitOk) {
         return rc;
     }
-    std::optional<std::string> receiptText;
-    if (parsed->receipt && !(receiptText = readReceipt(parsed->file, ctx.err))) {
+    if (parsed.receipt && !(args.input = readReceipt(parsed.file, err))) {
         return kExitNoInput;
     }
-    if (receiptText && text::trim(*receiptText).empty()) {
-        ctx.err << "Cannot read standard input: the receipt is empty\n";
+    if (args.input && text::trim(*args.input).empty()) {
+        err << "Cannot read standard input: the receipt is empty\n";
         return kExitData;
     }
-    if (!startUp(ctx)) {
-        ctx.out << "Not imported: QuickBooks could not be reached\n";
-        return kExitGateway;
-    }
+    return kExitOk;
+}
+
+int import(CommandContext& ctx, const Invocation& args) {
+    const ImportArgs parsed = importArgs(args);
+    const std::optional<std::string>& receiptText = args.input;
     imports::ImportWindow& window = ctx.app.importWindow();
-    window.setDuplicatePolicy(parsed->again ? imports::DuplicatePolicy::Allow
-                                            : imports::DuplicatePolicy::Refuse);
+    window.setDuplicatePolicy(parsed.again ? imports::DuplicatePolicy::Allow
+                                           : imports::DuplicatePolicy::Refuse);
     window.open();
     if (receiptText) {
         window.captureReceiptText(*receiptText);
     } else {
-        window.openExchangeFile(parsed->file);
+        window.openExchangeFile(parsed.file);
     }
     if (!window.control(imports::kAddItemBtn).visible ||
         !window.control(imports::kAddItemBtn).enabled) {
@@ -299,26 +242,26 @@ int importCommand(CommandContext& ctx, const Args& args) {
     }
     if (imports::recogniseKind(window.documentKind()) == imports::DocumentKind::Pda) {
         ctx.out << "Not imported: a handheld file is booked by `dorvane handheld import "
-                << parsed->file << "`\n";
+                << parsed.file << "`\n";
         return kExitFailed;
     }
 
-    if (parsed->vendor) {
-        const auto index = indexNamed(window.counterparts().items, *parsed->vendor);
+    if (parsed.vendor) {
+        const auto index = indexNamed(window.counterparts().items, *parsed.vendor);
         if (!index) {
-            ctx.out << "Not imported: QuickBooks has no vendor named '" << *parsed->vendor << "'\n";
+            ctx.out << "Not imported: QuickBooks has no vendor named '" << *parsed.vendor << "'\n";
             return kExitFailed;
         }
         window.itemClicked(*index);
     }
-    if (parsed->account) {
+    if (parsed.account) {
         std::vector<std::string> names;
         for (const auto& a : window.accounts()) {
             names.push_back(a.name);
         }
-        const auto index = indexNamed(names, *parsed->account);
+        const auto index = indexNamed(names, *parsed.account);
         if (!index) {
-            ctx.out << "Not imported: no bank or credit-card account named '" << *parsed->account
+            ctx.out << "Not imported: no bank or credit-card account named '" << *parsed.account
                     << "'; QuickBooks has:";
             for (const auto& n : names) {
                 ctx.out << " '" << n << "'";
@@ -328,12 +271,61 @@ int importCommand(CommandContext& ctx, const Args& args) {
         }
         window.selectAccount(*index);
     }
-    if (parsed->customer) {
-        window.setNameText(*parsed->customer);
+    if (parsed.customer) {
+        window.setNameText(*parsed.customer);
     }
     const std::string sender = window.exchangeDocument().valueOf("//CompanyRet/CompanyName");
     window.importSelectedDocument();
-    return reportOutcome(window, *parsed, sender, ctx.out);
+    return reportOutcome(window, parsed, sender, ctx.out);
 }
+
+}  // namespace
+
+constexpr Option kImportOptions[] = {
+    {"--vendor", 0, "NAME", "book it onto this vendor"},
+    {"--account", 0, "NAME", "the bank or credit-card account that pays a sales\nreceipt"},
+    {"--receipt", 0, "FILE", "book an Authorize.Net receipt's text (- for standard\ninput)"},
+    {"--customer", 0, "NAME", "the receipt's customer (empty for none)"},
+    {"--again", 0, "", "book it even if QuickBooks has it, or it was imported\nbefore"},
+};
+
+constexpr Command kImportCommand{
+    .name = "import",
+    .synopsis =
+        "FILE [--vendor NAME] [--account NAME] [--again]\n"
+        "       dorvane import --receipt FILE|- [--customer NAME] [--again]",
+    .summary =
+        "book a received exchange file (.dvx): an invoice as a bill, an\n"
+        "estimate as a purchase order, a sales receipt as a check or\n"
+        "card charge; or an Authorize.Net receipt's text (--receipt) as\n"
+        "a sales receipt; exit status 1 when it was not booked",
+    .details =
+        "  Opens an exchange file (.dvx) as the import window does, prints whom it matched, and\n"
+        "  books it: an invoice as a bill, an estimate as a purchase order, a sales receipt as a\n"
+        "  check (bank account) or a card charge (credit-card account). --vendor books it onto\n"
+        "  that vendor; without it the matched vendor is used, or a new one is created (a\n"
+        "  question: answer it with --yes). --account names the account that pays a sales\n"
+        "  receipt (the first bank or card account by default).\n"
+        "  --receipt reads an Authorize.Net receipt's text from FILE (- for standard input) and\n"
+        "  books it as a sales receipt; --customer names the customer (created when QuickBooks\n"
+        "  has none of that name; empty for none).\n"
+        "  A document QuickBooks already has (same kind, number and vendor), or a receipt\n"
+        "  imported before, is booked again only with --again.\n"
+        "  It prints the vendor or customer used (found, chosen or created) and the document\n"
+        "  booked with its number and total. Before anything is written it checks that\n"
+        "  QuickBooks has the item, terms and account the import preferences name.\n"
+        "  Exit status: 0 booked, 1 not booked (refused, a question unanswered, a record the\n"
+        "  import preferences name missing, or already there), 2 QuickBooks could not be\n"
+        "  reached.\n",
+    .options = kImportOptions,
+    .maxOperands = 1,
+    .needs = Needs::QuickBooks,
+    .check = checkImportArgs,
+    .run = import,
+    .notDone = "Not imported: QuickBooks could not be reached",
+    .overview =
+        "import FILE [--vendor NAME] [--account NAME] [--again]\n"
+        "  import --receipt FILE|- [--customer NAME] [--again]",
+};
 
 }  // namespace dorvane::cli

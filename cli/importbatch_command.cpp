@@ -13,24 +13,6 @@
 namespace dorvane::cli {
 namespace {
 
-constexpr const char* kUsage =
-    "Usage: dorvane import-batch FILE [--bulk] [--quoted] [--yes]\n"
-    "  Books the approved transactions of an Authorize.Net download (comma-, tab- or\n"
-    "  semicolon-delimited, Latin-1 or UTF-8) as sales receipts, creating their customers\n"
-    "  unless the import setting IgnoreAuthNetCust is 1, and records each one in\n"
-    "  BatchImport.log, so a second run adds nothing. Prints one line per transaction (added,\n"
-    "  not approved, already imported, refused: why) and a summary.\n"
-    "  --bulk reads the file in chunks, as the window's bulk import does (after its warning\n"
-    "  to back up the company file: --yes answers it). --quoted reads values in double quotes\n"
-    "  whole (\"O'Brien, Inc.\", \"1,234.50\"), as the import setting QuotedFields does;\n"
-    "  without it such a transaction is refused and nothing of it is booked.\n"
-    "  A file without the columns the import reads (Transaction ID, Authorization Code, Total\n"
-    "  Amount, Company, Customer First Name, Customer Last Name) is refused whole, and so is\n"
-    "  a transaction without its ID.\n"
-    "  Exit status: 0 nothing refused, 1 something refused, 2 QuickBooks could not be\n"
-    "  reached (the run says where it stopped: the same file again goes on there), 65 the\n"
-    "  file lacks a column, 66 the file cannot be read.\n";
-
 const char* kindText(batch::RecordOutcome::Kind kind) {
     using Kind = batch::RecordOutcome::Kind;
     switch (kind) {
@@ -47,38 +29,11 @@ const char* kindText(batch::RecordOutcome::Kind kind) {
     return "";
 }
 
-}  // namespace
-
-int importBatchCommand(CommandContext& ctx, const Args& args) {
-    std::string file;
-    bool bulk = false;
-    bool quoted = false;
-    bool yes = false;
-    for (const std::string& a : args) {
-        if (a == "--bulk") {
-            bulk = true;
-        } else if (a == "--quoted") {
-            quoted = true;
-        } else if (a == "--yes" || a == "-y") {
-            yes = true;
-        } else if (file.empty() && !a.starts_with("--")) {
-            file = a;
-        } else {
-            ctx.err << "dorvane: unexpected '" << a << "'\n" << kUsage;
-            return kExitUsage;
-        }
-    }
-    if (file.empty()) {
-        ctx.err << kUsage;
-        return kExitUsage;
-    }
-    if (const int rc = checkInputFile(file, ctx.err); rc != kExitOk) {
-        return rc;
-    }
-    if (!startUp(ctx)) {
-        ctx.out << "Not imported: QuickBooks could not be reached\n";
-        return kExitGateway;
-    }
+int importBatch(CommandContext& ctx, const Invocation& args) {
+    const std::string& file = args.operands[0];
+    const bool bulk = args.has("--bulk");
+    const bool quoted = args.has("--quoted");
+    const bool yes = args.has("--yes");
     imports::ImportWindow& window = ctx.app.importWindow();
     window.open();
     batch::BatchImport& importer = ctx.app.batchImport();
@@ -131,5 +86,46 @@ int importBatchCommand(CommandContext& ctx, const Args& args) {
     }
     return run.refused == 0 && !run.stopped ? kExitOk : kExitFailed;
 }
+
+}  // namespace
+
+constexpr Option kImportBatchOptions[] = {
+    {"--bulk", 0, "", "read the file in chunks, as the window's bulk import does"},
+    {"--quoted", 0, "", "read values in double quotes whole"},
+    {"--yes", 'y', "", "answer the bulk import's warning with OK"},
+};
+
+constexpr Command kImportBatchCommand{
+    .name = "import-batch",
+    .synopsis = "FILE [--bulk] [--quoted] [--yes]",
+    .summary =
+        "book the approved transactions of an Authorize.Net download as\n"
+        "sales receipts, each once; one line per transaction, exit status\n"
+        "1 when one was refused",
+    .details =
+        "  Books the approved transactions of an Authorize.Net download (comma-, tab- or\n"
+        "  semicolon-delimited, Latin-1 or UTF-8) as sales receipts, creating their customers\n"
+        "  unless the import setting IgnoreAuthNetCust is 1, and records each one in\n"
+        "  BatchImport.log, so a second run adds nothing. Prints one line per transaction (added,\n"
+        "  not approved, already imported, refused: why) and a summary.\n"
+        "  --bulk reads the file in chunks, as the window's bulk import does (after its warning\n"
+        "  to back up the company file: --yes answers it). --quoted reads values in double quotes\n"
+        "  whole (\"O'Brien, Inc.\", \"1,234.50\"), as the import setting QuotedFields does;\n"
+        "  without it such a transaction is refused and nothing of it is booked.\n"
+        "  A file without the columns the import reads (Transaction ID, Authorization Code, Total\n"
+        "  Amount, Company, Customer First Name, Customer Last Name) is refused whole, and so is\n"
+        "  a transaction without its ID.\n"
+        "  Exit status: 0 nothing refused, 1 something refused, 2 QuickBooks could not be\n"
+        "  reached (the run says where it stopped: the same file again goes on there), 65 the\n"
+        "  file lacks a column, 66 the file cannot be read.\n",
+    .options = kImportBatchOptions,
+    .minOperands = 1,
+    .maxOperands = 1,
+    .operandNames = "FILE",
+    .needs = Needs::QuickBooks,
+    .check = checkFirstOperand,
+    .run = importBatch,
+    .notDone = "Not imported: QuickBooks could not be reached",
+};
 
 }  // namespace dorvane::cli

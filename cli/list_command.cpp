@@ -46,46 +46,29 @@ std::optional<std::string> documentTypeNamed(std::string_view name) {
     return std::nullopt;
 }
 
-int loadListFromArgs(CommandContext& ctx, const Args& args, const char* usage,
-                     std::vector<std::string>* rest) {
-    std::optional<std::string> type;
-    std::string timeframe = "ThisWeekToDate";
-    for (std::size_t i = 0; i < args.size(); ++i) {
-        if (args[i] == "--timeframe" && i + 1 < args.size()) {
-            timeframe = args[++i];
-        } else if (args[i].starts_with("--timeframe=")) {
-            timeframe = args[i].substr(12);
-        } else if (!type && !args[i].starts_with("--")) {
-            type = documentTypeNamed(args[i]);
-            if (!type) {
-                ctx.err << "dorvane: unknown document type '" << args[i] << "'\n" << usage;
-                return kExitUsage;
-            }
-        } else if (rest) {
-            rest->push_back(args[i]);
-        } else {
-            ctx.err << "dorvane: unexpected '" << args[i] << "'\n" << usage;
-            return kExitUsage;
-        }
-    }
+int checkListArgs(Invocation& args, std::ostream& err) {
+    const std::optional<std::string> type = documentTypeNamed(args.operands[0]);
     if (!type) {
-        ctx.err << usage;
-        return kExitUsage;
+        return usageError(args.path, "unknown document type '" + args.operands[0] + "'", err);
     }
-    // The whole command line is checked before start-up talks to QuickBooks.
+    args.operands[0] = *type;
+    const std::string timeframe = args.value("--timeframe").value_or("ThisWeekToDate");
     const std::optional<std::string> canonical = timeframeNamed(timeframe);
     if (!canonical) {
-        ctx.err << "dorvane: unknown timeframe '" << timeframe << "'; one of:";
+        std::string known;
         for (std::string_view t : qbgateway::kTimeframes) {
-            ctx.err << ' ' << t;
+            known += " " + std::string(t);
         }
-        ctx.err << '\n';
-        return kExitUsage;
+        return usageError(args.path, "unknown timeframe '" + timeframe + "'; one of:" + known, err);
     }
+    args.given.emplace_back("--timeframe", *canonical);
+    return kExitOk;
+}
+
+int loadList(CommandContext& ctx, const Invocation& args) {
     auto& window = ctx.app.window();
-    window.startUp();
-    window.selectTimeframe(std::string_view(*canonical));
-    window.selectDocumentType(*type);
+    window.selectTimeframe(std::string_view(*args.value("--timeframe")));
+    window.selectDocumentType(args.operands[0]);
     printCompany(ctx, ctx.err);
     if (window.listDocument().empty()) {
         return ctx.app.gateway().unreachable() ? reportUnreachable(ctx) : kExitGateway;
@@ -108,47 +91,43 @@ void printList(const ui::ListModel& list, std::ostream& out) {
     }
 }
 
-int listCommand(CommandContext& ctx, const Args& args) {
-    static constexpr const char* kUsage =
-        "Usage: dorvane list TYPE [--timeframe NAME]\n"
-        "  TYPE: Invoice, Estimate, CreditMemo, SalesReceipt, PurchaseOrder, Statement,\n"
-        "        Timesheet (by customer) or TimesheetA (by entity)\n"
-        "  NAME: ThisWeekToDate (default), ThisMonthToDate, ThisFiscalQuarterToDate,\n"
-        "        ThisFiscalYearToDate, LastWeek, LastMonth, LastFiscalQuarter,\n"
-        "        LastFiscalYear or ALL (TYPE and NAME in any case)\n";
-    int rc = loadListFromArgs(ctx, args, kUsage, nullptr);
+namespace {
+
+int list(CommandContext& ctx, const Invocation& args) {
+    int rc = loadList(ctx, args);
     if (rc == kExitOk) {
         printList(ctx.app.window().list(), ctx.out);
     }
     return rc;
 }
 
-int companyCommand(CommandContext& ctx, const Args& args) {
-    static constexpr const char* kUsage =
-        "Usage: dorvane company\n"
-        "       dorvane company set FIELD VALUE [FIELD VALUE ...]\n"
-        "  FIELD: CompanyName, Addr1, Addr2, City, State, Zip, Country, Phone, Fax, Email,\n"
-        "  Website (any case). Only Addr2, Fax and Website may stay empty.\n";
+int company(CommandContext& ctx, const Invocation&) {
     auto& company = ctx.app.company();
-    if (args.empty()) {
-        company.retrieveCompanyInfo();
-        if (!quickBooksReached(ctx)) {
-            return reportUnreachable(ctx);
+    company.retrieveCompanyInfo();
+    if (!quickBooksReached(ctx)) {
+        return reportUnreachable(ctx);
+    }
+    printCompany(ctx, ctx.out);
+    return company.companyNode() ? kExitOk : kExitFailed;
+}
+
+int checkCompanyFields(Invocation& args, std::ostream& err) {
+    for (std::size_t i = 0; i < args.operands.size(); i += 2) {
+        if (!company::editorField(args.operands[i])) {
+            return usageError(args.path, "unknown field '" + args.operands[i] + "'", err);
         }
-        printCompany(ctx, ctx.out);
-        return company.companyNode() ? kExitOk : kExitFailed;
+        if (i + 1 == args.operands.size()) {
+            return usageError(args.path, "no VALUE for FIELD '" + args.operands[i] + "'", err);
+        }
     }
-    if (args[0] != "set" || args.size() < 3 || args.size() % 2 == 0) {
-        ctx.err << kUsage;
-        return kExitUsage;
-    }
+    return kExitOk;
+}
+
+int companySet(CommandContext& ctx, const Invocation& args) {
+    auto& company = ctx.app.company();
     TerminalUi::FieldValues values;
-    for (std::size_t i = 1; i + 1 < args.size(); i += 2) {
-        if (!company::editorField(args[i])) {
-            ctx.err << "dorvane: unknown field '" << args[i] << "'\n" << kUsage;
-            return kExitUsage;
-        }
-        values.emplace_back(args[i], args[i + 1]);
+    for (std::size_t i = 0; i + 1 < args.operands.size(); i += 2) {
+        values.emplace_back(args.operands[i], args.operands[i + 1]);
     }
     // The editor comes up where the window brings it up: when the open company file has no
     // record yet, or through "&Edit Company Info" where the window enables that entry.
@@ -174,5 +153,57 @@ int companyCommand(CommandContext& ctx, const Args& args) {
     printCompany(ctx, ctx.out);
     return kExitOk;
 }
+
+}  // namespace
+
+constexpr Option kListOptions[] = {kTimeframeOption};
+
+constexpr Command kListCommand{
+    .name = "list",
+    .synopsis = "TYPE [--timeframe NAME]",
+    .summary =
+        "list the documents of a type as the window does (Invoice,\n"
+        "Estimate, CreditMemo, SalesReceipt, PurchaseOrder, Statement,\n"
+        "Timesheet, TimesheetA); NAME is one of the window's timeframes\n"
+        "(ThisWeekToDate by default, ..., ALL); both in any case",
+    .details =
+        "  TYPE: Invoice, Estimate, CreditMemo, SalesReceipt, PurchaseOrder, Statement,\n"
+        "        Timesheet (by customer) or TimesheetA (by entity), in any case\n"
+        "  Prints a header line, then one line per document: [x] or [ ], the cells\n"
+        "  separated by tabs, the status last. The company goes to standard error.\n",
+    .options = kListOptions,
+    .minOperands = 1,
+    .maxOperands = 1,
+    .operandNames = "TYPE",
+    .needs = Needs::StartUp,
+    .check = checkListArgs,
+    .run = list,
+};
+
+constexpr Command kCompanySubcommands[] = {
+    {.name = "set",
+     .synopsis = "FIELD VALUE [FIELD VALUE ...]",
+     .summary = "enter or correct the company's record where Dorvane keeps\n"
+                "it (the window's company editor)",
+     .details =
+         "  FIELD: CompanyName, Addr1, Addr2, City, State, Zip, Country, Phone, Fax, Email,\n"
+         "  Website (any case). Only Addr2, Fax and Website may stay empty.\n",
+     .minOperands = 1,
+     .maxOperands = kAnyNumber,
+     .operandNames = "FIELD VALUE",
+     .needs = Needs::Application,
+     .check = checkCompanyFields,
+     .run = companySet},
+};
+
+constexpr Command kCompanyCommand{
+    .name = "company",
+    .summary = "print the company's name and address",
+    .details = "  Without a command: the company's name and address, as the window shows them.\n",
+    .needs = Needs::Application,
+    .run = company,
+    .subcommands = kCompanySubcommands,
+    .overview = "company [set FIELD VALUE ...]",
+};
 
 }  // namespace dorvane::cli

@@ -8,18 +8,13 @@
 #include "shell/application.h"
 
 namespace dorvane::cli {
+namespace {
 
-int requestCommand(CommandContext& ctx, const Args& args) {
-    if (args.size() != 1) {
-        ctx.err << "Usage: dorvane request FILE\n";
-        return kExitUsage;
-    }
-    if (const int rc = checkInputFile(args[0], ctx.err); rc != kExitOk) {
-        return rc;
-    }
-    auto request = files::readAll(args[0]);
+int request(CommandContext& ctx, const Invocation& args) {
+    const std::string& file = args.operands[0];
+    auto request = files::readAll(file);
     if (!request) {
-        ctx.err << "Cannot read " << args[0] << ": " << request.error().description << '\n';
+        ctx.err << "Cannot read " << file << ": " << request.error().description << '\n';
         return kExitNoInput;
     }
     std::string response = ctx.app.gateway().processRequest(*request);
@@ -32,5 +27,23 @@ int requestCommand(CommandContext& ctx, const Args& args) {
     }
     return kExitOk;
 }
+
+}  // namespace
+
+constexpr Command kRequestCommand{
+    .name = "request",
+    .synopsis = "FILE",
+    .summary = "send the qbXML request in FILE to QuickBooks and print\nthe answer",
+    .details =
+        "  Sends the qbXML request in FILE to QuickBooks as it is and prints the answer. The\n"
+        "  request and the answer are traced to QBXMLReq.txt and QBXMLResult.txt in the\n"
+        "  program folder.\n",
+    .minOperands = 1,
+    .maxOperands = 1,
+    .operandNames = "FILE",
+    .needs = Needs::Application,
+    .check = checkFirstOperand,
+    .run = request,
+};
 
 }  // namespace dorvane::cli

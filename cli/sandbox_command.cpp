@@ -20,31 +20,6 @@ namespace {
 namespace sb = dorvane::qbsandbox;
 namespace fs = std::filesystem;
 
-constexpr const char* kUsage =
-    "usage: dorvane sandbox COMMAND\n"
-    "  status                      what the sandbox QuickBooks is doing\n"
-    "  open FILE                   start QuickBooks with this company file open\n"
-    "  close                       keep QuickBooks running with no company file open\n"
-    "  stop                        QuickBooks not running (connections fail)\n"
-    "  new FILE [--demo] [--customers N] [--invoices N] [--force]\n"
-    "                              create a company file (empty, or the demo company) and open\n"
-    "                              it; an existing company file is replaced only with --force,\n"
-    "                              any other file never\n"
-    "  load RESPONSE.xml           add the records of a captured qbXML response to the open "
-    "company\n"
-    "  fail OPERATION N CODE [--delay MS]\n"
-    "                              the next N calls of OPERATION fail with CODE (e.g. 0x80040408)\n"
-    "  delay OPERATION N MS        the next N calls of OPERATION answer after MS milliseconds\n"
-    "  fail clear                  drop every injected failure\n"
-    "OPERATION is OpenConnection, BeginSession, GetCurrentCompanyFileName, ProcessRequest,\n"
-    "EndSession or CloseConnection. The state lives in $DORVANE_SANDBOX_DIR, else\n"
-    "$XDG_DATA_HOME/dorvane/sandbox.\n";
-
-int usage(std::ostream& err) {
-    err << kUsage;
-    return kExitUsage;
-}
-
 int save(const fs::path& folder, const sb::SandboxState& state, std::ostream& err) {
     if (auto written = sb::writeState(folder, state); !written) {
         err << "Could not save the sandbox state: " << written.error().description << "\n";
@@ -103,9 +78,8 @@ int status(const fs::path& folder, std::ostream& out, std::ostream& err) {
     return kExitOk;
 }
 
-int openCompany(const fs::path& folder, const std::string& file, std::ostream& out,
+int openCompany(const fs::path& folder, const fs::path& path, std::ostream& out,
                 std::ostream& err) {
-    fs::path path = fs::absolute(file);
     try {
         sb::CompanyFile::open(path);
     } catch (const std::exception& e) {
@@ -119,34 +93,23 @@ int openCompany(const fs::path& folder, const std::string& file, std::ostream& o
     return rc;
 }
 
-int newCompany(const fs::path& folder, const std::vector<std::string>& args, std::ostream& out,
-               std::ostream& err) {
-    std::string file;
-    bool demo = false;
-    bool force = false;
+int newCompany(const Invocation& args, std::ostream& out, std::ostream& err) {
+    const fs::path folder = sb::stateFolder();
+    const std::string& file = args.operands[0];
+    bool demo = args.has("--demo");
+    const bool force = args.has("--force");
     sb::DemoOptions options;
-    for (std::size_t i = 0; i < args.size(); ++i) {
-        const std::string& a = args[i];
-        if (a == "--demo") {
-            demo = true;
-        } else if (a == "--force") {
-            force = true;
-        } else if ((a == "--customers" || a == "--invoices") && i + 1 < args.size()) {
-            int n = 0;
-            if (!parseCount(args[++i], n) || n < 1) {
-                err << a << " needs a positive number\n";
-                return kExitUsage;
-            }
-            (a == "--customers" ? options.customers : options.invoices) = n;
-            demo = true;
-        } else if (!a.empty() && a[0] != '-' && file.empty()) {
-            file = a;
-        } else {
-            return usage(err);
+    for (const auto& [option, value] : args.given) {
+        if (option != "--customers" && option != "--invoices") {
+            continue;
         }
-    }
-    if (file.empty()) {
-        return usage(err);
+        int n = 0;
+        if (!parseCount(value, n) || n < 1) {
+            err << option << " needs a positive number\n";
+            return kExitUsage;
+        }
+        (option == "--customers" ? options.customers : options.invoices) = n;
+        demo = true;
     }
     fs::path path = fs::absolute(file);
     std::error_code ec;
@@ -175,10 +138,12 @@ int newCompany(const fs::path& folder, const std::vector<std::string>& args, std
         return kExitFailed;
     }
     out << "Created " << path.string() << (demo ? " (demo company)" : "") << ".\n";
-    return openCompany(folder, path.string(), out, err);
+    return openCompany(folder, path, out, err);
 }
 
-int load(const fs::path& folder, const std::string& file, std::ostream& out, std::ostream& err) {
+int load(const Invocation& args, std::ostream& out, std::ostream& err) {
+    const fs::path folder = sb::stateFolder();
+    const std::string& file = args.operands[0];
     if (const int rc = checkInputFile(file, err); rc != kExitOk) {
         return rc;
     }
@@ -212,8 +177,10 @@ int load(const fs::path& folder, const std::string& file, std::ostream& out, std
     return kExitOk;
 }
 
-int inject(const fs::path& folder, const std::vector<std::string>& args, bool delayOnly,
-           std::ostream& out, std::ostream& err) {
+int inject(const Invocation& invocation, bool delayOnly, std::ostream& out, std::ostream& err) {
+    const fs::path folder = sb::stateFolder();
+    const Args& args = invocation.operands;
+    auto usage = [&](std::string message) { return usageError(invocation.path, message, err); };
     if (!delayOnly && args.size() == 1 && args[0] == "clear") {
         if (auto w = sb::writeFaults(folder, {}); !w) {
             err << w.error().description << "\n";
@@ -222,17 +189,21 @@ int inject(const fs::path& folder, const std::vector<std::string>& args, bool de
         out << "No failures injected.\n";
         return kExitOk;
     }
-    if (args.size() < 3 || !knownOperation(args[0])) {
-        return usage(err);
+    if (!knownOperation(args[0])) {
+        return usage("unknown OPERATION '" + args[0] + "'");
+    }
+    if (args.size() < 3) {
+        const char* missing = delayOnly ? "MS" : "CODE";
+        return usage(std::string("missing ") + (args.size() == 1 ? "N " : "") + missing);
     }
     sb::Fault fault;
     fault.operation = args[0];
     if (!parseCount(args[1], fault.remaining) || fault.remaining < 1) {
-        return usage(err);
+        return usage("N must be a positive number");
     }
     if (delayOnly) {
-        if (!parseCount(args[2], fault.delayMs) || args.size() != 3) {
-            return usage(err);
+        if (!parseCount(args[2], fault.delayMs)) {
+            return usage("MS must be a number of milliseconds");
         }
     } else {
         char* end = nullptr;
@@ -242,12 +213,9 @@ int inject(const fs::path& folder, const std::vector<std::string>& args, bool de
             return kExitUsage;
         }
         fault.code = static_cast<std::uint32_t>(code);
-        if (args.size() == 5 && args[3] == "--delay") {
-            if (!parseCount(args[4], fault.delayMs)) {
-                return usage(err);
-            }
-        } else if (args.size() != 3) {
-            return usage(err);
+        if (const auto delay = invocation.value("--delay");
+            delay && !parseCount(*delay, fault.delayMs)) {
+            return usage("--delay needs a number of milliseconds");
         }
     }
     auto faults = sb::readFaults(folder);
@@ -262,58 +230,151 @@ int inject(const fs::path& folder, const std::vector<std::string>& args, bool de
     return kExitOk;
 }
 
+// A company file named without a folder is looked for here, then where the sandbox keeps its
+// company files.
+int openNamed(const Invocation& args, std::ostream& out, std::ostream& err) {
+    const fs::path folder = sb::stateFolder();
+    const fs::path named = args.operands[0];
+    std::error_code ec;
+    fs::path path = fs::absolute(named);
+    if (!fs::exists(path, ec) && named.is_relative()) {
+        for (const fs::path& candidate : {folder / named, folder / (named.string() + ".dvq")}) {
+            if (fs::exists(candidate, ec)) {
+                path = candidate;
+                break;
+            }
+        }
+    }
+    if (!fs::exists(path, ec)) {
+        err << "dorvane sandbox open: no company file '" << named.string() << "' in "
+            << fs::absolute(named).parent_path().string()
+            << (named.is_relative() ? " nor in " + folder.string() : std::string())
+            << "; `dorvane sandbox new FILE` creates one\n";
+        return kExitNoInput;
+    }
+    return openCompany(folder, path, out, err);
+}
+
+int showStatus(const Invocation&, std::ostream& out, std::ostream& err) {
+    return status(sb::stateFolder(), out, err);
+}
+
+// Closing or stopping keeps which company file was open, for the messages that say how to
+// open it again.
+fs::path lastCompany(const fs::path& folder) {
+    const auto state = sb::readState(folder);
+    return !state ? fs::path() : state->company.empty() ? state->last : state->company;
+}
+
+int closeCompany(const Invocation&, std::ostream& out, std::ostream& err) {
+    const fs::path folder = sb::stateFolder();
+    int rc = save(folder, {true, {}, lastCompany(folder)}, err);
+    if (rc == kExitOk) {
+        out << "QuickBooks is running with no company file open.\n";
+    }
+    return rc;
+}
+
+int stopQuickBooks(const Invocation&, std::ostream& out, std::ostream& err) {
+    const fs::path folder = sb::stateFolder();
+    int rc = save(folder, {false, {}, lastCompany(folder)}, err);
+    if (rc == kExitOk) {
+        out << "QuickBooks is not running.\n";
+    }
+    return rc;
+}
+
+int injectFailure(const Invocation& args, std::ostream& out, std::ostream& err) {
+    return inject(args, false, out, err);
+}
+
+int injectDelay(const Invocation& args, std::ostream& out, std::ostream& err) {
+    return inject(args, true, out, err);
+}
+
+constexpr Option kNewOptions[] = {
+    {"--demo", 0, "", "the demo company instead of an empty one"},
+    {"--customers", 0, "N", "the demo company's number of customers"},
+    {"--invoices", 0, "N", "the demo company's number of invoices"},
+    {"--force", 0, "", "replace a company file of that name (its records are lost)"},
+};
+
+constexpr Option kFailOptions[] = {
+    {"--delay", 0, "MS", "and answer after MS milliseconds"},
+};
+
+constexpr const char* kOperationsText =
+    "  OPERATION is OpenConnection, BeginSession, GetCurrentCompanyFileName,\n"
+    "  ProcessRequest, EndSession or CloseConnection.\n";
+
+constexpr Command kSandboxSubcommands[] = {
+    {.name = "status", .summary = "what the sandbox QuickBooks is doing", .runAlone = showStatus},
+    {.name = "open",
+     .synopsis = "FILE",
+     .summary = "start QuickBooks with this company file open",
+     .details =
+         "  A FILE not in the current folder is looked for in the sandbox's folder (with or\n"
+         "  without .dvq).\n",
+     .minOperands = 1,
+     .maxOperands = 1,
+     .operandNames = "FILE",
+     .runAlone = openNamed},
+    {.name = "close",
+     .summary = "keep QuickBooks running with no company file open",
+     .runAlone = closeCompany},
+    {.name = "stop",
+     .summary = "QuickBooks not running (connections fail)",
+     .runAlone = stopQuickBooks},
+    {.name = "new",
+     .synopsis = "FILE [--demo] [--customers N] [--invoices N] [--force]",
+     .summary = "create a company file (empty, or the demo company) and open\n"
+                "it; an existing company file is replaced only with --force,\n"
+                "any other file never",
+     .options = kNewOptions,
+     .minOperands = 1,
+     .maxOperands = 1,
+     .operandNames = "FILE",
+     .runAlone = newCompany},
+    {.name = "load",
+     .synopsis = "RESPONSE.xml",
+     .summary = "add the records of a captured qbXML response to the open\ncompany",
+     .minOperands = 1,
+     .maxOperands = 1,
+     .operandNames = "RESPONSE.xml",
+     .runAlone = load},
+    {.name = "fail",
+     .synopsis = "OPERATION N CODE [--delay MS] | clear",
+     .summary = "the next N calls of OPERATION fail with CODE (e.g.\n"
+                "0x80040408); clear drops every injected failure",
+     .details = kOperationsText,
+     .options = kFailOptions,
+     .minOperands = 1,
+     .maxOperands = 3,
+     .operandNames = "OPERATION N CODE",
+     .runAlone = injectFailure},
+    {.name = "delay",
+     .synopsis = "OPERATION N MS",
+     .summary = "the next N calls of OPERATION answer after MS milliseconds",
+     .details = kOperationsText,
+     .minOperands = 3,
+     .maxOperands = 3,
+     .operandNames = "OPERATION N MS",
+     .runAlone = injectDelay},
+};
+
 }  // namespace
 
-int sandboxCommand(const Args& args, std::ostream& out, std::ostream& err) {
-    if (args.empty()) {
-        return usage(err);
-    }
-    const std::string& command = args[0];
-    std::vector<std::string> rest(args.begin() + 1, args.end());
-    fs::path folder = sb::stateFolder();
-    if (command == "help" || command == "--help") {
-        out << kUsage;
-        return kExitOk;
-    }
-    if (command == "status" && rest.empty()) {
-        return status(folder, out, err);
-    }
-    if (command == "open" && rest.size() == 1) {
-        return openCompany(folder, rest[0], out, err);
-    }
-    // Closing or stopping keeps which company file was open, for the messages that say how to
-    // open it again.
-    auto last = [&] {
-        const auto state = sb::readState(folder);
-        return !state ? fs::path() : state->company.empty() ? state->last : state->company;
-    };
-    if (command == "close" && rest.empty()) {
-        int rc = save(folder, {true, {}, last()}, err);
-        if (rc == kExitOk) {
-            out << "QuickBooks is running with no company file open.\n";
-        }
-        return rc;
-    }
-    if (command == "stop" && rest.empty()) {
-        int rc = save(folder, {false, {}, last()}, err);
-        if (rc == kExitOk) {
-            out << "QuickBooks is not running.\n";
-        }
-        return rc;
-    }
-    if (command == "new") {
-        return newCompany(folder, rest, out, err);
-    }
-    if (command == "load" && rest.size() == 1) {
-        return load(folder, rest[0], out, err);
-    }
-    if (command == "fail") {
-        return inject(folder, rest, false, out, err);
-    }
-    if (command == "delay") {
-        return inject(folder, rest, true, out, err);
-    }
-    return usage(err);
-}
+constexpr Command kSandboxCommand{
+    .name = "sandbox",
+    .summary =
+        "the embedded QuickBooks: status | open FILE | close | stop |\n"
+        "new FILE [--demo] [--customers N] [--invoices N] | load FILE.xml\n"
+        "(dorvane sandbox help tells more)",
+    .details =
+        "  The state lives in $DORVANE_SANDBOX_DIR, else $XDG_DATA_HOME/dorvane/sandbox,\n"
+        "  beside the demo company's file.\n",
+    .subcommands = kSandboxSubcommands,
+    .overview = "sandbox ...",
+};
 
 }  // namespace dorvane::cli

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <ostream>
 
+#include "browser/documenttypes.h"
 #include "browser/loaders.h"
 #include "cli/cli.h"
 #include "cli/commands.h"
@@ -77,29 +78,30 @@ void printSendSummary(CommandContext& ctx, const std::vector<mail::RowOutcome>& 
     }
 }
 
-}  // namespace
+// A type without a style sheet has no document to mail (TimesheetA lists time by entity only).
+int checkSendArgs(Invocation& args, std::ostream& err) {
+    if (const int rc = checkListArgs(args, err); rc != kExitOk) {
+        return rc;
+    }
+    for (const browser::DocumentType& type : browser::kDocumentTypes) {
+        if (type.name == args.operands[0] && type.styleSheet == nullptr) {
+            return usageError(args.path,
+                              std::string(type.name) +
+                                  " documents cannot be mailed (there is no document to render "
+                                  "for them); `dorvane list " +
+                                  std::string(type.name) + "` shows them",
+                              err);
+        }
+    }
+    return kExitOk;
+}
 
-int sendCommand(CommandContext& ctx, const Args& args) {
-    static constexpr const char* kUsage =
-        "Usage: dorvane send TYPE [--timeframe NAME] [--preview]\n"
-        "  Lists TYPE as `dorvane list` does, then mails the checked documents (with\n"
-        "  --preview: renders them into preview.htm instead). One line per document: sent,\n"
-        "  failed, or test (test mode: to the test address only), the row's id, name and\n"
-        "  recipient; then the counts. Exit status 1 when a document did not go out.\n";
-    std::vector<std::string> rest;
-    int rc = loadListFromArgs(ctx, args, kUsage, &rest);
+int send(CommandContext& ctx, const Invocation& args) {
+    int rc = loadList(ctx, args);
     if (rc != kExitOk) {
         return rc;
     }
-    bool preview = false;
-    for (const auto& a : rest) {
-        if (a == "--preview") {
-            preview = true;
-        } else {
-            ctx.err << "dorvane: unexpected '" << a << "'\n" << kUsage;
-            return kExitUsage;
-        }
-    }
+    const bool preview = args.has("--preview");
     auto& window = ctx.app.window();
     window.setPreviewChecked(preview);
     auto& sender = ctx.app.sender();
@@ -121,6 +123,34 @@ int sendCommand(CommandContext& ctx, const Args& args) {
                                      [](const mail::RowOutcome& o) { return o.sent; });
     return allWent && untried(ctx.app.window().list(), outcomes) == 0 ? kExitOk : kExitFailed;
 }
+
+}  // namespace
+
+constexpr Option kSendOptions[] = {
+    kTimeframeOption,
+    {"--preview", 0, "", "render the documents into preview.htm instead of mailing\nthem"},
+};
+
+constexpr Command kSendCommand{
+    .name = "send",
+    .synopsis = "TYPE [--timeframe NAME] [--preview]",
+    .summary =
+        "list as above, then mail the checked documents (or render them\n"
+        "into preview.htm); exit status 1 when one did not go out",
+    .details =
+        "  Lists TYPE as `dorvane list` does, then mails the checked documents (with\n"
+        "  --preview: renders them into preview.htm instead). One line per document: sent,\n"
+        "  failed, or test (test mode: to the test address only), the row's id, name and\n"
+        "  recipient; then the counts. Exit status 1 when a document did not go out; 64\n"
+        "  for TimesheetA, which has no document to mail.\n",
+    .options = kSendOptions,
+    .minOperands = 1,
+    .maxOperands = 1,
+    .operandNames = "TYPE",
+    .needs = Needs::StartUp,
+    .check = checkSendArgs,
+    .run = send,
+};
 
 int settingsCommand(CommandContext& ctx, const Args& args) {
     static constexpr const char* kUsage =

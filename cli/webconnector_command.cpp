@@ -15,14 +15,6 @@
 namespace dorvane::cli {
 namespace {
 
-constexpr const char* kUsage =
-    "Usage: dorvane webconnector user NAME | qwc [FILE] | status\n"
-    "  user NAME    the user the Web Connector logs in as; asks for the password (on a\n"
-    "               terminal, twice, without echo) or reads it from the first line of\n"
-    "               standard input; only a salted hash of it is kept\n"
-    "  qwc [FILE]   write the .qwc file to add to the Web Connector (default Dorvane.qwc)\n"
-    "  status       the connection's settings, and when a Web Connector last connected\n";
-
 // One line from standard input without its line end; on a terminal, without echo.
 std::optional<std::string> readSecret(std::ostream& err, const char* prompt) {
     const bool terminal = ::isatty(STDIN_FILENO);
@@ -49,7 +41,8 @@ std::optional<std::string> readSecret(std::ostream& err, const char* prompt) {
     return line;
 }
 
-int userCommand(CommandContext& ctx, const std::string& name) {
+int user(CommandContext& ctx, const Invocation& args) {
+    const std::string& name = args.operands[0];
     auto password = readSecret(ctx.err, "Password for the Web Connector: ");
     if (!password || password->empty()) {
         ctx.err << "dorvane: no password given; nothing changed\n";
@@ -73,7 +66,8 @@ int userCommand(CommandContext& ctx, const std::string& name) {
     return kExitOk;
 }
 
-int qwcCommand(CommandContext& ctx, const std::string& file) {
+int qwc(CommandContext& ctx, const Invocation& args) {
+    const std::string file = args.operands.empty() ? "Dorvane.qwc" : args.operands[0];
     platform::SettingsStore& store = ctx.app.settings();
     const Status written = webconnector::writeQwc(store, file);
     if (!written) {
@@ -92,7 +86,7 @@ int qwcCommand(CommandContext& ctx, const std::string& file) {
     return kExitOk;
 }
 
-int statusCommand(CommandContext& ctx) {
+int status(CommandContext& ctx, const Invocation&) {
     platform::SettingsStore& store = ctx.app.settings();
     const auto s = webconnector::ServiceSettings::load(store);
     const bool chosen =
@@ -129,20 +123,40 @@ int statusCommand(CommandContext& ctx) {
     return kExitOk;
 }
 
+constexpr Command kWebconnectorSubcommands[] = {
+    {.name = "user",
+     .synopsis = "NAME",
+     .summary = "the user the Web Connector logs in as",
+     .details =
+         "  Asks for the password (on a terminal, twice, without echo) or reads it from the\n"
+         "  first line of standard input; only a salted hash of it is kept.\n",
+     .minOperands = 1,
+     .maxOperands = 1,
+     .operandNames = "NAME",
+     .needs = Needs::Application,
+     .run = user},
+    {.name = "qwc",
+     .synopsis = "[FILE]",
+     .summary = "write the .qwc file to add to the Web Connector (default\nDorvane.qwc)",
+     .maxOperands = 1,
+     .needs = Needs::Application,
+     .run = qwc},
+    {.name = "status",
+     .summary = "the connection's settings, and when a Web Connector last\nconnected",
+     .needs = Needs::Application,
+     .run = status},
+};
+
 }  // namespace
 
-int webconnectorCommand(CommandContext& ctx, const Args& args) {
-    if (args.size() == 2 && args[0] == "user") {
-        return userCommand(ctx, args[1]);
-    }
-    if ((args.size() == 1 || args.size() == 2) && args[0] == "qwc") {
-        return qwcCommand(ctx, args.size() == 2 ? args[1] : "Dorvane.qwc");
-    }
-    if (args.size() == 1 && args[0] == "status") {
-        return statusCommand(ctx);
-    }
-    ctx.err << kUsage;
-    return kExitUsage;
-}
+constexpr Command kWebconnectorCommand{
+    .name = "webconnector",
+    .summary =
+        "reach QuickBooks on a Windows PC through its Web Connector\n"
+        "(QuickBooks Connection = webconnector): set the user it logs in\n"
+        "as, write the .qwc file to add to it, show when it connected",
+    .subcommands = kWebconnectorSubcommands,
+    .overview = "webconnector user NAME | qwc [FILE] | status",
+};
 
 }  // namespace dorvane::cli

@@ -11,40 +11,25 @@
 
 namespace dorvane::cli {
 
-int webupdateCommand(CommandContext& ctx, const Args& args) {
-    static constexpr const char* kUsage =
-        "Usage: dorvane webupdate KIND [--only LISTID ...]\n"
-        "  Lists the company's items of KIND (Service, Inventory or NonInventory, any case) as\n"
-        "  the window's Web-Update menu does, then publishes them (with --only, just the items\n"
-        "  of those ListIDs) to the web site in the settings (Web UpdateURL, Token, Timeout).\n"
-        "  One line per item: published, or not taken and why. Exit status 0 when the site\n"
-        "  took every item, 1 otherwise, 2 when QuickBooks could not be reached.\n";
-    const webupdate::ItemKind* kind = nullptr;
-    std::vector<std::string> only;
-    bool onlyGiven = false;
-    for (std::size_t i = 0; i < args.size(); ++i) {
-        if (args[i] == "--only") {
-            onlyGiven = true;
-            while (i + 1 < args.size() && !args[i + 1].starts_with("--")) {
-                only.push_back(args[++i]);
-            }
-        } else if (!kind && !args[i].starts_with("--")) {
-            kind = webupdate::itemKindNamed(args[i]);
-            if (!kind) {
-                ctx.err << "dorvane: unknown item kind '" << args[i] << "'\n" << kUsage;
-                return kExitUsage;
-            }
-        } else {
-            ctx.err << "dorvane: unexpected '" << args[i] << "'\n" << kUsage;
-            return kExitUsage;
-        }
+namespace {
+
+int checkWebupdateArgs(Invocation& args, std::ostream& err) {
+    if (!webupdate::itemKindNamed(args.operands[0])) {
+        return usageError(args.path, "unknown item kind '" + args.operands[0] + "'", err);
     }
-    if (!kind || (onlyGiven && only.empty())) {
-        ctx.err << kUsage;
-        return kExitUsage;
+    if (args.operands.size() > 1 && !args.has("--only")) {
+        return usageError(args.path, "extra argument '" + args.operands[1] + "'", err);
     }
-    if (!startUp(ctx)) {
-        return kExitGateway;
+    return kExitOk;
+}
+
+int publish(CommandContext& ctx, const Invocation& args) {
+    const webupdate::ItemKind* kind = webupdate::itemKindNamed(args.operands[0]);
+    const bool onlyGiven = args.has("--only");
+    // --only A B C: the ListIDs after KIND belong to --only.
+    std::vector<std::string> only(args.operands.begin() + 1, args.operands.end());
+    for (const auto& [option, value] : args.given) {
+        only.push_back(value);
     }
     webupdate::WebUpdater& updater = ctx.app.webUpdater();
     if (!updater.listItems(*kind)) {
@@ -74,5 +59,33 @@ int webupdateCommand(CommandContext& ctx, const Args& args) {
     }
     return report.sheetMissing || report.failed > 0 ? kExitFailed : kExitOk;
 }
+
+}  // namespace
+
+constexpr Option kWebupdateOptions[] = {
+    {"--only", 0, "LISTID",
+     "publish only the items of these ListIDs (more may follow:\n--only ID1 ID2 ...)"},
+};
+
+constexpr Command kWebupdateCommand{
+    .name = "webupdate",
+    .synopsis = "KIND [--only LISTID ...]",
+    .summary =
+        "list the Service, Inventory or NonInventory items and publish\n"
+        "them to the web site set in the settings (Web UpdateURL)",
+    .details =
+        "  Lists the company's items of KIND (Service, Inventory or NonInventory, any case) as\n"
+        "  the window's Web-Update menu does, then publishes them (with --only, just the items\n"
+        "  of those ListIDs) to the web site in the settings (Web UpdateURL, Token, Timeout).\n"
+        "  One line per item: published, or not taken and why. Exit status 0 when the site\n"
+        "  took every item, 1 otherwise, 2 when QuickBooks could not be reached.\n",
+    .options = kWebupdateOptions,
+    .minOperands = 1,
+    .maxOperands = kAnyNumber,
+    .operandNames = "KIND",
+    .needs = Needs::QuickBooks,
+    .check = checkWebupdateArgs,
+    .run = publish,
+};
 
 }  // namespace dorvane::cli

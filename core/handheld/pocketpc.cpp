@@ -115,9 +115,11 @@ bool PocketPC::copyFileFromDevice(const std::string& deviceFile, const std::stri
     const std::string_view document = std::string_view(text).substr(0, text.find('\0'));
 
     if (document.empty() && count == 0) {
-        // An empty file holds no entries to lose: it goes through, as empty as it came, and
-        // a copy that cannot be written loses none either.
-        [[maybe_unused]] const Status written = m_folder.writeProgramFile({}, kDataFromPdaFile);
+        // An empty file holds no entries to lose: it goes through as a handheld file without
+        // entries (which the import window opens), and a copy that cannot be written loses
+        // none either.
+        [[maybe_unused]] const Status written =
+            m_folder.writeProgramFile(kEmptyHandheldDocument, kDataFromPdaFile);
         m_device.findClose(file);
         return true;
     }

@@ -37,6 +37,8 @@ using TransferBuffer = std::array<std::uint8_t, kTransferBufferSize>;
 
 // Where the fetched file lands in the program folder, whatever desktop name was passed.
 inline constexpr const char* kDataFromPdaFile = "dataFromPDA.xml";
+// What an empty handheld file (a new handheld's) arrives as: a handheld file without entries.
+inline constexpr const char* kEmptyHandheldDocument = "<Dorvane_PDA><TimeTracks/></Dorvane_PDA>";
 
 // Fills `buffer` with the desktop file, byte n (from 1) into element n-1, and sets `length`
 // to the file's size. False when the file cannot be read or does not fit the buffer.

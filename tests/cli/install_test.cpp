@@ -33,7 +33,8 @@ TEST(Install, APrefixGivesAWorkingProgramWithMenuEntryAndManual) {
           "share/dorvane/icons/3-ready.png", "share/dorvane/DorvaneHelp.htm",
           "share/applications/dorvane.desktop", "share/icons/hicolor/scalable/apps/dorvane.svg",
           "share/icons/hicolor/48x48/apps/dorvane.png", "share/man/man1/dorvane.1.gz",
-          "share/metainfo/org.dorvane.Dorvane.metainfo.xml", "share/doc/dorvane/copyright"}) {
+          "share/metainfo/org.dorvane.Dorvane.metainfo.xml", "share/doc/dorvane/copyright",
+          "share/bash-completion/completions/dorvane"}) {
         EXPECT_TRUE(fs::is_regular_file(prefix / installed)) << installed;
     }
     EXPECT_FALSE(fs::exists(prefix / "share/dorvane/CMakeLists.txt"));
