@@ -19,7 +19,8 @@ constexpr const char* kUsage =
     "       dorvane settings set SECTION KEY VALUE\n"
     "  list shows every setting with its value, what it means and what it takes; set refuses\n"
     "  a setting it does not know and a value the setting does not take. Sections and keys\n"
-    "  ignore case; a value never set reads as its default.\n";
+    "  ignore case; a value never set reads as its default.\n"
+    "  Sections:";
 
 // After an unknown setting: the one meant when it is near enough (a refusal names it already),
 // else where the known ones are.
@@ -125,9 +126,21 @@ int set(CommandContext& ctx, const std::string& section, const std::string& key,
     return kExitOk;
 }
 
+void printUsage(std::ostream& out) {
+    out << kUsage;
+    for (std::string_view section : platform::settingSections()) {
+        out << ' ' << section;
+    }
+    out << '\n';
+}
+
 }  // namespace
 
 int settingsCommand(CommandContext& ctx, const Args& args) {
+    if (args.size() == 1 && (args[0] == "--help" || args[0] == "-h" || args[0] == "help")) {
+        printUsage(ctx.out);
+        return kExitOk;
+    }
     if (!args.empty() && args[0] == "list" && args.size() <= 2) {
         return list(ctx, args);
     }
@@ -137,7 +150,7 @@ int settingsCommand(CommandContext& ctx, const Args& args) {
     if (args.size() == 4 && args[0] == "set") {
         return set(ctx, args[1], args[2], args[3]);
     }
-    ctx.err << kUsage;
+    printUsage(ctx.err);
     return kExitUsage;
 }
 

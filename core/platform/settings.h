@@ -68,7 +68,7 @@ inline constexpr std::span<const SettingChoice> kNoChoices;
 inline constexpr SettingChoice kFlagChoices[] = {{"0", "off"}, {"1", "on"}};
 inline constexpr SettingChoice kMailOptionChoices[] = {
     {"0", "the SMTP server: SMTP Hostname, Port, User, Pwd"},
-    {"1", "Outlook"},
+    {"1", "Outlook, which Linux lacks: nothing is sent"},
     {"2", "direct delivery to each recipient's mail server"},
 };
 inline constexpr SettingChoice kConnectionChoices[] = {

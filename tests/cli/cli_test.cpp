@@ -120,10 +120,11 @@ TEST_F(Cli, SettingsAreListedCheckedAndReadWithTheirDefaults) {
         {"settings list SMTP", 0, "SMTP Port = 2525\n    the SMTP server's port"},
         {"settings list SMTP", 0, "SMTP Trace = 0 (default)\n"},
         {"settings list", 0, "SMTP Pwd = (set)\n"},
-        {"settings list", 0, "      1  Outlook\n"},
+        {"settings list", 0, "      1  Outlook, which Linux lacks"},
         {"settings list", 0, "WebConnector CompanyFile = \"\" (default)"},
         {"settings list Bogus", 64, "the sections are SMTP Settings Import Handheld Web"},
         {"settings frob", 64, "Usage: dorvane settings list"},
+        {"settings --help", 0, "Sections: SMTP Settings Import Handheld Web QuickBooks"},
     };
     for (const Case& c : cases) {
         const std::string before = readFile(home / "cfg" / "dorvane" / "DV01.ini");
