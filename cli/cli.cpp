@@ -22,35 +22,6 @@ namespace {
 
 int helpCommand(const Invocation& args, std::ostream& out, std::ostream& err);
 int versionCommand(const Invocation& args, std::ostream& out, std::ostream& err);
-int settings(CommandContext& ctx, const Invocation& args) {
-    return settingsCommand(ctx, args.raw);
-}
-
-constexpr Command kSettingsSubcommands[] = {
-    {.name = "list",
-     .synopsis = "[SECTION]",
-     .summary = "every setting (of SECTION) with its value"},
-    {.name = "get",
-     .synopsis = "SECTION KEY",
-     .summary = "a setting's value (a value never set reads as its\ndefault)"},
-    {.name = "set", .synopsis = "SECTION KEY VALUE", .summary = "change a setting"},
-};
-
-constexpr Command kSettingsCommand{
-    .name = "settings",
-    .summary = "read or write the per-user settings (mail server,\noptions)",
-    .details =
-        "  Sections: SMTP (Hostname, Port, User, Pwd, Trace), Settings (MailOption, Test,\n"
-        "  EmailAdr, Attachment, ReturnReceipt, BCC, BCCAdr, alwaysBCC, altEmail, Encrypt),\n"
-        "  Import (Item, ItemGroup, Term, Account, IgnoreAuthNetCust). Keys ignore case; a\n"
-        "  value never set reads as its default.\n",
-    .needs = Needs::Application,
-    .run = settings,
-    .subcommands = kSettingsSubcommands,
-    .passThrough = true,
-    .overview = "settings list|get|set ...",
-};
-
 constexpr Command kHelpCommand{
     .name = "help",
     .synopsis = "[COMMAND [SUBCOMMAND]]",
@@ -69,8 +40,8 @@ constexpr Command kVersionCommand{
 constexpr const Command* kCommands[] = {
     &kListCommand,         &kSendCommand,    &kImportCommand,   &kImportBatchCommand,
     &kWebupdateCommand,    &kCompanyCommand, &kSettingsCommand, &kHandheldCommand,
-    &kWebconnectorCommand, &kRequestCommand, &kSandboxCommand,  &kCheckCommand, &kHelpCommand,
-    &kVersionCommand,
+    &kWebconnectorCommand, &kRequestCommand, &kSandboxCommand,  &kCheckCommand,
+    &kHelpCommand,         &kVersionCommand,
 };
 
 constexpr Option kGlobalOptions[] = {

@@ -76,7 +76,7 @@ extern const Command kWebconnectorCommand;
 extern const Command kSandboxCommand;
 extern const Command kCheckCommand;
 
-int settingsCommand(CommandContext& ctx, const Args& args);
+extern const Command kSettingsCommand;
 
 // Says once that QuickBooks cannot be reached, and what to do for the connection in use;
 // answers kExitGateway.

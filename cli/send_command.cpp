@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// `dorvane send TYPE [--timeframe NAME] [--preview]` and `dorvane settings get|set`.
+// `dorvane send TYPE [--timeframe NAME] [--preview]`.
 #include <algorithm>
 #include <ostream>
 
@@ -151,37 +151,5 @@ constexpr Command kSendCommand{
     .check = checkSendArgs,
     .run = send,
 };
-
-int settingsCommand(CommandContext& ctx, const Args& args) {
-    static constexpr const char* kUsage =
-        "Usage: dorvane settings get SECTION KEY\n"
-        "       dorvane settings set SECTION KEY VALUE\n"
-        "  Sections: SMTP (Hostname, Port, User, Pwd, Trace), Settings (MailOption, Test,\n"
-        "  EmailAdr, Attachment, ReturnReceipt, BCC, BCCAdr, alwaysBCC, altEmail, Encrypt),\n"
-        "  Import (Item, ItemGroup, Term, Account, IgnoreAuthNetCust). Keys ignore case; a\n"
-        "  value never set reads as its default.\n";
-    auto& store = ctx.app.settings();
-    if (args.size() == 3 && args[0] == "get") {
-        // A value never set reads as the default the program takes for it.
-        std::optional<std::string> value = store.value(args[1], args[2]);
-        if (!value) {
-            ctx.err << "dorvane: " << args[1] << ' ' << args[2] << " is not set\n";
-            return kExitFailed;
-        }
-        ctx.out << *value << '\n';
-        return kExitOk;
-    }
-    if (args.size() == 4 && args[0] == "set") {
-        Status saved = store.set(args[1], args[2], args[3]);
-        if (!saved) {
-            ctx.err << "Could not save " << store.file().string() << ": "
-                    << saved.error().description << '\n';
-            return kExitFailed;
-        }
-        return kExitOk;
-    }
-    ctx.err << kUsage;
-    return kExitUsage;
-}
 
 }  // namespace dorvane::cli

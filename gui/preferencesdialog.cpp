@@ -195,13 +195,14 @@ QWidget* PreferencesDialog::buildConnectionPage() {
         QStringLiteral("Reach QuickBooks through the Web Connector (else the sandbox company)"),
         page);
     m_webConnector->setObjectName(QStringLiteral("wcEnabledCheck"));
-    m_port = lineEdit(page, "wcPortText", "8438");
+    m_port = lineEdit(page, "wcPortText", platform::settingDefault(webconnector::kSection, "Port"));
     m_host = lineEdit(page, "wcHostText");
     m_host->setPlaceholderText(toQString(webconnector::thisHostName()));
     m_host->setToolTip(QStringLiteral("The name the Web Connector's PC reaches this computer by"));
     m_certificate = lineEdit(page, "wcCertificateText", "none: this computer only, plain HTTP");
     m_key = lineEdit(page, "wcKeyText", "none: this computer only, plain HTTP");
-    m_wait = lineEdit(page, "wcWaitText", "120");
+    m_wait = lineEdit(page, "wcWaitText",
+                      platform::settingDefault(webconnector::kSection, "WaitSeconds"));
     m_wait->setToolTip(
         QStringLiteral("How long a request waits for the Web Connector before it fails"));
     m_user = lineEdit(page, "wcUserText");

@@ -13,7 +13,7 @@ std::string setting(const platform::SettingsStore& store, const char* key) {
 }
 
 bool ignoreCustomerSetting(const platform::SettingsStore& store) {
-    return store.getInt(kImportSection, kIgnoreAuthNetCustKey, 0) != 0;
+    return store.intValue(kImportSection, kIgnoreAuthNetCustKey) != 0;
 }
 
 std::optional<xml::Document> parseRequest(const std::string& request) {
@@ -93,7 +93,7 @@ ImportPreferencesModel::ImportPreferencesModel(const xml::Document& lists,
     termlist.selectMatching(setting(store, kTermKey));
     Accountlist.selectMatching(setting(store, kAccountKey));
     IgnoreAuthNetCust = ignoreCustomerSetting(store);
-    QuotedFields = store.getInt(kImportSection, kQuotedFieldsKey, 0) != 0;
+    QuotedFields = store.intValue(kImportSection, kQuotedFieldsKey) != 0;
 }
 
 std::vector<platform::SettingsStore::Change> ImportPreferencesModel::changes() const {

@@ -28,17 +28,19 @@ inline constexpr const char* kIgnoreAuthNetCustKey = "IgnoreAuthNetCust";
 // Authorize.Net downloads read with values in double quotes kept whole (RFC 4180).
 inline constexpr const char* kQuotedFieldsKey = "QuotedFields";
 
-// The import state the rewriting reads.
-struct ImportSettings {
-    std::string importItemName = "Uncategorized Expenses";
-    std::string importItemGroupName = "Uncategorized Expense Group";
-    std::string importTermsName = "Net 30";
-    std::string importAccountName = "Uncategorized Expenses";
-    bool ignoreAuthNetCustomer = false;
-};
-
 // The account name in an "Account" setting: the text behind the first "] "; "" without one.
 std::string accountNameFromSetting(std::string_view setting);
+
+// The import state the rewriting reads; a default one holds the settings' defaults.
+struct ImportSettings {
+    std::string importItemName = platform::settingDefault(kImportSection, kItemKey);
+    std::string importItemGroupName = platform::settingDefault(kImportSection, kItemGroupKey);
+    std::string importTermsName = platform::settingDefault(kImportSection, kTermKey);
+    std::string importAccountName =
+        accountNameFromSetting(platform::settingDefault(kImportSection, kAccountKey));
+    bool ignoreAuthNetCustomer =
+        platform::settingDefaultNumber(kImportSection, kIgnoreAuthNetCustKey) != 0;
+};
 
 // Reads the five values of section "Import" with their defaults.
 ImportSettings loadImportSettings(const platform::SettingsStore& store);

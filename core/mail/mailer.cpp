@@ -159,7 +159,7 @@ Mailer::~Mailer() = default;
 int Mailer::openMailTransport(const MailContext& context, const platform::SettingsStore& store) {
     switch (context.settings.mailOption) {
         case 0:
-            return openSmtpConnection(context, store.get("SMTP", "Port", "25"),
+            return openSmtpConnection(context, store.value("SMTP", "Port").value_or(""),
                                       store.get("SMTP", "Hostname"), store.get("SMTP", "User"),
                                       store.get("SMTP", "pwd"));
         case 1:

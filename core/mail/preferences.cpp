@@ -14,21 +14,21 @@ MailPreferencesModel::MailPreferencesModel(const platform::SettingsStore& store)
     hostname = store.get("SMTP", "Hostname");
     user = store.get("SMTP", "User");
     password = store.get("SMTP", "Pwd");
-    port = store.get("SMTP", "Port", "25");
-    trace = store.getInt("SMTP", "Trace", 0) == 1;
-    test = store.getInt("Settings", "Test", 0) == 1;
+    port = store.value("SMTP", "Port").value_or("");
+    trace = store.intValue("SMTP", "Trace") == 1;
+    test = store.intValue("Settings", "Test") == 1;
     testAddress = store.get("Settings", "EmailAdr");
-    const int option = store.getInt("Settings", "MailOption", 0);
-    if (option >= 0 && option <= 2) {
+    const int option = store.intValue("Settings", "MailOption");
+    if (platform::checkSetting("Settings", "MailOption", std::to_string(option))) {
         mailOption = option;
     }
-    returnReceipt = store.getInt("Settings", "ReturnReceipt", 0) == 1;
-    bcc = store.getInt("Settings", "BCC", 0) == 1;
+    returnReceipt = store.intValue("Settings", "ReturnReceipt") == 1;
+    bcc = store.intValue("Settings", "BCC") == 1;
     bccAddresses = store.get("Settings", "BCCAdr");
-    alwaysBcc = store.getInt("Settings", "alwaysBCC", 0) == 1;
-    altEmail = store.getInt("Settings", "altEmail", 0) == 1;
-    encrypt = store.getInt("Settings", "Encrypt", 0) == 1;
-    attachment = store.getInt("Settings", "Attachment", 0) == 1;
+    alwaysBcc = store.intValue("Settings", "alwaysBCC") == 1;
+    altEmail = store.intValue("Settings", "altEmail") == 1;
+    encrypt = store.intValue("Settings", "Encrypt") == 1;
+    attachment = store.intValue("Settings", "Attachment") == 1;
 }
 
 std::vector<platform::SettingsStore::Change> MailPreferencesModel::changes() const {

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/settings.h"
 
+#include <algorithm>
+#include <cctype>
+#include <cerrno>
 #include <cstdlib>
 
 #include "common/files.h"
@@ -43,21 +46,206 @@ std::string unescape(std::string_view in) {
     return out;
 }
 
-// A flag or option as a send run reads it, with the program's default.
-std::int16_t flag(const SettingsStore& store, std::string_view section, std::string_view key) {
-    const SettingDefault* d = settingDefault(section, key);
-    return store.getInt(section, key, d ? text::toInt16(d->value).value_or(0) : 0);
+// The distance between two names: the fewest letters to insert, delete or replace (case
+// ignored).
+std::size_t editDistance(std::string_view a, std::string_view b) {
+    const std::string x = text::toLower(a), y = text::toLower(b);
+    std::vector<std::size_t> row(y.size() + 1);
+    for (std::size_t j = 0; j <= y.size(); ++j) {
+        row[j] = j;
+    }
+    for (std::size_t i = 1; i <= x.size(); ++i) {
+        std::size_t diagonal = row[0];
+        row[0] = i;
+        for (std::size_t j = 1; j <= y.size(); ++j) {
+            const std::size_t above = row[j];
+            row[j] = std::min({row[j] + 1, row[j - 1] + 1, diagonal + (x[i - 1] != y[j - 1])});
+            diagonal = above;
+        }
+    }
+    return row[y.size()];
+}
+
+std::string fullName(std::string_view section, std::string_view key) {
+    return std::string(section) + " " + std::string(key);
+}
+
+bool isWholeNumberIn(std::string_view value, long low, long high) {
+    const std::string_view t = text::trim(value);
+    if (t.empty() || t.size() > 9 ||
+        !std::all_of(t.begin(), t.end(), [](char c) { return c >= '0' && c <= '9'; })) {
+        return false;
+    }
+    const long n = std::stol(std::string(t));
+    return n >= low && n <= high;
+}
+
+bool hasSpace(std::string_view value) {
+    return std::any_of(value.begin(), value.end(),
+                       [](unsigned char c) { return std::isspace(c) || std::iscntrl(c); });
+}
+
+bool isEmailAddress(std::string_view value) {
+    const std::size_t at = value.find('@');
+    return at != std::string_view::npos && at > 0 && at + 1 < value.size() &&
+           value.find_first_of("@;,<>", at + 1) == std::string_view::npos && !hasSpace(value);
+}
+
+bool isEmailList(std::string_view value) {
+    const std::vector<std::string> parts = text::split(value, ';');
+    return std::all_of(parts.begin(), parts.end(), [](const std::string& part) {
+        const std::string_view address = text::trim(part);
+        return address.empty() || isEmailAddress(address);
+    });
+}
+
+bool isGuid(std::string_view value) {
+    constexpr std::string_view kShape = "{XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX}";
+    if (value.size() != kShape.size()) {
+        return false;
+    }
+    for (std::size_t i = 0; i < value.size(); ++i) {
+        if (kShape[i] == 'X' ? !std::isxdigit(static_cast<unsigned char>(value[i]))
+                             : value[i] != kShape[i]) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool isAllowed(const KnownSetting& s, std::string_view value) {
+    const std::string_view t = text::trim(value);
+    switch (s.type) {
+        case SettingType::Text:
+        case SettingType::Secret:
+            return true;
+        case SettingType::Flag:
+        case SettingType::Choice:
+            return std::any_of(s.choices.begin(), s.choices.end(), [t](const SettingChoice& c) {
+                return text::equalsIgnoreCase(t, c.value);
+            });
+        case SettingType::Number:
+        case SettingType::Seconds:
+        case SettingType::Port:
+            return isWholeNumberIn(value, s.low, s.high);
+        case SettingType::Path:
+            return t.empty() || t.front() == '/';
+        case SettingType::Url: {
+            const std::string lower = text::toLower(t);
+            const std::size_t scheme = lower.starts_with("https://")  ? 8
+                                       : lower.starts_with("http://") ? 7
+                                                                      : 0;
+            return t.empty() || (scheme > 0 && t.size() > scheme && !hasSpace(t));
+        }
+        case SettingType::Email:
+            return t.empty() || isEmailAddress(t);
+        case SettingType::EmailList:
+            return isEmailList(t);
+        case SettingType::HostName:
+            return std::all_of(t.begin(), t.end(), [](unsigned char c) {
+                return std::isalnum(c) || c == '.' || c == '-' || c == '_' || c == ':';
+            });
+        case SettingType::Account: {
+            const std::size_t close = t.find("] ");
+            return t.starts_with('[') && close != std::string_view::npos && close > 1 &&
+                   !text::trim(t.substr(close + 2)).empty();
+        }
+        case SettingType::Guid:
+            return t.empty() || isGuid(t);
+        case SettingType::Hash:
+            return false;
+    }
+    return false;
 }
 
 }  // namespace
 
-const SettingDefault* settingDefault(std::string_view section, std::string_view key) {
-    for (const SettingDefault& d : kSettingDefaults) {
-        if (text::equalsIgnoreCase(section, d.section) && text::equalsIgnoreCase(key, d.key)) {
-            return &d;
+const KnownSetting* nearestSetting(std::string_view section, std::string_view key) {
+    const std::string wanted = fullName(section, key);
+    const KnownSetting* best = nullptr;
+    std::size_t bestDistance = std::max<std::size_t>(2, wanted.size() / 3) + 1;
+    for (const KnownSetting& s : kKnownSettings) {
+        const std::size_t d = editDistance(wanted, fullName(s.section, s.key));
+        if (d < bestDistance) {
+            best = &s;
+            bestDistance = d;
         }
     }
-    return nullptr;
+    return best;
+}
+
+std::vector<std::string_view> settingSections() {
+    std::vector<std::string_view> sections;
+    for (const KnownSetting& s : kKnownSettings) {
+        if (std::find(sections.begin(), sections.end(), s.section) == sections.end()) {
+            sections.push_back(s.section);
+        }
+    }
+    return sections;
+}
+
+std::string allowedValues(const KnownSetting& s) {
+    const auto range = [&s](const char* what) {
+        return std::string(what) + " from " + std::to_string(s.low) + " to " +
+               std::to_string(s.high);
+    };
+    switch (s.type) {
+        case SettingType::Text:
+        case SettingType::Secret:
+            return "any text";
+        case SettingType::Flag:
+        case SettingType::Choice: {
+            std::string out;
+            for (std::size_t i = 0; i < s.choices.size(); ++i) {
+                out += i == 0 ? "" : i + 1 == s.choices.size() ? " or " : ", ";
+                out += std::string(s.choices[i].value) + " (" + s.choices[i].meaning + ")";
+            }
+            return out;
+        }
+        case SettingType::Number:
+            return range("a whole number");
+        case SettingType::Seconds:
+            return range("a number of seconds");
+        case SettingType::Port:
+            return range("a port number");
+        case SettingType::Path:
+            return "an absolute path (starting with /), or nothing";
+        case SettingType::Url:
+            return "an address starting with http:// or https://, or nothing";
+        case SettingType::Email:
+            return "an e-mail address (name@example.com), or nothing";
+        case SettingType::EmailList:
+            return "e-mail addresses separated with ';', or nothing";
+        case SettingType::HostName:
+            return "a host name or IP address (mail.example.com), or nothing";
+        case SettingType::Account:
+            return "an account as [TYPE] NAME, e.g. '[Expense] Office Supplies'";
+        case SettingType::Guid:
+            return "a GUID as {XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX}, or nothing";
+        case SettingType::Hash:
+            return "nothing: it is written with the password it hashes";
+    }
+    return {};
+}
+
+Status checkSetting(std::string_view section, std::string_view key, std::string_view value) {
+    const KnownSetting* s = knownSetting(section, key);
+    if (!s) {
+        std::string why = fullName(section, key) + ": no such setting.";
+        if (const KnownSetting* near = nearestSetting(section, key)) {
+            why += " Did you mean '" + fullName(near->section, near->key) + "'?";
+        }
+        return Error{EINVAL, why};
+    }
+    if (s->type == SettingType::Hash) {
+        return Error{EINVAL, fullName(s->section, s->key) + ": not set by hand; it holds " +
+                                 s->meaning + "."};
+    }
+    if (!isAllowed(*s, value)) {
+        return Error{EINVAL, fullName(s->section, s->key) + ": '" + std::string(value) +
+                                 "' is not allowed; give " + allowedValues(*s) + "."};
+    }
+    return {};
 }
 
 SettingsStore::SettingsStore(std::filesystem::path file) : m_file(std::move(file)) {
@@ -154,8 +342,8 @@ std::optional<std::string> SettingsStore::value(std::string_view section,
     if (contains(section, key)) {
         return get(section, key);
     }
-    if (const SettingDefault* d = settingDefault(section, key)) {
-        return std::string(d->value);
+    if (const KnownSetting* s = knownSetting(section, key)) {
+        return std::string(s->defaultValue);
     }
     return std::nullopt;
 }
@@ -178,6 +366,10 @@ std::int16_t SettingsStore::getInt(std::string_view section, std::string_view ke
         return fallback;
     }
     return text::toInt16(get(section, key)).value_or(fallback);
+}
+
+std::int16_t SettingsStore::intValue(std::string_view section, std::string_view key) const {
+    return getInt(section, key, static_cast<std::int16_t>(settingDefaultNumber(section, key)));
 }
 
 void SettingsStore::put(std::string_view section, std::string_view key, std::string_view value) {
@@ -236,17 +428,17 @@ Status SettingsStore::save() const {
 
 MailSettings loadMailSettings(const SettingsStore& store) {
     MailSettings m;
-    m.test = flag(store, "Settings", "Test");
+    m.test = store.intValue("Settings", "Test");
     m.emailAdr = store.value("Settings", "EmailAdr").value_or("");
-    m.mailOption = flag(store, "Settings", "MailOption");
-    m.trace = flag(store, "SMTP", "Trace");
-    m.bcc = flag(store, "Settings", "BCC");
+    m.mailOption = store.intValue("Settings", "MailOption");
+    m.trace = store.intValue("SMTP", "Trace");
+    m.bcc = store.intValue("Settings", "BCC");
     m.bccAdr = store.value("Settings", "BCCAdr").value_or("");
-    m.alwaysBcc = flag(store, "Settings", "alwaysBCC");
-    m.altEmail = flag(store, "Settings", "altEmail");
-    m.attachment = flag(store, "Settings", "Attachment");
-    m.returnReceipt = flag(store, "Settings", "ReturnReceipt");
-    m.encrypt = flag(store, "Settings", "Encrypt");
+    m.alwaysBcc = store.intValue("Settings", "alwaysBCC");
+    m.altEmail = store.intValue("Settings", "altEmail");
+    m.attachment = store.intValue("Settings", "Attachment");
+    m.returnReceipt = store.intValue("Settings", "ReturnReceipt");
+    m.encrypt = store.intValue("Settings", "Encrypt");
     return m;
 }
 

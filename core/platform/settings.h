@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <map>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -22,56 +23,182 @@ namespace dorvane::platform {
 
 inline constexpr const char* kApplicationKey = "DV01";
 
-// A value the program reads, and what it takes when the value was never stored.
-struct SettingDefault {
+// What a setting holds. checkSetting refuses a value of another kind; the store itself reads
+// whatever the file says.
+enum class SettingType {
+    Text,       // any text
+    Secret,     // any text, never shown (a password, a token)
+    Flag,       // 0 off, 1 on
+    Choice,     // one of the row's choices
+    Number,     // a whole number from low to high
+    Seconds,    // a whole number of seconds from low to high
+    Port,       // a TCP port, low to high
+    Path,       // an absolute path; empty for none
+    Url,        // an http:// or https:// address; empty for none
+    Email,      // one e-mail address; empty for none
+    EmailList,  // e-mail addresses separated with ';'; empty for none
+    HostName,   // a host name or IP address; empty for none
+    Account,    // "[TYPE] NAME", as the import preferences list QuickBooks' accounts
+    Guid,       // {XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX}; empty until the program makes one
+    Hash,       // a password's hash, written only by the command that takes the password
+};
+
+struct SettingChoice {
+    const char* value;
+    const char* meaning;
+};
+
+// A value the program reads: its type, what it takes when the value was never stored, what it
+// means and, for a choice or a number, what is allowed.
+struct KnownSetting {
     const char* section;
     const char* key;
-    const char* value;
+    SettingType type;
+    const char* defaultValue;
+    const char* meaning;
+    std::span<const SettingChoice> choices = {};
+    long low = 0;
+    long high = 0;
+
+    // Shown as set or unset only, never as the value.
+    bool hidden() const { return type == SettingType::Secret || type == SettingType::Hash; }
 };
-inline constexpr SettingDefault kSettingDefaults[] = {
-    {"SMTP", "Hostname", ""},
-    {"SMTP", "Port", "25"},
-    {"SMTP", "User", ""},
-    {"SMTP", "Pwd", ""},
-    {"SMTP", "Trace", "0"},
-    {"Settings", "MailOption", "0"},
-    {"Settings", "Test", "0"},
-    {"Settings", "EmailAdr", ""},
-    {"Settings", "Attachment", "0"},
-    {"Settings", "ReturnReceipt", "0"},
-    {"Settings", "BCC", "0"},
-    {"Settings", "BCCAdr", ""},
-    {"Settings", "alwaysBCC", "0"},
-    {"Settings", "altEmail", "0"},
-    {"Settings", "Encrypt", "0"},
-    {"Import", "Item", "Uncategorized Expenses"},
-    {"Import", "ItemGroup", "Uncategorized Expense Group"},
-    {"Import", "Term", "Net 30"},
-    {"Import", "Account", "[Expense] Uncategorized Expenses"},
-    {"Import", "IgnoreAuthNetCust", "0"},
-    {"Import", "QuotedFields", "0"},
-    {"Handheld", "DeviceFolder", ""},
-    {"Web", "UpdateURL", ""},
-    {"Web", "Token", ""},
-    {"Web", "Timeout", "30"},
-    {"QuickBooks", "Connection", "sandbox"},
-    {"WebConnector", "Port", "8438"},
-    {"WebConnector", "Host", ""},
-    {"WebConnector", "Certificate", ""},
-    {"WebConnector", "Key", ""},
-    {"WebConnector", "WaitSeconds", "120"},
-    {"WebConnector", "AnswerSeconds", "600"},
-    {"WebConnector", "MaxRequestMB", "10"},
-    {"WebConnector", "UserName", ""},
-    {"WebConnector", "PasswordHash", ""},
-    {"WebConnector", "OwnerID", ""},
-    {"WebConnector", "FileID", ""},
-    {"WebConnector", "AppName", "Dorvane"},
-    {"WebConnector", "CompanyFile", ""},
+
+inline constexpr std::span<const SettingChoice> kNoChoices;
+inline constexpr SettingChoice kFlagChoices[] = {{"0", "off"}, {"1", "on"}};
+inline constexpr SettingChoice kMailOptionChoices[] = {
+    {"0", "the SMTP server: SMTP Hostname, Port, User, Pwd"},
+    {"1", "Outlook, which Linux lacks: nothing is sent"},
+    {"2", "direct delivery to each recipient's mail server"},
 };
-// The default of a value the program reads (section and key in any case); null for a value
-// it does not know.
-const SettingDefault* settingDefault(std::string_view section, std::string_view key);
+inline constexpr SettingChoice kConnectionChoices[] = {
+    {"sandbox", "the embedded sandbox company"},
+    {"webconnector", "QuickBooks on a Windows PC, through its Web Connector"},
+};
+
+inline constexpr KnownSetting kKnownSettings[] = {
+    {"SMTP", "Hostname", SettingType::HostName, "", "the SMTP server (Settings MailOption 0)"},
+    {"SMTP", "Port", SettingType::Port, "25", "the SMTP server's port", kNoChoices, 1, 65535},
+    {"SMTP", "User", SettingType::Text, "", "the SMTP user name; empty sends without logging in"},
+    {"SMTP", "Pwd", SettingType::Secret, "", "the SMTP password"},
+    {"SMTP", "Trace", SettingType::Flag, "0", "trace the SMTP conversation into a file",
+     kFlagChoices},
+    {"Settings", "MailOption", SettingType::Choice, "0", "how documents are mailed",
+     kMailOptionChoices},
+    {"Settings", "Test", SettingType::Flag, "0",
+     "test mode: every document goes to the test address (EmailAdr) only", kFlagChoices},
+    {"Settings", "EmailAdr", SettingType::Email, "", "the test address"},
+    {"Settings", "Attachment", SettingType::Flag, "0",
+     "attach the exchange file (.dvx) the recipient's Dorvane imports", kFlagChoices},
+    {"Settings", "ReturnReceipt", SettingType::Flag, "0", "ask for delivery receipts",
+     kFlagChoices},
+    {"Settings", "BCC", SettingType::Flag, "0", "send a blind copy to BCCAdr", kFlagChoices},
+    {"Settings", "BCCAdr", SettingType::EmailList, "", "the blind-copy addresses"},
+    {"Settings", "alwaysBCC", SettingType::Flag, "0",
+     "send the blind copy of a document without an address too", kFlagChoices},
+    {"Settings", "altEmail", SettingType::Flag, "0", "ask for each document's address",
+     kFlagChoices},
+    {"Settings", "Encrypt", SettingType::Flag, "0",
+     "the preferences' \"Encrypt with Digital Envelope\" box (kept, not acted on)", kFlagChoices},
+    {"Import", "Item", SettingType::Text, "Uncategorized Expenses",
+     "the item an imported document's lines are booked to"},
+    {"Import", "ItemGroup", SettingType::Text, "Uncategorized Expense Group",
+     "the item group an imported document's groups are booked to"},
+    {"Import", "Term", SettingType::Text, "Net 30", "the terms an imported document gets"},
+    {"Import", "Account", SettingType::Account, "[Expense] Uncategorized Expenses",
+     "the account imported expenses and deposits are booked to"},
+    {"Import", "IgnoreAuthNetCust", SettingType::Flag, "0",
+     "book Authorize.Net receipts without looking for their customer", kFlagChoices},
+    {"Import", "QuotedFields", SettingType::Flag, "0",
+     "Authorize.Net downloads keep values in double quotes whole", kFlagChoices},
+    {"Handheld", "DeviceFolder", SettingType::Path, "",
+     "the handheld's folder ($DORVANE_DEVICE_DIR wins)"},
+    {"Web", "UpdateURL", SettingType::Url, "", "the web site webupdate publishes items to"},
+    {"Web", "Token", SettingType::Secret, "", "the bearer token webupdate sends to the web site"},
+    {"Web", "Timeout", SettingType::Seconds, "30", "how long webupdate waits for the web site",
+     kNoChoices, 1, 32767},
+    {"QuickBooks", "Connection", SettingType::Choice, "sandbox",
+     "where QuickBooks is ($DORVANE_PROCESSOR wins)", kConnectionChoices},
+    {"WebConnector", "Port", SettingType::Port, "8438",
+     "the port the Web Connector service listens on", kNoChoices, 1, 65535},
+    {"WebConnector", "Host", SettingType::HostName, "",
+     "the name the Web Connector's PC reaches this computer by; empty: this computer's name"},
+    {"WebConnector", "Certificate", SettingType::Path, "",
+     "the service's HTTPS certificate (PEM); without it, plain HTTP on this computer only"},
+    {"WebConnector", "Key", SettingType::Path, "", "the certificate's private key (PEM)"},
+    {"WebConnector", "WaitSeconds", SettingType::Seconds, "120",
+     "how long a request waits for the Web Connector to call", kNoChoices, 1, 86400},
+    {"WebConnector", "AnswerSeconds", SettingType::Seconds, "600",
+     "how long a request waits for QuickBooks' answer once the Web Connector took it", kNoChoices,
+     1, 86400},
+    {"WebConnector", "MaxRequestMB", SettingType::Number, "10",
+     "the largest message the service takes, in MB", kNoChoices, 1, 1024},
+    {"WebConnector", "UserName", SettingType::Text, "",
+     "the user the Web Connector logs in as (dorvane webconnector user NAME)"},
+    {"WebConnector", "PasswordHash", SettingType::Hash, "",
+     "that user's password, hashed (dorvane webconnector user NAME)"},
+    {"WebConnector", "OwnerID", SettingType::Guid, "", "the .qwc file's OwnerID, made once"},
+    {"WebConnector", "FileID", SettingType::Guid, "", "the .qwc file's FileID, made once"},
+    {"WebConnector", "AppName", SettingType::Text, "Dorvane",
+     "the name the Web Connector shows for this program"},
+    {"WebConnector", "CompanyFile", SettingType::Text, "",
+     "the company file the Web Connector opens; empty: the one open in QuickBooks"},
+};
+
+// Section and key names compare without regard to ASCII case, as the store does.
+constexpr bool sameSettingName(std::string_view a, std::string_view b) {
+    auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
+    if (a.size() != b.size()) {
+        return false;
+    }
+    for (std::size_t i = 0; i < a.size(); ++i) {
+        if (lower(a[i]) != lower(b[i])) {
+            return false;
+        }
+    }
+    return true;
+}
+
+// The row of a value the program reads (section and key in any case); null for one it does
+// not know.
+constexpr const KnownSetting* knownSetting(std::string_view section, std::string_view key) {
+    for (const KnownSetting& s : kKnownSettings) {
+        if (sameSettingName(section, s.section) && sameSettingName(key, s.key)) {
+            return &s;
+        }
+    }
+    return nullptr;
+}
+
+// The default of a known value; "" for an unknown one.
+constexpr const char* settingDefault(std::string_view section, std::string_view key) {
+    const KnownSetting* s = knownSetting(section, key);
+    return s ? s->defaultValue : "";
+}
+
+// The default of a known whole-number value (a flag, a choice of numbers, a port, seconds).
+constexpr long settingDefaultNumber(std::string_view section, std::string_view key) {
+    long n = 0;
+    for (const char* c = settingDefault(section, key); *c >= '0' && *c <= '9'; ++c) {
+        n = n * 10 + (*c - '0');
+    }
+    return n;
+}
+
+// The sections of the known values, in the table's order.
+std::vector<std::string_view> settingSections();
+
+// The known setting whose name is closest to section/key, when it is close enough to be the
+// one meant; null otherwise.
+const KnownSetting* nearestSetting(std::string_view section, std::string_view key);
+
+// Whether `value` may be stored under section/key: refuses an unknown setting (naming the
+// nearest known one), and a value of the wrong type or outside the allowed ones, saying what
+// is allowed.
+Status checkSetting(std::string_view section, std::string_view key, std::string_view value);
+
+// What `type` takes, for people: "a port from 1 to 65535", "0 (off) or 1 (on)".
+std::string allowedValues(const KnownSetting& setting);
 
 class SettingsStore {
 public:
@@ -88,8 +215,10 @@ public:
     // The value read as a 16-bit integer; the default when missing or not a number.
     std::int16_t getInt(std::string_view section, std::string_view key,
                         std::int16_t fallback) const;
+    // The same with the program's default for the value (kKnownSettings; 0 for an unknown one).
+    std::int16_t intValue(std::string_view section, std::string_view key) const;
     bool contains(std::string_view section, std::string_view key) const;
-    // The stored value, else the program's default for it (kSettingDefaults); nullopt for a
+    // The stored value, else the program's default for it (kKnownSettings); nullopt for a
     // value neither stored nor known.
     std::optional<std::string> value(std::string_view section, std::string_view key) const;
 

@@ -124,16 +124,21 @@ CheckResult checkSettings(const platform::SettingsStore& store) {
     const auto entries = store.entries();
     std::vector<std::string> unknown;
     for (const auto& e : entries) {
-        const platform::SettingDefault* known = platform::settingDefault(e.section, e.key);
-        if (!known) {
+        if (!platform::knownSetting(e.section, e.key)) {
             unknown.push_back(e.section + " " + e.key);
+        }
+    }
+    for (const auto& e : entries) {
+        const platform::KnownSetting* known = platform::knownSetting(e.section, e.key);
+        // A hash is written by the program itself (webconnector user), never by hand.
+        if (!unknown.empty() || !known || known->type == platform::SettingType::Hash) {
             continue;
         }
-        if (const Status fits = checkSettingValue(e.section, e.key, e.value); !fits) {
+        if (const Status fits = platform::checkSetting(e.section, e.key, e.value); !fits) {
             return problem(kName, fits.error().description,
                            "dorvane settings set " + std::string(known->section) + " " +
                                known->key + " " +
-                               (*known->value ? known->value : std::string("VALUE")));
+                               (*known->defaultValue ? known->defaultValue : std::string("VALUE")));
         }
     }
     if (!unknown.empty()) {
@@ -374,68 +379,7 @@ CheckResult checkWindow() {
                          "invoices instead of opening the window");
 }
 
-// A whole number from `min` to `max`; an empty value stands for the default.
-bool fitsRange(std::string_view value, long min, long max) {
-    value = text::trim(value);
-    if (value.empty()) {
-        return true;
-    }
-    long n = 0;
-    const auto [end, ec] = std::from_chars(value.data(), value.data() + value.size(), n);
-    return ec == std::errc() && end == value.data() + value.size() && n >= min && n <= max;
-}
-
-struct ValueRule {
-    const char* section;
-    const char* key;
-    long min;
-    long max;
-};
-// The numbers and flags among the settings. Values not named here are text.
-constexpr ValueRule kValueRules[] = {
-    {"SMTP", "Port", 1, 65535},
-    {"SMTP", "Trace", 0, 1},
-    {"Settings", "MailOption", 0, 2},
-    {"Settings", "Test", 0, 1},
-    {"Settings", "Attachment", 0, 1},
-    {"Settings", "ReturnReceipt", 0, 1},
-    {"Settings", "BCC", 0, 1},
-    {"Settings", "alwaysBCC", 0, 1},
-    {"Settings", "altEmail", 0, 1},
-    {"Settings", "Encrypt", 0, 1},
-    {"Import", "IgnoreAuthNetCust", 0, 1},
-    {"Import", "QuotedFields", 0, 1},
-    {"Web", "Timeout", 1, 32767},
-    {"WebConnector", "Port", 0, 65535},
-    {"WebConnector", "WaitSeconds", 1, 86400},
-    {"WebConnector", "AnswerSeconds", 1, 86400},
-    {"WebConnector", "MaxRequestMB", 1, 1024},
-};
-
 }  // namespace
-
-Status checkSettingValue(std::string_view section, std::string_view key, std::string_view value) {
-    const std::string name = std::string(section) + " " + std::string(key);
-    if (text::equalsIgnoreCase(section, "QuickBooks") &&
-        text::equalsIgnoreCase(key, "Connection")) {
-        const std::string_view v = text::trim(value);
-        if (v.empty() || text::equalsIgnoreCase(v, "sandbox") ||
-            text::equalsIgnoreCase(v, "webconnector") || v.starts_with("responses:")) {
-            return Ok{};
-        }
-        return Error{0, name + " is \"" + std::string(value) +
-                            "\"; it is sandbox, webconnector or responses:DIR."};
-    }
-    for (const ValueRule& rule : kValueRules) {
-        if (text::equalsIgnoreCase(section, rule.section) &&
-            text::equalsIgnoreCase(key, rule.key) && !fitsRange(value, rule.min, rule.max)) {
-            return Error{0, name + " is \"" + std::string(value) +
-                                "\"; it is a whole number from " + std::to_string(rule.min) +
-                                " to " + std::to_string(rule.max) + "."};
-        }
-    }
-    return Ok{};
-}
 
 std::vector<CheckResult> runCheckup(const CheckupSources& sources) {
     const int mailOption = platform::loadMailSettings(sources.settings).mailOption;

@@ -57,8 +57,4 @@ std::string checkupText(const std::vector<CheckResult>& results);
 // Whether no component has a problem (the exit status of `dorvane check` is 0 then, else 1).
 bool checkupPassed(const std::vector<CheckResult>& results);
 
-// Whether a stored setting's value fits what the program reads from it; fails with the reason
-// for a value that does not.
-Status checkSettingValue(std::string_view section, std::string_view key, std::string_view value);
-
 }  // namespace dorvane::shell

@@ -31,9 +31,22 @@ std::optional<int> wholeNumber(std::string_view text, long low, long high) {
     return static_cast<int>(value);
 }
 
-int intSetting(const platform::SettingsStore& store, const char* key, int fallback, int low,
-               int high) {
-    return wholeNumber(store.value(kSection, key).value_or(""), low, high).value_or(fallback);
+// A whole-number setting of the section, within the range the settings allow; its default
+// otherwise.
+int intSetting(const platform::SettingsStore& store, const char* key) {
+    const platform::KnownSetting& s = *platform::knownSetting(kSection, key);
+    return wholeNumber(store.value(kSection, key).value_or(""), s.low, s.high)
+        .value_or(static_cast<int>(platform::settingDefaultNumber(kSection, key)));
+}
+
+// "The port must be a number from 1 to 65535.": the range as the settings allow it.
+std::optional<Error> outOfRange(const std::string& value, const char* key, const char* what) {
+    const platform::KnownSetting& s = *platform::knownSetting(kSection, key);
+    if (wholeNumber(value, s.low, s.high)) {
+        return std::nullopt;
+    }
+    return Error{EINVAL, std::string("The ") + what + " from " + std::to_string(s.low) + " to " +
+                             std::to_string(s.high) + "."};
 }
 
 std::string hostPart(const std::string& host) {
@@ -48,7 +61,7 @@ Connection chosenConnection(const platform::SettingsStore& store, std::string* f
     if (const char* env = std::getenv("DORVANE_PROCESSOR"); env && *env) {
         choice = env;
     } else {
-        choice = store.value("QuickBooks", "Connection").value_or("sandbox");
+        choice = store.value("QuickBooks", "Connection").value_or("");
     }
     constexpr std::string_view kResponses = "responses:";
     if (choice.starts_with(kResponses)) {
@@ -87,14 +100,13 @@ ServiceSettings ServiceSettings::load(const platform::SettingsStore& store) {
     auto text = [&store](const char* key) {
         return std::string(text::trim(store.value(kSection, key).value_or("")));
     };
-    s.port = intSetting(store, "Port", 8438, 0, 65535);
+    s.port = intSetting(store, "Port");
     s.host = text("Host");
     s.certificate = text("Certificate");
     s.key = text("Key");
-    s.waitSeconds = std::chrono::seconds(intSetting(store, "WaitSeconds", 120, 1, 86400));
-    s.answerSeconds = std::chrono::seconds(intSetting(store, "AnswerSeconds", 600, 1, 86400));
-    s.maxRequestBytes =
-        static_cast<std::size_t>(intSetting(store, "MaxRequestMB", 10, 1, 1024)) * 1024 * 1024;
+    s.waitSeconds = std::chrono::seconds(intSetting(store, "WaitSeconds"));
+    s.answerSeconds = std::chrono::seconds(intSetting(store, "AnswerSeconds"));
+    s.maxRequestBytes = static_cast<std::size_t>(intSetting(store, "MaxRequestMB")) * 1024 * 1024;
     s.userName = text("UserName");
     s.passwordHash = text("PasswordHash");
     if (const std::string name = text("AppName"); !name.empty()) {
@@ -264,11 +276,11 @@ ConnectionPreferences ConnectionPreferences::load(const platform::SettingsStore&
 }
 
 Status ConnectionPreferences::save(platform::SettingsStore& store) const {
-    if (!wholeNumber(port, 1, 65535)) {
-        return Error{EINVAL, "The port must be a number from 1 to 65535."};
+    if (auto refused = outOfRange(port, "Port", "port must be a number")) {
+        return *refused;
     }
-    if (!wholeNumber(waitSeconds, 1, 86400)) {
-        return Error{EINVAL, "The wait must be a number of seconds from 1 to 86400."};
+    if (auto refused = outOfRange(waitSeconds, "WaitSeconds", "wait must be a number of seconds")) {
+        return *refused;
     }
     const std::string cert(text::trim(certificate));
     const std::string keyFile(text::trim(key));

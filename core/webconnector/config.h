@@ -14,10 +14,7 @@
 #include <vector>
 
 #include "common/result.h"
-
-namespace dorvane::platform {
-class SettingsStore;
-}
+#include "platform/settings.h"
 
 namespace dorvane::webconnector {
 
@@ -33,17 +30,20 @@ enum class Connection { Sandbox, WebConnector, ResponseFolder };
 // sandbox. `folder` receives DIR for a response folder.
 Connection chosenConnection(const platform::SettingsStore& store, std::string* folder = nullptr);
 
+// A default ServiceSettings holds the settings' defaults.
 struct ServiceSettings {
-    int port = 8438;
+    int port = static_cast<int>(platform::settingDefaultNumber(kSection, "Port"));
     std::string host;  // the name the Web Connector's PC reaches this computer by
     std::string certificate;
     std::string key;
-    std::chrono::seconds waitSeconds{120};
-    std::chrono::seconds answerSeconds{600};
-    std::size_t maxRequestBytes = 10 * 1024 * 1024;
+    std::chrono::seconds waitSeconds{platform::settingDefaultNumber(kSection, "WaitSeconds")};
+    std::chrono::seconds answerSeconds{platform::settingDefaultNumber(kSection, "AnswerSeconds")};
+    std::size_t maxRequestBytes =
+        static_cast<std::size_t>(platform::settingDefaultNumber(kSection, "MaxRequestMB")) * 1024 *
+        1024;
     std::string userName;
     std::string passwordHash;
-    std::string appName = "Dorvane";
+    std::string appName = platform::settingDefault(kSection, "AppName");
     std::string companyFile;
     std::string ownerId;
     std::string fileId;

@@ -98,7 +98,7 @@ UpdateReport WebUpdater::updateItems() {
         PostOptions options;
         options.url = url;
         options.bearerToken = std::string(text::trim(m_settings.get("Web", "Token")));
-        options.timeoutSeconds = std::max<long>(1, m_settings.getInt("Web", "Timeout", 30));
+        options.timeoutSeconds = std::max<long>(1, m_settings.intValue("Web", "Timeout"));
         poster = std::make_unique<HttpPoster>(std::move(options));
     }
     const ui::BusyScope busy(m_ui);

@@ -65,6 +65,67 @@ TEST(SettingsStore, AHandEditedFileIsRead) {
     EXPECT_EQ(store.get("SMTP", "Port", "25"), "2525");
 }
 
+TEST(CheckSetting, RefusesUnknownSettingsAndValuesTheirTypeDoesNotTake) {
+    struct Case {
+        const char* section;
+        const char* key;
+        const char* value;
+        const char* refusal;  // a fragment of the message; null: accepted
+    };
+    const Case cases[] = {
+        {"smtp", "HOSTNAME", "mail.example.com", nullptr},
+        {"SMTP", "Hostname", "smtp://mail.example.com", "a host name or IP address"},
+        {"SMTP", "Hostnme", "x", "SMTP Hostnme: no such setting. Did you mean 'SMTP Hostname'?"},
+        {"Mail", "Hostname", "x", "Did you mean 'SMTP Hostname'?"},
+        {"Bogus", "Key", "1", "Bogus Key: no such setting."},
+        {"SMTP", "Port", "2525", nullptr},
+        {"SMTP", "Port", "abc", "a port number from 1 to 65535"},
+        {"SMTP", "Port", "65536", "from 1 to 65535"},
+        {"SMTP", "Pwd", "any thing \\ at all", nullptr},
+        {"Settings", "Test", "1", nullptr},
+        {"Settings", "Test", "yes", "give 0 (off) or 1 (on)"},
+        {"Settings", "MailOption", "2", nullptr},
+        {"Settings", "MailOption", "3",
+         "1 (Outlook, which Linux lacks: nothing is sent) or 2 (direct delivery"},
+        {"QuickBooks", "Connection", "WebConnector", nullptr},
+        {"QuickBooks", "Connection", "office", "sandbox (the embedded sandbox company)"},
+        {"Web", "Timeout", "0", "a number of seconds from 1 to 32767"},
+        {"WebConnector", "MaxRequestMB", "1024", nullptr},
+        {"WebConnector", "MaxRequestMB", "-1", "a whole number from 1 to 1024"},
+        {"Handheld", "DeviceFolder", "/media/handheld", nullptr},
+        {"Handheld", "DeviceFolder", "", nullptr},
+        {"Handheld", "DeviceFolder", "media/handheld", "an absolute path"},
+        {"Web", "UpdateURL", "https://shop.example.com/items", nullptr},
+        {"Web", "UpdateURL", "shop.example.com", "http:// or https://"},
+        {"Settings", "EmailAdr", "me@example.com", nullptr},
+        {"Settings", "EmailAdr", "me at example.com", "an e-mail address"},
+        {"Settings", "BCCAdr", "a@example.com; b@example.org", nullptr},
+        {"Settings", "BCCAdr", "a@example.com, b@example.org", "separated with ';'"},
+        {"Import", "Account", "[Expense] Office Supplies", nullptr},
+        {"Import", "Account", "Office Supplies", "[TYPE] NAME"},
+        {"WebConnector", "OwnerID", "{57F3B9B1-86F1-4fcc-B1EE-566DE1813D20}", nullptr},
+        {"WebConnector", "OwnerID", "57F3B9B1", "a GUID"},
+        {"WebConnector", "PasswordHash", "x", "not set by hand"},
+    };
+    for (const Case& c : cases) {
+        const Status checked = checkSetting(c.section, c.key, c.value);
+        const std::string what = std::string(c.section) + " " + c.key + " " + c.value;
+        if (!c.refusal) {
+            EXPECT_TRUE(checked.ok()) << what << ": " << checked.error().description;
+        } else {
+            ASSERT_FALSE(checked.ok()) << what;
+            EXPECT_NE(checked.error().description.find(c.refusal), std::string::npos)
+                << what << ": " << checked.error().description;
+        }
+    }
+    // Every default is a value its setting takes.
+    for (const KnownSetting& s : kKnownSettings) {
+        if (s.type != SettingType::Hash) {
+            EXPECT_TRUE(checkSetting(s.section, s.key, s.defaultValue).ok()) << s.key;
+        }
+    }
+}
+
 TEST(MailSettings, AFreshInstallationSendsPlainlyAndEveryKeyReachesItsField) {
     TempDir dir;
     SettingsStore store(dir / "s.ini");

@@ -1,0 +1,175 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// `dorvane settings list [SECTION]`, `settings get SECTION KEY`, `settings set SECTION KEY VALUE`.
+#include <algorithm>
+#include <cstring>
+#include <optional>
+#include <ostream>
+
+#include "cli/cli.h"
+#include "cli/commands.h"
+#include "platform/settings.h"
+#include "shell/application.h"
+
+namespace dorvane::cli {
+namespace {
+
+// After an unknown setting: the one meant when it is near enough (a refusal names it already),
+// else where the known ones are.
+void hint(std::string_view section, std::string_view key, bool refused, std::ostream& err) {
+    if (const platform::KnownSetting* near = platform::nearestSetting(section, key)) {
+        if (!refused) {
+            err << "dorvane: Did you mean '" << near->section << ' ' << near->key << "'?\n";
+        }
+        return;
+    }
+    err << "dorvane: `dorvane settings list` shows every setting.\n";
+}
+
+// What list and get show of a value: a password or a hash only as set or unset.
+std::string shown(const platform::KnownSetting& s, const std::string& value) {
+    if (s.hidden()) {
+        return value.empty() ? "(unset)" : "(set)";
+    }
+    return value;
+}
+
+void listSetting(const platform::SettingsStore& store, const platform::KnownSetting& s,
+                 std::ostream& out) {
+    const std::string value = store.value(s.section, s.key).value_or("");
+    const std::string text = shown(s, value);
+    out << s.section << ' ' << s.key << " = " << (text.empty() ? "\"\"" : text)
+        << (store.contains(s.section, s.key) ? "" : " (default)") << "\n    " << s.meaning;
+    switch (s.type) {
+        case platform::SettingType::Text:
+        case platform::SettingType::Secret:
+            out << '\n';
+            break;
+        case platform::SettingType::Choice: {
+            std::size_t width = 0;
+            for (const platform::SettingChoice& c : s.choices) {
+                width = std::max(width, std::string_view(c.value).size());
+            }
+            out << ":\n";
+            for (const platform::SettingChoice& c : s.choices) {
+                out << "      " << c.value << std::string(width + 2 - std::strlen(c.value), ' ')
+                    << c.meaning << '\n';
+            }
+            break;
+        }
+        default:
+            out << "; " << platform::allowedValues(s) << '\n';
+    }
+}
+
+int list(CommandContext& ctx, const Args& args) {
+    const auto sections = platform::settingSections();
+    if (args.size() == 2 && std::none_of(sections.begin(), sections.end(), [&](auto name) {
+            return platform::sameSettingName(name, args[1]);
+        })) {
+        ctx.err << "dorvane: no settings section '" << args[1] << "'; the sections are";
+        for (std::string_view name : sections) {
+            ctx.err << ' ' << name;
+        }
+        ctx.err << ".\n";
+        return kExitUsage;
+    }
+    for (const platform::KnownSetting& s : platform::kKnownSettings) {
+        if (args.size() == 1 || platform::sameSettingName(s.section, args[1])) {
+            listSetting(ctx.app.settings(), s, ctx.out);
+        }
+    }
+    return kExitOk;
+}
+
+int get(CommandContext& ctx, const std::string& section, const std::string& key) {
+    const auto& store = ctx.app.settings();
+    // A value never set reads as the default the program takes for it; a value another tool
+    // wrote under a name the program does not know is still shown.
+    std::optional<std::string> value = store.value(section, key);
+    if (!value) {
+        ctx.err << "dorvane: " << section << ' ' << key << " is not set\n";
+        hint(section, key, false, ctx.err);
+        return kExitFailed;
+    }
+    const platform::KnownSetting* known = platform::knownSetting(section, key);
+    ctx.out << (known ? shown(*known, *value) : *value) << '\n';
+    return kExitOk;
+}
+
+int set(CommandContext& ctx, const std::string& section, const std::string& key,
+        const std::string& value) {
+    if (const Status allowed = platform::checkSetting(section, key, value); !allowed) {
+        ctx.err << "dorvane: " << allowed.error().description << '\n';
+        if (!platform::knownSetting(section, key)) {
+            hint(section, key, true, ctx.err);
+        }
+        return kExitUsage;
+    }
+    const platform::KnownSetting& known = *platform::knownSetting(section, key);
+    auto& store = ctx.app.settings();
+    // A new entry takes the names as the table spells them.
+    Status saved = store.set(known.section, known.key, value);
+    if (!saved) {
+        ctx.err << "Could not save " << store.file().string() << ": " << saved.error().description
+                << '\n';
+        return kExitFailed;
+    }
+    return kExitOk;
+}
+
+int listRun(CommandContext& ctx, const Invocation& args) {
+    Args words{"list"};
+    words.insert(words.end(), args.operands.begin(), args.operands.end());
+    return list(ctx, words);
+}
+
+int getRun(CommandContext& ctx, const Invocation& args) {
+    return get(ctx, args.operands[0], args.operands[1]);
+}
+
+int setRun(CommandContext& ctx, const Invocation& args) {
+    return set(ctx, args.operands[0], args.operands[1], args.operands[2]);
+}
+
+constexpr Command kSettingsSubcommands[] = {
+    {.name = "list",
+     .synopsis = "[SECTION]",
+     .summary = "every setting (of SECTION) with its value, what it\nmeans and what it takes",
+     .maxOperands = 1,
+     .needs = Needs::Application,
+     .run = listRun},
+    {.name = "get",
+     .synopsis = "SECTION KEY",
+     .summary = "a setting's value (a value never set reads as its\ndefault)",
+     .minOperands = 2,
+     .maxOperands = 2,
+     .operandNames = "SECTION KEY",
+     .needs = Needs::Application,
+     .run = getRun},
+    {.name = "set",
+     .synopsis = "SECTION KEY VALUE",
+     .summary =
+         "change a setting; a setting it does not know or a value\nit does not take is refused",
+     .minOperands = 3,
+     .maxOperands = 3,
+     .operandNames = "SECTION KEY VALUE",
+     .needs = Needs::Application,
+     .run = setRun},
+};
+
+}  // namespace
+
+constexpr Command kSettingsCommand{
+    .name = "settings",
+    .summary =
+        "read or write the per-user settings (mail server,\noptions, imports, handheld, web, "
+        "QuickBooks)",
+    .details =
+        "  Sections and keys ignore case; a value never set reads as its default.\n"
+        "  dorvane settings list shows every setting with what it means and takes.\n"
+        "  Sections: SMTP, Settings, Import, Handheld, Web, QuickBooks, WebConnector.\n",
+    .subcommands = kSettingsSubcommands,
+    .overview = "settings list|get|set ...",
+};
+
+}  // namespace dorvane::cli
