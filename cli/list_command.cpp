@@ -6,6 +6,7 @@
 #include "browser/documenttypes.h"
 #include "cli/cli.h"
 #include "cli/commands.h"
+#include "cli/json.h"
 #include "cli/terminalui.h"
 #include "common/text.h"
 #include "company/companyeditor.h"
@@ -15,9 +16,20 @@
 namespace dorvane::cli {
 namespace {
 
-void printCompany(CommandContext& ctx, std::ostream& to) {
+// The window's company label, line by line, without the blanks it pads its lines with.
+std::vector<std::string> companyLines(CommandContext& ctx) {
     std::string company = text::replaceAll(ctx.app.window().companyText(), "\r\n", "\n");
-    to << text::trim(company) << '\n';
+    std::vector<std::string> lines;
+    for (std::string_view line : text::split(text::trim(company), '\n')) {
+        lines.emplace_back(text::trim(line));
+    }
+    return lines;
+}
+
+void printCompany(CommandContext& ctx, std::ostream& to) {
+    for (const std::string& line : companyLines(ctx)) {
+        to << line << '\n';
+    }
 }
 
 // The timeframe a command-line word names (any case), e.g. "lastmonth" → "LastMonth".
@@ -77,11 +89,11 @@ int loadList(CommandContext& ctx, const Invocation& args) {
 }
 
 void printList(const ui::ListModel& list, std::ostream& out) {
-    std::string line;
-    for (std::size_t c = 0; c < list.columns().size(); ++c) {
-        line += (c ? "\t" : "") + list.columns()[c].caption;
+    out << "Checked";
+    for (const ui::ListColumn& column : list.columns()) {
+        out << '\t' << column.caption;
     }
-    out << line << '\n';
+    out << '\n';
     for (const auto& row : list.rows()) {
         out << (row.checked ? "[x]" : "[ ]");
         for (const auto& cell : row.cells) {
@@ -93,21 +105,47 @@ void printList(const ui::ListModel& list, std::ostream& out) {
 
 namespace {
 
+// The list for a script: what it is, its columns, and per row its cells, check and status.
+Json listJson(CommandContext& ctx, const Invocation& args) {
+    const ui::ListModel& list = ctx.app.window().list();
+    Json doc{{"company", companyLines(ctx)},
+             {"type", args.operands[0]},
+             {"timeframe", *args.value("--timeframe")},
+             {"columns", Json::array()},
+             {"rows", Json::array()}};
+    for (const ui::ListColumn& column : list.columns()) {
+        doc["columns"].push_back(column.caption);
+    }
+    for (const ui::ListRow& row : list.rows()) {
+        doc["rows"].push_back({{"key", row.key},
+                               {"checked", row.checked},
+                               {"state", row.cells.empty() ? "" : row.cells.back()},
+                               {"cells", row.cells}});
+    }
+    return doc;
+}
+
 int list(CommandContext& ctx, const Invocation& args) {
     int rc = loadList(ctx, args);
-    if (rc == kExitOk) {
+    if (rc == kExitOk && args.has("--json")) {
+        printJson(listJson(ctx, args), ctx.out);
+    } else if (rc == kExitOk) {
         printList(ctx.app.window().list(), ctx.out);
     }
     return rc;
 }
 
-int company(CommandContext& ctx, const Invocation&) {
+int company(CommandContext& ctx, const Invocation& args) {
     auto& company = ctx.app.company();
     company.retrieveCompanyInfo();
     if (!quickBooksReached(ctx)) {
         return reportUnreachable(ctx);
     }
-    printCompany(ctx, ctx.out);
+    if (args.has("--json")) {
+        printJson(Json{{"company", companyLines(ctx)}}, ctx.out);
+    } else {
+        printCompany(ctx, ctx.out);
+    }
     return company.companyNode() ? kExitOk : kExitFailed;
 }
 
@@ -156,11 +194,12 @@ int companySet(CommandContext& ctx, const Invocation& args) {
 
 }  // namespace
 
-constexpr Option kListOptions[] = {kTimeframeOption};
+constexpr Option kListOptions[] = {kTimeframeOption, kJsonOption};
+constexpr Option kCompanyOptions[] = {kJsonOption};
 
 constexpr Command kListCommand{
     .name = "list",
-    .synopsis = "TYPE [--timeframe NAME]",
+    .synopsis = "TYPE [--timeframe NAME] [--json]",
     .summary =
         "list the documents of a type as the window does (Invoice,\n"
         "Estimate, CreditMemo, SalesReceipt, PurchaseOrder, Statement,\n"
@@ -170,7 +209,9 @@ constexpr Command kListCommand{
         "  TYPE: Invoice, Estimate, CreditMemo, SalesReceipt, PurchaseOrder, Statement,\n"
         "        Timesheet (by customer) or TimesheetA (by entity), in any case\n"
         "  Prints a header line, then one line per document: [x] or [ ], the cells\n"
-        "  separated by tabs, the status last. The company goes to standard error.\n",
+        "  separated by tabs, the status last. The company goes to standard error.\n"
+        "  --json: the company, TYPE, the timeframe, the columns and per row its key,\n"
+        "  check, status and cells.\n",
     .options = kListOptions,
     .minOperands = 1,
     .maxOperands = 1,
@@ -198,12 +239,16 @@ constexpr Command kCompanySubcommands[] = {
 
 constexpr Command kCompanyCommand{
     .name = "company",
+    .synopsis = "[--json]",
     .summary = "print the company's name and address",
-    .details = "  Without a command: the company's name and address, as the window shows them.\n",
+    .details =
+        "  Without a command: the company's name and address, as the window shows them\n"
+        "  (--json: as a list of lines).\n",
+    .options = kCompanyOptions,
     .needs = Needs::Application,
     .run = company,
     .subcommands = kCompanySubcommands,
-    .overview = "company [set FIELD VALUE ...]",
+    .overview = "company [--json] | company set FIELD VALUE ...",
 };
 
 }  // namespace dorvane::cli

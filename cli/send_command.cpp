@@ -7,6 +7,7 @@
 #include "browser/loaders.h"
 #include "cli/cli.h"
 #include "cli/commands.h"
+#include "cli/json.h"
 #include "shell/application.h"
 
 namespace dorvane::cli {
@@ -26,23 +27,62 @@ int untried(const ui::ListModel& list, const std::vector<mail::RowOutcome>& outc
     return count;
 }
 
-// The end of a send run: the window's closing status when something went out (or the run
-// says why it stopped), then the counts, the reason of each failure and a test run's note.
-void printSendSummary(CommandContext& ctx, const std::vector<mail::RowOutcome>& outcomes) {
-    const ui::ListModel& list = ctx.app.window().list();
-    int sent = 0, tests = 0, failed = 0, noAddress = 0, already = 0;
+struct SendCounts {
+    int sent = 0, failed = 0, noAddress = 0, already = 0, tests = 0, notTried = 0;
+};
+
+SendCounts countSend(const ui::ListModel& list, const std::vector<mail::RowOutcome>& outcomes) {
+    SendCounts n;
     for (const mail::RowOutcome& o : outcomes) {
-        (o.test ? tests : o.sent ? sent : failed) += 1;
+        (o.test ? n.tests : o.sent ? n.sent : n.failed) += 1;
     }
     for (int r = 0; r < list.rowCount(); ++r) {
         const ui::ListRow& row = list.row(r);
         if (row.checked || row.cells.empty() || processed(outcomes, r)) {
             continue;
         }
-        noAddress += row.cells.back() == browser::kMissingEmail ? 1 : 0;
-        already += row.cells.back() == browser::kAlreadySent ? 1 : 0;
+        n.noAddress += row.cells.back() == browser::kMissingEmail ? 1 : 0;
+        n.already += row.cells.back() == browser::kAlreadySent ? 1 : 0;
     }
-    const int notTried = untried(list, outcomes);
+    n.notTried = untried(list, outcomes);
+    return n;
+}
+
+const char* outcomeName(const mail::RowOutcome& o, bool preview) {
+    return preview ? "preview" : o.test ? "test" : o.sent ? "sent" : "failed";
+}
+
+// The run for a script: per document its outcome, then the counts the summary says.
+void printSendJson(CommandContext& ctx, const Invocation& args,
+                   const std::vector<mail::RowOutcome>& outcomes, bool preview) {
+    Json doc{{"type", args.operands[0]},
+             {"timeframe", *args.value("--timeframe")},
+             {"preview", preview},
+             {"documents", Json::array()}};
+    for (const mail::RowOutcome& o : outcomes) {
+        Json row{{"outcome", outcomeName(o, preview)},
+                 {"key", o.key},
+                 {"name", o.name},
+                 {"recipient", o.recipient}};
+        if (!preview && !o.sent) {
+            row["why"] = o.why.empty() ? "not sent" : o.why;
+        }
+        doc["documents"].push_back(std::move(row));
+    }
+    if (!preview) {
+        const SendCounts n = countSend(ctx.app.window().list(), outcomes);
+        doc["counts"] = {{"sent", n.sent},           {"failed", n.failed},
+                         {"noAddress", n.noAddress}, {"alreadySent", n.already},
+                         {"test", n.tests},          {"notTried", n.notTried}};
+    }
+    printJson(doc, ctx.out);
+}
+
+// The end of a send run: the window's closing status when something went out (or the run
+// says why it stopped), then the counts, the reason of each failure and a test run's note.
+void printSendSummary(CommandContext& ctx, const std::vector<mail::RowOutcome>& outcomes) {
+    const auto [sent, failed, noAddress, already, tests, notTried] =
+        countSend(ctx.app.window().list(), outcomes);
     const std::string& status = ctx.app.window().statusText();
     const bool ranThrough = !ctx.app.sender().runEndText().empty();
     if (!status.empty() && (sent + tests > 0 || status != ctx.app.sender().runEndText())) {
@@ -106,12 +146,18 @@ int send(CommandContext& ctx, const Invocation& args) {
     window.setPreviewChecked(preview);
     auto& sender = ctx.app.sender();
     std::vector<mail::RowOutcome> outcomes;
+    const bool json = args.has("--json");
     sender.onRowProcessed([&](const mail::RowOutcome& o) {
-        const char* outcome = preview ? "preview" : o.test ? "test" : o.sent ? "sent" : "failed";
-        ctx.out << outcome << '\t' << o.key << '\t' << o.name << '\t' << o.recipient << '\n';
+        if (!json) {
+            ctx.out << outcomeName(o, preview) << '\t' << o.key << '\t' << o.name << '\t'
+                    << o.recipient << '\n';
+        }
         outcomes.push_back(o);
     });
     sender.sendSelectedDocuments();
+    if (json) {
+        printSendJson(ctx, args, outcomes, preview);
+    }
     if (preview) {
         if (!window.statusText().empty()) {
             ctx.err << window.statusText() << '\n';
@@ -129,11 +175,12 @@ int send(CommandContext& ctx, const Invocation& args) {
 constexpr Option kSendOptions[] = {
     kTimeframeOption,
     {"--preview", 0, "", "render the documents into preview.htm instead of mailing\nthem"},
+    kJsonOption,
 };
 
 constexpr Command kSendCommand{
     .name = "send",
-    .synopsis = "TYPE [--timeframe NAME] [--preview]",
+    .synopsis = "TYPE [--timeframe NAME] [--preview] [--json]",
     .summary =
         "list as above, then mail the checked documents (or render them\n"
         "into preview.htm); exit status 1 when one did not go out",
@@ -142,7 +189,8 @@ constexpr Command kSendCommand{
         "  --preview: renders them into preview.htm instead). One line per document: sent,\n"
         "  failed, or test (test mode: to the test address only), the row's id, name and\n"
         "  recipient; then the counts. Exit status 1 when a document did not go out; 64\n"
-        "  for TimesheetA, which has no document to mail.\n",
+        "  for TimesheetA, which has no document to mail. --json: per document its outcome,\n"
+        "  id, name, recipient (and why it failed), then the counts.\n",
     .options = kSendOptions,
     .minOperands = 1,
     .maxOperands = 1,

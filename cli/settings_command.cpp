@@ -7,6 +7,7 @@
 
 #include "cli/cli.h"
 #include "cli/commands.h"
+#include "cli/json.h"
 #include "platform/settings.h"
 #include "shell/application.h"
 
@@ -61,7 +62,32 @@ void listSetting(const platform::SettingsStore& store, const platform::KnownSett
     }
 }
 
-int list(CommandContext& ctx, const Args& args) {
+// A setting for a script: as listSetting shows it, the value as it reads (a password only as
+// set or unset), whether it is stored or the default, and what it takes.
+Json settingJson(const platform::SettingsStore& store, const platform::KnownSetting& s) {
+    Json entry{{"section", s.section},
+               {"key", s.key},
+               {"value", shown(s, store.value(s.section, s.key).value_or(""))},
+               {"stored", store.contains(s.section, s.key)},
+               {"default", shown(s, s.defaultValue)},
+               {"meaning", s.meaning}};
+    switch (s.type) {
+        case platform::SettingType::Text:
+        case platform::SettingType::Secret:
+            break;
+        case platform::SettingType::Choice:
+            entry["choices"] = Json::object();
+            for (const platform::SettingChoice& c : s.choices) {
+                entry["choices"][c.value] = c.meaning;
+            }
+            break;
+        default:
+            entry["allowed"] = platform::allowedValues(s);
+    }
+    return entry;
+}
+
+int list(CommandContext& ctx, const Args& args, bool json) {
     const auto sections = platform::settingSections();
     if (args.size() == 2 && std::none_of(sections.begin(), sections.end(), [&](auto name) {
             return platform::sameSettingName(name, args[1]);
@@ -73,10 +99,19 @@ int list(CommandContext& ctx, const Args& args) {
         ctx.err << ".\n";
         return kExitUsage;
     }
+    Json settings = Json::array();
     for (const platform::KnownSetting& s : platform::kKnownSettings) {
-        if (args.size() == 1 || platform::sameSettingName(s.section, args[1])) {
+        if (args.size() == 2 && !platform::sameSettingName(s.section, args[1])) {
+            continue;
+        }
+        if (json) {
+            settings.push_back(settingJson(ctx.app.settings(), s));
+        } else {
             listSetting(ctx.app.settings(), s, ctx.out);
         }
+    }
+    if (json) {
+        printJson(Json{{"settings", settings}}, ctx.out);
     }
     return kExitOk;
 }
@@ -120,7 +155,7 @@ int set(CommandContext& ctx, const std::string& section, const std::string& key,
 int listRun(CommandContext& ctx, const Invocation& args) {
     Args words{"list"};
     words.insert(words.end(), args.operands.begin(), args.operands.end());
-    return list(ctx, words);
+    return list(ctx, words, args.has("--json"));
 }
 
 int getRun(CommandContext& ctx, const Invocation& args) {
@@ -131,10 +166,15 @@ int setRun(CommandContext& ctx, const Invocation& args) {
     return set(ctx, args.operands[0], args.operands[1], args.operands[2]);
 }
 
+constexpr Option kListOptions[] = {kJsonOption};
+
 constexpr Command kSettingsSubcommands[] = {
     {.name = "list",
-     .synopsis = "[SECTION]",
+     .synopsis = "[SECTION] [--json]",
      .summary = "every setting (of SECTION) with its value, what it\nmeans and what it takes",
+     .details = "  --json: per setting its section, key, value (a password as (set) or (unset)),\n"
+                "  whether it is stored, its default, meaning and what it takes.\n",
+     .options = kListOptions,
      .maxOperands = 1,
      .needs = Needs::Application,
      .run = listRun},

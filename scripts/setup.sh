@@ -20,7 +20,7 @@ jobs=${DORVANE_JOBS:-$(nproc)}
 packages=(
   cmake ninja-build g++ pkg-config clang-format ccache
   libxml2-dev libxslt1-dev libsqlite3-dev libgmime-3.0-dev libcurl4-openssl-dev libc-ares-dev
-  libmicrohttpd-dev libcrypt-dev openssl
+  libmicrohttpd-dev libcrypt-dev openssl nlohmann-json3-dev
   libgtest-dev libgmock-dev
   qt6-base-dev qt6-qpa-plugins fonts-dejavu-core
   python3 python3-aiosmtpd python3-dnslib

@@ -67,7 +67,7 @@ TEST_F(Cli, ListPrintsRowsWithCheckMarks) {
     writeFile(home / "program" / "EmailsSent.log", "");
     EXPECT_EQ(dorvane("list estimate --timeframe all"), 0) << err;
     EXPECT_EQ(out,
-              "Date\tEstimate ID\tCustomer\tBalance\tEMail\tStatus\n"
+              "Checked\tDate\tEstimate ID\tCustomer\tBalance\tEMail\tStatus\n"
               "[x]\t2026-11-17\tE-1\tAble Co\t40.00\table@example.com\tReady to send\n");
     EXPECT_NE(err.find("Harbor Lane Joinery"), std::string::npos);
     EXPECT_NE(readFile(home / "program" / "QBXMLReq.txt").find("<EstimateQueryRq"),
@@ -160,7 +160,7 @@ TEST_F(Cli, CompanySetKeepsTheRecordAsTheWindowsEditorDoes) {
         {"company set companyname 'Harbor Lane Joinery' Addr1 '12 Quay St' City Portland "
          "State ME Zip 04101 Country US Phone 207-555-0100 Email office@example.com",
          0,
-         "Harbor Lane Joinery\n12 Quay St \nPortland ME 04101\n",
+         "Harbor Lane Joinery\n12 Quay St\nPortland ME 04101\n",
          {{"LegalCompanyName", "Harbor Lane Joinery"},
           {"LegalAddress/City", "Portland"},
           {"Address/PostalCode", "04101"},
@@ -410,7 +410,8 @@ TEST_F(Cli, WebUpdatePublishesTheChosenItems) {
     HttpTestServer site(refuseSecond);
     ASSERT_EQ(dorvane("settings set Web UpdateURL " + site.url()), 0);
     ASSERT_EQ(dorvane("webupdate inventory", "sandbox"), 1) << err;
-    EXPECT_NE(out.find("ID\tModified\tName\tPrice\tDescription\n[x]\t"), std::string::npos) << out;
+    EXPECT_NE(out.find("Checked\tID\tModified\tName\tPrice\tDescription\n[x]\t"), std::string::npos)
+        << out;
     EXPECT_NE(out.find("\npublished\t"), std::string::npos) << out;
     EXPECT_NE(out.find("\nnot taken\t"), std::string::npos) << out;
     EXPECT_NE(out.find("the web site answered 500"), std::string::npos) << out;

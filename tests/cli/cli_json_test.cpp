@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Output for scripts: `--json` prints one document a script can read, with the facts the text
+// shows; the text list heads every column.
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "support/clirun.h"
+
+namespace dorvane::test {
+namespace {
+
+using Json = nlohmann::json;
+
+TEST_F(Cli, JsonOutputHoldsTheFactsOfTheText) {
+    ASSERT_EQ(newDemo(), 0) << err;
+    struct Case {
+        std::string args;
+        std::string pointer;  // a fact in the document
+        Json value;
+    };
+    const Case cases[] = {
+        {"list invoice --timeframe all --json", "/type", "Invoice"},
+        {"list Invoice --timeframe ALL --json", "/rows/0/state", "Ready to send"},
+        {"company --json", "/company/0", "Harbor Lane Landscaping"},
+        {"settings list SMTP --json", "/settings/1", Json::parse(R"({"section": "SMTP",
+            "key": "Port", "value": "25", "stored": false, "default": "25",
+            "meaning": "the SMTP server's port", "allowed": "a port number from 1 to 65535"})")},
+        {"send Invoice --timeframe ALL --preview --json", "/preview", true},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.args);
+        ASSERT_EQ(dorvane(c.args, "sandbox"), 0) << err;
+        const Json doc = Json::parse(out, nullptr, false);
+        ASSERT_FALSE(doc.is_discarded()) << out;
+        EXPECT_EQ(doc.value(Json::json_pointer(c.pointer), Json()), c.value) << out;
+    }
+}
+
+// Every tab-separated line of `list` has as many cells as the header line.
+TEST_F(Cli, ListHeadsEveryColumn) {
+    ASSERT_EQ(newDemo(), 0) << err;
+    ASSERT_EQ(dorvane("list Invoice --timeframe ALL", "sandbox"), 0) << err;
+    std::istringstream lines(out);
+    std::string header;
+    std::getline(lines, header);
+    EXPECT_EQ(header.rfind("Checked\t", 0), 0u) << header;
+    const auto cells = [](const std::string& line) { return std::ranges::count(line, '\t'); };
+    int rows = 0;
+    for (std::string line; std::getline(lines, line); ++rows) {
+        EXPECT_EQ(cells(line), cells(header)) << line;
+        EXPECT_NE(line.back(), ' ') << line;
+    }
+    EXPECT_GT(rows, 0);
+    EXPECT_EQ(err.find(" \n"), std::string::npos) << err;
+}
+
+}  // namespace
+}  // namespace dorvane::test
