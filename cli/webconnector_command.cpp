@@ -9,6 +9,7 @@
 
 #include "cli/cli.h"
 #include "cli/commands.h"
+#include "cli/json.h"
 #include "shell/application.h"
 #include "webconnector/config.h"
 
@@ -86,11 +87,38 @@ int qwc(CommandContext& ctx, const Invocation& args) {
     return kExitOk;
 }
 
-int status(CommandContext& ctx, const Invocation&) {
+// The status for a script: the same fields, null where the text says none or never.
+void printStatusJson(const webconnector::ServiceSettings& s, bool chosen,
+                     const webconnector::LogSummary& log, std::ostream& out) {
+    const auto orNull = [](const std::optional<std::string>& v) { return v ? Json(*v) : Json(); };
+    const bool user = !s.userName.empty() && !s.passwordHash.empty();
+    printJson(
+        Json{{"connection", chosen ? "webconnector" : "sandbox"},
+             {"serviceAddress", s.appUrl()},
+             {"listensOn", s.listenText()},
+             {"user", user ? Json(s.userName) : Json()},
+             {"serving", log.servingSince.has_value()},
+             {"servingPid", log.servingSince ? Json(log.servingPid) : Json()},
+             {"servingSince", log.servingSince ? Json(log.servingSince->substr(0, 19)) : Json()},
+             {"lastConnected", orNull(log.lastConnected)},
+             {"webConnector", orNull(log.clientVersion)},
+             {"companyFile", orNull(log.companyFile)},
+             {"lastRefused", orNull(log.lastRefused)},
+             {"lastProblem", orNull(log.lastError)}},
+        out);
+}
+
+int status(CommandContext& ctx, const Invocation& args) {
     platform::SettingsStore& store = ctx.app.settings();
     const auto s = webconnector::ServiceSettings::load(store);
     const bool chosen =
         webconnector::chosenConnection(store) == webconnector::Connection::WebConnector;
+    if (args.has("--json")) {
+        printStatusJson(
+            s, chosen,
+            webconnector::summarizeLog(ctx.app.folder().filePath(webconnector::kLogFile)), ctx.out);
+        return kExitOk;
+    }
     std::ostream& out = ctx.out;
     out << "Connection:      "
         << (chosen ? "webconnector" : "sandbox (QuickBooks Connection is not webconnector)") << '\n'
@@ -123,6 +151,8 @@ int status(CommandContext& ctx, const Invocation&) {
     return kExitOk;
 }
 
+constexpr Option kStatusOptions[] = {kJsonOption};
+
 constexpr Command kWebconnectorSubcommands[] = {
     {.name = "user",
      .synopsis = "NAME",
@@ -142,7 +172,9 @@ constexpr Command kWebconnectorSubcommands[] = {
      .needs = Needs::Application,
      .run = qwc},
     {.name = "status",
+     .synopsis = "[--json]",
      .summary = "the connection's settings, and when a Web Connector last\nconnected",
+     .options = kStatusOptions,
      .needs = Needs::Application,
      .run = status},
 };

@@ -28,6 +28,7 @@ TEST_F(Cli, JsonOutputHoldsTheFactsOfTheText) {
             "key": "Port", "value": "25", "stored": false, "default": "25",
             "meaning": "the SMTP server's port", "allowed": "a port number from 1 to 65535"})")},
         {"send Invoice --timeframe ALL --preview --json", "/preview", true},
+        {"webconnector status --json", "/connection", "sandbox"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.args);
