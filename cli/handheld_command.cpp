@@ -4,10 +4,12 @@
 #include <filesystem>
 #include <fstream>
 #include <ostream>
+#include <sstream>
 #include <system_error>
 
 #include "cli/cli.h"
 #include "cli/commands.h"
+#include "cli/json.h"
 #include "cli/terminalui.h"
 #include "handheld/folderdevice.h"
 #include "handheld/pocketpc.h"
@@ -167,55 +169,81 @@ int importFile(CommandContext& ctx, const Invocation& args) {
     return bookTimeEntries(ctx, sync);
 }
 
-int status(CommandContext& ctx, const Invocation&) {
+int status(CommandContext& ctx, const Invocation& args) {
+    // The facts go into `doc` as they are found, and the text into `text`; --json prints the
+    // one, otherwise the other.
+    Json doc;
+    std::ostringstream text;
+    const auto done = [&](int code) {
+        if (args.has("--json")) {
+            printJson(doc, ctx.out);
+        } else {
+            ctx.out << text.str();
+        }
+        return code;
+    };
     ctx.app.settings().reload();
     const handheld::DeviceFolder folder = handheld::deviceFolder(ctx.app.settings());
+    doc["deviceFolder"] = folder.path.empty() ? Json() : Json(folder.path.string());
     if (folder.path.empty()) {
-        ctx.out << "Device folder: none chosen (" << kChooseFolder << ")\n";
-        return kExitGateway;
+        text << "Device folder: none chosen (" << kChooseFolder << ")\n";
+        return done(kExitGateway);
     }
-    ctx.out << "Device folder: " << folder.path.string() << " (from " << folder.source << ")\n";
+    doc["source"] = folder.source;
+    text << "Device folder: " << folder.path.string() << " (from " << folder.source << ")\n";
     std::error_code ec;
-    if (!fs::is_directory(folder.path, ec)) {
-        ctx.out << "  not there: is the handheld connected and mounted?\n";
-        return kExitGateway;
+    const bool present = fs::is_directory(folder.path, ec);
+    doc["present"] = present;
+    if (!present) {
+        text << "  not there: is the handheld connected and mounted?\n";
+        return done(kExitGateway);
     }
     const handheld::FolderDevice device(folder.path);
     const auto local = device.localPath(handheld::kDeviceDataFile);
-    ctx.out << "Handheld file: " << handheld::kDeviceDataFile;
+    text << "Handheld file: " << handheld::kDeviceDataFile;
     if (!local || !fs::is_regular_file(*local, ec)) {
-        ctx.out << ": not there yet; the handheld application writes it (or dorvane handheld "
-                   "init, an empty one)\n";
-        return kExitOk;
+        doc["handheldFile"] = nullptr;
+        text << ": not there yet; the handheld application writes it (or dorvane handheld "
+                "init, an empty one)\n";
+        return done(kExitOk);
     }
     const auto size = fs::file_size(*local, ec);
-    ctx.out << " = " << local->string() << ", " << size << " bytes\n";
+    doc["handheldFile"] = local->string();
+    doc["bytes"] = size;
+    text << " = " << local->string() << ", " << size << " bytes\n";
     if (size == 0) {
-        ctx.out << "  empty: the next sync hands it the lists\n";
-        return kExitOk;
+        text << "  empty: the next sync hands it the lists\n";
+        return done(kExitOk);
     }
     if (size > handheld::kMaxDeviceRead) {
-        ctx.out << "  too large: a sync reads only its first " << handheld::kMaxDeviceRead
-                << " bytes and stops\n";
+        doc["tooLarge"] = true;
+        text << "  too large: a sync reads only its first " << handheld::kMaxDeviceRead
+             << " bytes and stops\n";
     }
-    std::string text(std::min<std::uintmax_t>(size, handheld::kMaxDeviceRead), '\0');
+    std::string content(std::min<std::uintmax_t>(size, handheld::kMaxDeviceRead), '\0');
     std::ifstream(*local, std::ios::binary)
-        .read(text.data(), static_cast<std::streamsize>(text.size()));
-    auto parsed = imports::parseExchangeText(text);
+        .read(content.data(), static_cast<std::streamsize>(content.size()));
+    auto parsed = imports::parseExchangeText(content);
     if (!parsed) {
-        ctx.out << "  not a whole document: " << parsed.error().description << '\n';
-        return kExitOk;
+        doc["problem"] = parsed.error().description;
+        text << "  not a whole document: " << parsed.error().description << '\n';
+        return done(kExitOk);
     }
-    const xml::Document& doc = parsed->document;
-    const std::string version = doc.valueOf("/Dorvane_PDA/TimeTracks/@version");
-    ctx.out << "  employee: " << doc.valueOf("/Dorvane_PDA/Employee/Name") << '\n'
-            << "  customers: " << doc.selectAll("/Dorvane_PDA/Customers/Customer").size()
-            << ", projects: " << doc.selectAll("/Dorvane_PDA/Projects/Project").size()
-            << ", payroll items: " << doc.selectAll("/Dorvane_PDA/PayrollItems/PayrollItem").size()
-            << '\n'
-            << "  time entries: " << doc.selectAll("/Dorvane_PDA/TimeTracks/TimeTrack").size()
-            << (version.empty() ? std::string() : " (layout version " + version + ")") << '\n';
-    return kExitOk;
+    const xml::Document& file = parsed->document;
+    const std::string version = file.valueOf("/Dorvane_PDA/TimeTracks/@version");
+    const auto count = [&](const char* path) { return file.selectAll(path).size(); };
+    doc["employee"] = file.valueOf("/Dorvane_PDA/Employee/Name");
+    doc["customers"] = count("/Dorvane_PDA/Customers/Customer");
+    doc["projects"] = count("/Dorvane_PDA/Projects/Project");
+    doc["payrollItems"] = count("/Dorvane_PDA/PayrollItems/PayrollItem");
+    doc["timeEntries"] = count("/Dorvane_PDA/TimeTracks/TimeTrack");
+    doc["layoutVersion"] = version.empty() ? Json() : Json(version);
+    text << "  employee: " << doc["employee"].get<std::string>() << '\n'
+         << "  customers: " << doc["customers"] << ", projects: " << doc["projects"]
+         << ", payroll items: " << doc["payrollItems"] << '\n'
+         << "  time entries: " << doc["timeEntries"]
+         << (version.empty() ? std::string() : " (layout version " + version + ")") << '\n';
+    return done(kExitOk);
 }
 
 // `handheld init`: the empty file a new handheld lacks, which the first sync replaces.
@@ -253,6 +281,8 @@ int init(CommandContext& ctx, const Invocation&) {
     return kExitOk;
 }
 
+constexpr Option kStatusOptions[] = {kJsonOption};
+
 constexpr Option kSyncOptions[] = {
     {"--employee", 0, "NAME", "the worker: an employee's name (any case) or ListID"},
     {"--yes", 'y', "", "book the fetched hours as time entries"},
@@ -280,7 +310,9 @@ constexpr Command kHandheldSubcommands[] = {
      .check = checkImportFile,
      .run = importFile},
     {.name = "status",
+     .synopsis = "[--json]",
      .summary = "show the device folder and the handheld's file on it",
+     .options = kStatusOptions,
      .needs = Needs::Application,
      .run = status},
     {.name = "init",

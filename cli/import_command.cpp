@@ -10,6 +10,7 @@
 
 #include "cli/cli.h"
 #include "cli/commands.h"
+#include "cli/json.h"
 #include "cli/terminalui.h"
 #include "common/text.h"
 #include "import/importwindow.h"
@@ -220,7 +221,7 @@ int checkImportArgs(Invocation& args, std::ostream& err) {
     return kExitOk;
 }
 
-int import(CommandContext& ctx, const Invocation& args) {
+int importDocument(CommandContext& ctx, const Invocation& args, std::ostream& out) {
     const ImportArgs parsed = importArgs(args);
     const std::optional<std::string>& receiptText = args.input;
     imports::ImportWindow& window = ctx.app.importWindow();
@@ -234,22 +235,22 @@ int import(CommandContext& ctx, const Invocation& args) {
     }
     if (!window.control(imports::kAddItemBtn).visible ||
         !window.control(imports::kAddItemBtn).enabled) {
-        ctx.out << "Not imported: the file could not be read\n";
+        out << "Not imported: the file could not be read\n";
         return kExitFailed;
     }
     if (!window.browserFile().empty()) {
-        ctx.out << "Preview: " << window.browserFile() << '\n';
+        out << "Preview: " << window.browserFile() << '\n';
     }
     if (imports::recogniseKind(window.documentKind()) == imports::DocumentKind::Pda) {
-        ctx.out << "Not imported: a handheld file is booked by `dorvane handheld import "
-                << parsed.file << "`\n";
+        out << "Not imported: a handheld file is booked by `dorvane handheld import " << parsed.file
+            << "`\n";
         return kExitFailed;
     }
 
     if (parsed.vendor) {
         const auto index = indexNamed(window.counterparts().items, *parsed.vendor);
         if (!index) {
-            ctx.out << "Not imported: QuickBooks has no vendor named '" << *parsed.vendor << "'\n";
+            out << "Not imported: QuickBooks has no vendor named '" << *parsed.vendor << "'\n";
             return kExitFailed;
         }
         window.itemClicked(*index);
@@ -261,12 +262,12 @@ int import(CommandContext& ctx, const Invocation& args) {
         }
         const auto index = indexNamed(names, *parsed.account);
         if (!index) {
-            ctx.out << "Not imported: no bank or credit-card account named '" << *parsed.account
-                    << "'; QuickBooks has:";
+            out << "Not imported: no bank or credit-card account named '" << *parsed.account
+                << "'; QuickBooks has:";
             for (const auto& n : names) {
-                ctx.out << " '" << n << "'";
+                out << " '" << n << "'";
             }
-            ctx.out << '\n';
+            out << '\n';
             return kExitFailed;
         }
         window.selectAccount(*index);
@@ -276,7 +277,40 @@ int import(CommandContext& ctx, const Invocation& args) {
     }
     const std::string sender = window.exchangeDocument().valueOf("//CompanyRet/CompanyName");
     window.importSelectedDocument();
-    return reportOutcome(window, parsed, sender, ctx.out);
+    return reportOutcome(window, parsed, sender, out);
+}
+
+// The text of the run, or with --json one document: the lines the text would have, whether it
+// was booked, and what was added to QuickBooks.
+int import(CommandContext& ctx, const Invocation& args) {
+    if (!args.has("--json")) {
+        return importDocument(ctx, args, ctx.out);
+    }
+    std::ostringstream text;
+    const int code = importDocument(ctx, args, text);
+    const ImportArgs parsed = importArgs(args);
+    Json lines = Json::array();
+    std::istringstream in(text.str());
+    for (std::string line; std::getline(in, line);) {
+        lines.push_back(line);
+    }
+    Json added = Json::array();
+    for (const imports::AddedRecord& r : ctx.app.importWindow().lastReport().added) {
+        added.push_back(Json{{"kind", r.noun},
+                             {"name", r.name},
+                             {"refNumber", r.refNumber},
+                             {"account", r.account},
+                             {"party", r.party},
+                             {"total", r.total}});
+    }
+    printJson(Json{{"file", parsed.file},
+                   {"receipt", parsed.receipt},
+                   {"booked", code == kExitOk},
+                   {"exitStatus", code},
+                   {"added", std::move(added)},
+                   {"lines", std::move(lines)}},
+              ctx.out);
+    return code;
 }
 
 }  // namespace
@@ -287,13 +321,14 @@ constexpr Option kImportOptions[] = {
     {"--receipt", 0, "FILE", "book an Authorize.Net receipt's text (- for standard\ninput)"},
     {"--customer", 0, "NAME", "the receipt's customer (empty for none)"},
     {"--again", 0, "", "book it even if QuickBooks has it, or it was imported\nbefore"},
+    kJsonOption,
 };
 
 constexpr Command kImportCommand{
     .name = "import",
     .synopsis =
-        "FILE [--vendor NAME] [--account NAME] [--again]\n"
-        "       dorvane import --receipt FILE|- [--customer NAME] [--again]",
+        "FILE [--vendor NAME] [--account NAME] [--again] [--json]\n"
+        "       dorvane import --receipt FILE|- [--customer NAME] [--again] [--json]",
     .summary =
         "book a received exchange file (.dvx): an invoice as a bill, an\n"
         "estimate as a purchase order, a sales receipt as a check or\n"
@@ -314,6 +349,7 @@ constexpr Command kImportCommand{
         "  It prints the vendor or customer used (found, chosen or created) and the document\n"
         "  booked with its number and total. Before anything is written it checks that\n"
         "  QuickBooks has the item, terms and account the import preferences name.\n"
+        "  --json prints one JSON document instead: booked, what was added, and the lines.\n"
         "  Exit status: 0 booked, 1 not booked (refused, a question unanswered, a record the\n"
         "  import preferences name missing, or already there), 2 QuickBooks could not be\n"
         "  reached.\n",

@@ -6,6 +6,7 @@
 #include "batch/batchimport.h"
 #include "cli/cli.h"
 #include "cli/commands.h"
+#include "cli/json.h"
 #include "cli/terminalui.h"
 #include "import/importwindow.h"
 #include "shell/application.h"
@@ -29,11 +30,29 @@ const char* kindText(batch::RecordOutcome::Kind kind) {
     return "";
 }
 
+void printSummary(CommandContext& ctx, const batch::RunSummary& run, const std::string& status) {
+    ctx.out << run.added << " added, " << run.notApproved << " not approved, "
+            << run.alreadyImported << " already imported, " << run.refused << " refused";
+    if (run.cancelled) {
+        ctx.out << ", cancelled";
+    } else if (run.unreachable) {
+        ctx.out << "; stopped: QuickBooks could not be reached";
+    } else if (run.stopped) {
+        ctx.out << "; stopped: " << status;
+    }
+    ctx.out << '\n';
+    if (const std::string stop = batch::stopReport(run); !stop.empty()) {
+        ctx.out << stop << '\n';
+    }
+}
+
 int importBatch(CommandContext& ctx, const Invocation& args) {
     const std::string& file = args.operands[0];
     const bool bulk = args.has("--bulk");
     const bool quoted = args.has("--quoted");
     const bool yes = args.has("--yes");
+    const bool json = args.has("--json");
+    Json records = Json::array();
     imports::ImportWindow& window = ctx.app.importWindow();
     window.open();
     batch::BatchImport& importer = ctx.app.batchImport();
@@ -41,6 +60,14 @@ int importBatch(CommandContext& ctx, const Invocation& args) {
         importer.setQuotedFields(true);
     }
     importer.onRecord([&](const batch::RecordOutcome& o) {
+        if (json) {
+            records.push_back(Json{{"transactionId", o.transactionId},
+                                   {"company", o.company},
+                                   {"amount", o.amount},
+                                   {"outcome", kindText(o.kind)},
+                                   {"reason", o.reason}});
+            return;
+        }
         std::string who;
         for (const std::string* part : {&o.transactionId, &o.company, &o.amount}) {
             if (!part->empty()) {
@@ -68,18 +95,22 @@ int importBatch(CommandContext& ctx, const Invocation& args) {
         ctx.err << run.refusedFile << '\n';
         return kExitData;
     }
-    ctx.out << run.added << " added, " << run.notApproved << " not approved, "
-            << run.alreadyImported << " already imported, " << run.refused << " refused";
-    if (run.cancelled) {
-        ctx.out << ", cancelled";
-    } else if (run.unreachable) {
-        ctx.out << "; stopped: QuickBooks could not be reached";
-    } else if (run.stopped) {
-        ctx.out << "; stopped: " << window.statusText();
-    }
-    ctx.out << '\n';
-    if (const std::string stop = batch::stopReport(run); !stop.empty()) {
-        ctx.out << stop << '\n';
+    if (json) {
+        printJson(Json{{"file", file},
+                       {"records", std::move(records)},
+                       {"added", run.added},
+                       {"notApproved", run.notApproved},
+                       {"alreadyImported", run.alreadyImported},
+                       {"refused", run.refused},
+                       {"cancelled", run.cancelled},
+                       {"unreachable", run.unreachable},
+                       {"stopped", run.stopped},
+                       {"stoppedAt", run.stopped ? Json(run.stoppedAt) : Json()},
+                       {"notTried", run.notTried},
+                       {"stopReport", batch::stopReport(run)}},
+                  ctx.out);
+    } else {
+        printSummary(ctx, run, window.statusText());
     }
     if (run.unreachable) {
         return kExitGateway;
@@ -93,11 +124,12 @@ constexpr Option kImportBatchOptions[] = {
     {"--bulk", 0, "", "read the file in chunks, as the window's bulk import does"},
     {"--quoted", 0, "", "read values in double quotes whole"},
     {"--yes", 'y', "", "answer the bulk import's warning with OK"},
+    kJsonOption,
 };
 
 constexpr Command kImportBatchCommand{
     .name = "import-batch",
-    .synopsis = "FILE [--bulk] [--quoted] [--yes]",
+    .synopsis = "FILE [--bulk] [--quoted] [--yes] [--json]",
     .summary =
         "book the approved transactions of an Authorize.Net download as\n"
         "sales receipts, each once; one line per transaction, exit status\n"
@@ -112,6 +144,7 @@ constexpr Command kImportBatchCommand{
         "  to back up the company file: --yes answers it). --quoted reads values in double quotes\n"
         "  whole (\"O'Brien, Inc.\", \"1,234.50\"), as the import setting QuotedFields does;\n"
         "  without it such a transaction is refused and nothing of it is booked.\n"
+        "  --json prints the transactions and the summary as one JSON document instead.\n"
         "  A file without the columns the import reads (Transaction ID, Authorization Code, Total\n"
         "  Amount, Company, Customer First Name, Customer Last Name) is refused whole, and so is\n"
         "  a transaction without its ID.\n"

@@ -14,12 +14,17 @@ namespace {
 using Json = nlohmann::json;
 
 TEST_F(Cli, JsonOutputHoldsTheFactsOfTheText) {
+    copyProgram(".xslt");
     ASSERT_EQ(newDemo(), 0) << err;
     struct Case {
         std::string args;
         std::string pointer;  // a fact in the document
         Json value;
+        int code = 0;
     };
+    const std::string batch = (dataDir() / "batch" / "standard-utf8.txt").string();
+    const std::string receipt = (home / "stranger.txt").string();
+    writeFile(receipt, "Company : Stranger Things Ltd\r\nAmount : 5.00\r\nTransaction ID : 99\r\n");
     const Case cases[] = {
         {"list invoice --timeframe all --json", "/type", "Invoice"},
         {"list Invoice --timeframe ALL --json", "/rows/0/state", "Ready to send"},
@@ -29,10 +34,13 @@ TEST_F(Cli, JsonOutputHoldsTheFactsOfTheText) {
             "meaning": "the SMTP server's port", "allowed": "a port number from 1 to 65535"})")},
         {"send Invoice --timeframe ALL --preview --json", "/preview", true},
         {"webconnector status --json", "/connection", "sandbox"},
+        {"handheld status --json", "/deviceFolder", nullptr, 2},
+        {"import --receipt " + receipt + " --json", "/booked", false, 1},
+        {"import-batch " + batch + " --json", "/records/0/outcome", "added"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.args);
-        ASSERT_EQ(dorvane(c.args, "sandbox"), 0) << err;
+        ASSERT_EQ(dorvane(c.args, "sandbox"), c.code) << err << out;
         const Json doc = Json::parse(out, nullptr, false);
         ASSERT_FALSE(doc.is_discarded()) << out;
         EXPECT_EQ(doc.value(Json::json_pointer(c.pointer), Json()), c.value) << out;
