@@ -249,34 +249,25 @@ int status(CommandContext& ctx, const Invocation& args) {
 // `handheld init`: the empty file a new handheld lacks, which the first sync replaces.
 int init(CommandContext& ctx, const Invocation&) {
     ctx.app.settings().reload();
-    const handheld::DeviceFolder folder = handheld::deviceFolder(ctx.app.settings());
-    std::error_code ec;
-    if (folder.path.empty() || !fs::is_directory(folder.path, ec)) {
-        ctx.err << "dorvane handheld init: "
-                << (folder.path.empty() ? "no device folder chosen"
-                                        : "the device folder " + folder.path.string() +
-                                              " is not there (is the handheld mounted?)")
-                << "; choose it with: " << kChooseFolder << '\n';
-        return kExitGateway;
+    const auto written =
+        handheld::writeEmptyHandheldFile(handheld::deviceFolder(ctx.app.settings()));
+    if (!written) {
+        const Error& e = written.error();
+        ctx.err << "dorvane handheld init: " << e.description;
+        switch (e.code) {
+            case handheld::kNoDeviceFolder:
+            case handheld::kDeviceFolderMissing:
+                ctx.err << "; choose it with: " << kChooseFolder << '\n';
+                return kExitGateway;
+            case handheld::kHandheldFileThere:
+                ctx.err << ": `dorvane handheld sync` fetches them\n";
+                return kExitFailed;
+            default:
+                ctx.err << '\n';
+                return kExitFailed;
+        }
     }
-    if (const auto existing = handheldFile(ctx)) {
-        ctx.err << "dorvane handheld init: " << existing->string()
-                << " is there already and may hold hours not fetched yet: `dorvane handheld "
-                   "sync` fetches them\n";
-        return kExitFailed;
-    }
-    handheld::FolderDevice device(folder.path);
-    device.rapiInit();
-    const handheld::DeviceHandle file =
-        device.createFile(handheld::kDeviceDataFile, handheld::OpenMode::Write);
-    if (file == handheld::kInvalidHandle) {
-        ctx.err << "dorvane handheld init: cannot write " << handheld::kDeviceDataFile << " in "
-                << folder.path.string() << " (error " << device.lastError() << ")\n";
-        return kExitFailed;
-    }
-    device.closeHandle(file);
-    device.rapiUninit();
-    ctx.out << "Wrote an empty " << device.localPath(handheld::kDeviceDataFile)->string()
+    ctx.out << "Wrote an empty " << written->string()
             << "; `dorvane handheld sync --employee NAME` hands it QuickBooks' lists.\n";
     return kExitOk;
 }

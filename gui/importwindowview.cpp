@@ -47,6 +47,7 @@ constexpr MenuEntry kOptionsEntries[] = {
     {kImpAuthNetBatch, "Authorize.Net &Batch..."},
     {kImpAuthNetBulk, "Authorize.Net B&ulk..."},
     {kSynchronizePDA, "&Synchronize Handheld"},
+    {kInitPDA, "&Initialize New Handheld"},
 };
 
 QString name(const char* controlName) {

@@ -5,6 +5,7 @@
 #include <system_error>
 
 #include "common/text.h"
+#include "handheld/folderdevice.h"
 #include "handheld/pocketpc.h"
 #include "import/exchangefile.h"
 #include "import/importsurface.h"
@@ -267,6 +268,33 @@ TimeImportOutcome TimeTrackingSync::importTimeTracking() {
     m_window.setBrowserBody(kTimeTrackingAddedPage);
     m_window.resetImportWindow();
     return m_lastImport = TimeImportOutcome::Added;
+}
+
+Result<std::filesystem::path> writeEmptyHandheldFile(const DeviceFolder& folder) {
+    std::error_code ec;
+    if (folder.path.empty()) {
+        return Error{kNoDeviceFolder, "no device folder chosen"};
+    }
+    if (!std::filesystem::is_directory(folder.path, ec)) {
+        return Error{kDeviceFolderMissing, "the device folder " + folder.path.string() +
+                                               " is not there (is the handheld mounted?)"};
+    }
+    FolderDevice device(folder.path);
+    const auto local = device.localPath(kDeviceDataFile);
+    if (local && std::filesystem::exists(*local, ec)) {
+        return Error{kHandheldFileThere,
+                     local->string() + " is there already and may hold hours not fetched yet"};
+    }
+    device.rapiInit();
+    const DeviceHandle file = device.createFile(kDeviceDataFile, OpenMode::Write);
+    if (file == kInvalidHandle) {
+        return Error{kHandheldFileUnwritable, std::string("cannot write ") + kDeviceDataFile +
+                                                  " in " + folder.path.string() + " (error " +
+                                                  std::to_string(device.lastError()) + ")"};
+    }
+    device.closeHandle(file);
+    device.rapiUninit();
+    return *device.localPath(kDeviceDataFile);
 }
 
 }  // namespace dorvane::handheld

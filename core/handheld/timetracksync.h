@@ -12,6 +12,7 @@
 // log: the same entries sent twice are added twice.
 #pragma once
 
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -19,7 +20,9 @@
 #include <string_view>
 #include <vector>
 
+#include "common/result.h"
 #include "handheld/device.h"
+#include "handheld/folderdevice.h"
 #include "ui/uiport.h"
 #include "xml/xml.h"
 
@@ -38,6 +41,16 @@ class ImportSurface;
 namespace dorvane::handheld {
 
 inline constexpr const char* kDeviceDataFile = "\\Program Files\\TimeTrack\\data.xml";
+
+// Why the empty handheld file could not be written (Error::code).
+inline constexpr int kNoDeviceFolder = 1;       // none chosen
+inline constexpr int kDeviceFolderMissing = 2;  // chosen, but not there (not mounted?)
+inline constexpr int kHandheldFileThere = 3;    // a file is there, perhaps with hours not fetched
+inline constexpr int kHandheldFileUnwritable = 4;
+
+// Writes the empty handheld file a new device lacks, which the first sync then replaces, and
+// answers its path. An existing file is never replaced.
+Result<std::filesystem::path> writeEmptyHandheldFile(const DeviceFolder& folder);
 inline constexpr const char* kDataOutFile = "dataout.xml";
 inline constexpr const char* kDataInFile = "datain.xml";
 inline constexpr const char* kDataRequestFile = "PDADataGetRq.xml";

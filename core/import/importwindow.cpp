@@ -211,6 +211,8 @@ void ImportWindow::runMenuEntry(std::string_view name) {
         run(m_services.impAuthNetBulk);
     } else if (name == kSynchronizePDA) {
         run(m_services.synchronizePDA);
+    } else if (name == kInitPDA) {
+        run(m_services.initializePDA);
     }
 }
 

@@ -72,13 +72,14 @@ inline constexpr const char* kCapAuthorize = "capAuthorize";
 inline constexpr const char* kImpAuthNetBatch = "ImpAuthNetBatch";
 inline constexpr const char* kImpAuthNetBulk = "ImpAuthNetBulk";
 inline constexpr const char* kSynchronizePDA = "SynchronizePDA";
+inline constexpr const char* kInitPDA = "InitPDA";
 
 // The controls and menu entries whose state the window keeps.
 inline constexpr const char* kImportWindowControls[] = {
     kVendorListView,  kNameText,       kLabel1,         kLabel2,     kSelAccountLabel,
     kSelAccountCombo, kWebBrowser,     kAddItemBtn,     kSelItemBtn, kClearSelBtn,
     kStatusBar,       kOptionsMenu,    kSelDVXImport,   kSetPref,    kCapAuthorize,
-    kImpAuthNetBatch, kImpAuthNetBulk, kSynchronizePDA,
+    kImpAuthNetBatch, kImpAuthNetBulk, kSynchronizePDA, kInitPDA,
 };
 
 // ---- texts ---------------------------------------------------------------------------
@@ -105,6 +106,8 @@ struct ImportWindowServices {
     std::function<void()> impAuthNetBatch;
     std::function<void()> impAuthNetBulk;
     std::function<void()> synchronizePDA;
+    // Writes the empty handheld file a new handheld lacks.
+    std::function<void()> initializePDA;
     // The Import button on a handheld file.
     std::function<void()> importTimeTracking;
 };

@@ -67,6 +67,15 @@ Application::Application(ui::UiPort& ui, const StartOptions& options,
     importServices.impAuthNetBulk = [this] { m_batchImport.impAuthNetBulk(); };
     importServices.synchronizePDA = [this] { m_handheld.synchronizePDA(); };
     importServices.importTimeTracking = [this] { m_handheld.importTimeTracking(); };
+    importServices.initializePDA = [this] {
+        m_settings.reload();
+        const auto written = handheld::writeEmptyHandheldFile(handheld::deviceFolder(m_settings));
+        m_ui.messageBox(
+            written ? "Wrote an empty " + written->string() +
+                          ". \"Synchronize Handheld\" now hands it the lists."
+                    : "The handheld file was not written: " + written.error().description + ".",
+            ui::kProgramTitle, written ? ui::Icon::Information : ui::Icon::Exclamation);
+    };
     // Without its handheld the sync cannot go on: the program ends, as a front end may decide
     // otherwise through m_handheld.setEndApplication.
     m_handheld.setEndApplication([] { std::exit(2); });

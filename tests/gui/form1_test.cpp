@@ -174,10 +174,10 @@ void Form1Test::importButtonOpensOneWindowWithItsControlsAndMenu() {
             entries << action->objectName();
         }
     }
-    QCOMPARE(
-        entries.join(QLatin1Char(' ')),
-        QStringLiteral(
-            "SelDVXImport setPref capAuthorize ImpAuthNetBatch ImpAuthNetBulk SynchronizePDA"));
+    QCOMPARE(entries.join(QLatin1Char(' ')),
+             QStringLiteral(
+                 "SelDVXImport setPref capAuthorize ImpAuthNetBatch ImpAuthNetBulk SynchronizePDA "
+                 "InitPDA"));
     // The entries later subsystems fill in reach them; the rest reach core. While one runs,
     // no other command of either window starts.
     QStringList ran;
@@ -189,11 +189,12 @@ void Form1Test::importButtonOpensOneWindowWithItsControlsAndMenu() {
                             },
                         .impAuthNetBulk = [&] { ran << QStringLiteral("bulk"); },
                         .synchronizePDA = [&] { ran << QStringLiteral("pda"); },
+                        .initializePDA = [&] { ran << QStringLiteral("init"); },
                         .importTimeTracking = {}});
-    for (const char* entry : {"ImpAuthNetBatch", "ImpAuthNetBulk", "SynchronizePDA"}) {
+    for (const char* entry : {"ImpAuthNetBatch", "ImpAuthNetBulk", "SynchronizePDA", "InitPDA"}) {
         trigger(entry);
     }
-    QCOMPARE(ran.join(QLatin1Char(' ')), QStringLiteral("batch bulk pda"));
+    QCOMPARE(ran.join(QLatin1Char(' ')), QStringLiteral("batch bulk pda init"));
     m_ui->files.push_back(std::nullopt);
     trigger("SelDVXImport");
     QVERIFY(m_ui->files.empty());
