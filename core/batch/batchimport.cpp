@@ -49,8 +49,9 @@ bool memoNames(std::string_view memo, std::string_view txnId) {
     return false;
 }
 
+// One line of a results page. Its text comes from the download, so it is markup-escaped.
 std::string dt(const std::string& text) {
-    return "<dt>" + text + "</dt>";
+    return "<dt>" + xml::escapeText(text) + "</dt>";
 }
 
 // The records a reader has left: its lines with anything on them.

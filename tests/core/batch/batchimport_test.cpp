@@ -184,6 +184,19 @@ TEST_F(BatchImportTest, BulkImportWithoutCustomersReportsOnlyExceptions) {
     EXPECT_TRUE(ui.files.empty());
 }
 
+// A name from the download is text on the results page, never markup.
+TEST_F(BatchImportTest, NamesFromTheDownloadAreEscapedOnThePage) {
+    set("IgnoreAuthNetCust", "1");
+    const std::string file = (home / "hostile.csv").string();
+    writeFile(file,
+              "Transaction ID,Authorization Code,Total Amount,Company,Customer First Name,Customer "
+              "Last Name\r\n"
+              "556,OK1,12.00,<img src=x onerror=alert(1)>\r\n");
+    batch().processAuthNetBatch(file);
+    EXPECT_NE(body().find("&lt;img src=x onerror=alert(1)&gt;"), std::string::npos) << body();
+    EXPECT_EQ(body().find("<img"), std::string::npos) << body();
+}
+
 // A refused receipt is not logged, so a later run tries it again; in the bulk import the
 // exception is QuickBooks' own message.
 TEST_F(BatchImportTest, RefusedReceiptsAreNotLoggedAndTriedAgain) {
