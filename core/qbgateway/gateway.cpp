@@ -8,6 +8,7 @@
 #include "common/text.h"
 #include "platform/programfolder.h"
 #include "ui/uiport.h"
+#include "xml/xml.h"
 
 namespace dorvane::qbgateway {
 namespace {
@@ -89,6 +90,12 @@ std::string Gateway::exchange(const std::string& request, bool askCompanyFile) {
         m_unreachable = false;
         if (askCompanyFile) {
             noteCompanyFile(companyFile);
+        }
+        if (xml::declaresInternalSubset(response)) {
+            // QuickBooks never declares entities; an answer that does (through the Web
+            // Connector it comes over the network) is not read anywhere.
+            m_ui.messageBox(kDeclaredAnswerMessage);
+            return {};
         }
         // A list answer runs to tens of megabytes: the worker writes its copy while the
         // caller goes on.

@@ -29,6 +29,9 @@ namespace dorvane::qbgateway {
 inline constexpr const char* kApplicationName = "Dorvane";
 inline constexpr const char* kNoCompanyMessage =
     "Please open Quickbooks and select the appropriate Company file";
+inline constexpr const char* kDeclaredAnswerMessage =
+    "QuickBooks' answer declares entities or elements of its own, which QuickBooks never "
+    "does; Dorvane did not use it. Check which program answers in QuickBooks' place.";
 
 class Gateway {
 public:

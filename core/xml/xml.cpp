@@ -1002,6 +1002,39 @@ Document Document::clone() const {
     return Document(copy);
 }
 
+bool declaresInternalSubset(std::string_view text) {
+    std::size_t pos = 0;
+    while ((pos = text.find('<', pos)) != std::string_view::npos) {
+        const std::string_view rest = text.substr(pos);
+        if (rest.starts_with("<?") || rest.starts_with("<!--")) {
+            const std::string_view close = rest.starts_with("<?") ? "?>" : "-->";
+            const std::size_t end = text.find(close, pos + 2);
+            if (end == std::string_view::npos) {
+                return false;
+            }
+            pos = end + close.size();
+            continue;
+        }
+        if (!rest.starts_with("<!DOCTYPE")) {
+            return false;  // the root element, or no well-formed prolog at all
+        }
+        char quote = 0;
+        for (const char c : rest.substr(9)) {
+            if (quote) {
+                quote = c == quote ? 0 : quote;
+            } else if (c == '"' || c == '\'') {
+                quote = c;
+            } else if (c == '[') {
+                return true;
+            } else if (c == '>') {
+                return false;
+            }
+        }
+        return false;
+    }
+    return false;
+}
+
 std::string escapeText(std::string_view text) {
     initialize();
     const std::string in(text);

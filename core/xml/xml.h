@@ -173,6 +173,11 @@ private:
 // building XML by hand.
 std::string escapeText(std::string_view text);
 
+// Whether `text` declares a document type with an internal subset (entity or element
+// declarations) before its root element. Linear in the prolog's length; for answers that
+// arrive from outside and are parsed in many places afterwards.
+bool declaresInternalSubset(std::string_view text);
+
 // Sets up libxml2/libxslt for the whole process (error handlers, security preferences,
 // EXSLT). Safe to call more than once; every entry point above calls it.
 void initialize();

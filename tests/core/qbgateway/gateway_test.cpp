@@ -168,6 +168,28 @@ TEST_F(GatewayTest, NoCompanyFileOpenHasItsOwnMessage) {
               "Please open Quickbooks and select the appropriate Company file");
 }
 
+// An answer declaring entities is dropped before anyone parses it; a plain DOCTYPE or one in a
+// comment is not a declaration.
+TEST_F(GatewayTest, AnAnswerDeclaringEntitiesIsNotUsed) {
+    const struct {
+        const char* answer;
+        bool dropped;
+    } cases[] = {
+        {"<?xml version=\"1.0\"?><!DOCTYPE QBXML [<!ENTITY a \"x\">]><QBXML>&a;</QBXML>", true},
+        {"<!-- [ --><!DOCTYPE QBXML PUBLIC \"[x\" \"y\"\n[<!ELEMENT QBXML ANY>]><QBXML/>", true},
+        {"<?xml version=\"1.0\"?><!DOCTYPE QBXML PUBLIC \"[x]\" \"y\"><QBXML/>", false},
+        {"<?xml version=\"1.0\"?><!-- <!DOCTYPE x [ --><QBXML><A>[</A></QBXML>", false},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.answer);
+        ui.messages.clear();
+        journal.response = c.answer;
+        EXPECT_EQ(gateway.processRequest("<req/>"), c.dropped ? "" : c.answer);
+        EXPECT_EQ(ui.messages.size(), c.dropped ? 1u : 0u);
+        EXPECT_FALSE(gateway.unreachable());
+    }
+}
+
 TEST_F(GatewayTest, ErrorNumbersPrintAsSigned32BitDecimals) {
     EXPECT_EQ(Gateway::failureMessage(processorError(0x80040400, "Parse.")),
               "QuickBooks Access Error\r\nParse.(-2147220480)");
