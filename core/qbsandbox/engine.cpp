@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "qbsandbox/engine.h"
 
-#include <regex>
+#include <algorithm>
+#include <cctype>
+#include <optional>
+#include <string_view>
 
 #include "qbgateway/requestprocessor.h"
 
@@ -21,19 +24,108 @@ Error parseFailure(std::string detail, std::string* trace) {
     return qbgateway::processorError(qbgateway::kErrParse, kParseError);
 }
 
+// A cursor over a message's prolog, for the two declarations that carry the qbXML version.
+// It reads in one pass without recursion, so a prolog of any length is safe to read.
+struct PrologScan {
+    std::string_view s;
+    std::size_t i = 0;
+
+    bool literal(std::string_view word) {
+        if (!s.substr(i).starts_with(word)) {
+            return false;
+        }
+        i += word.size();
+        return true;
+    }
+    // Skips white space; with `required`, at least one character of it.
+    bool spaces(bool required) {
+        const std::size_t from = i;
+        while (i < s.size() && std::isspace(static_cast<unsigned char>(s[i]))) {
+            ++i;
+        }
+        return !required || i > from;
+    }
+    // A value in quotes (either kind, none inside): its text.
+    std::optional<std::string_view> quoted() {
+        if (i >= s.size() || (s[i] != '"' && s[i] != '\'')) {
+            return std::nullopt;
+        }
+        const std::size_t end = s.find_first_of("\"'", i + 1);
+        if (end == std::string_view::npos) {
+            return std::nullopt;
+        }
+        const std::string_view value = s.substr(i + 1, end - i - 1);
+        i = end + 1;
+        return value;
+    }
+};
+
+std::string_view prologOf(std::string_view text) {
+    return text.substr(0, std::min(text.find("<QBXML"), text.size()));
+}
+
 // The version a message announces, from `<?qbxml version="X"?>` or the qbXML DOCTYPE; "" when
 // it announces none.
 std::string announcedVersion(std::string_view text) {
-    auto root = text.find("<QBXML");
-    std::string prolog(text.substr(0, root == std::string_view::npos ? text.size() : root));
-    static const std::regex pi(R"(<\?qbxml\s+version\s*=\s*["']([^"']*)["']\s*\?>)");
-    static const std::regex doctype(
-        R"(<!DOCTYPE\s+QBXML\s+PUBLIC\s+["']-//INTUIT//DTD QBXML QBD ([^/"']*)//EN["'])");
-    std::smatch m;
-    if (std::regex_search(prolog, m, pi) || std::regex_search(prolog, m, doctype)) {
-        return m[1].str();
+    const std::string_view prolog = prologOf(text);
+    for (std::size_t at = prolog.find("<?qbxml"); at != std::string_view::npos;
+         at = prolog.find("<?qbxml", at + 1)) {
+        PrologScan p{prolog, at + 7};
+        if (p.spaces(true) && p.literal("version") && p.spaces(false) && p.literal("=") &&
+            p.spaces(false)) {
+            const auto version = p.quoted();
+            if (version && p.spaces(false) && p.literal("?>")) {
+                return std::string(*version);
+            }
+        }
+    }
+    for (std::size_t at = prolog.find("<!DOCTYPE"); at != std::string_view::npos;
+         at = prolog.find("<!DOCTYPE", at + 1)) {
+        PrologScan p{prolog, at + 9};
+        if (p.spaces(true) && p.literal("QBXML") && p.spaces(true) && p.literal("PUBLIC") &&
+            p.spaces(true) && p.i < prolog.size() && (prolog[p.i] == '"' || prolog[p.i] == '\'')) {
+            ++p.i;
+            if (p.literal("-//INTUIT//DTD QBXML QBD ")) {
+                const std::size_t end = prolog.find_first_of("/\"'", p.i);
+                const std::size_t from = p.i;
+                p.i = std::min(end, prolog.size());
+                if (p.literal("//EN") && p.i < prolog.size() &&
+                    (prolog[p.i] == '"' || prolog[p.i] == '\'')) {
+                    return std::string(prolog.substr(from, end - from));
+                }
+            }
+        }
     }
     return {};
+}
+
+// The message without its qbXML DOCTYPE declarations (`<!DOCTYPE QBXML PUBLIC "…" ["…"]>`).
+std::string withoutQbxmlDoctype(std::string_view text) {
+    if (text.find("<QBXML") == std::string_view::npos) {
+        return std::string(text);
+    }
+    const std::string_view prolog = prologOf(text);
+    std::string out;
+    std::size_t copied = 0;
+    for (std::size_t at = prolog.find("<!DOCTYPE"); at != std::string_view::npos;
+         at = prolog.find("<!DOCTYPE", at + 1)) {
+        PrologScan p{prolog, at + 9};
+        if (!(p.spaces(true) && p.literal("QBXML") && p.spaces(true) && p.literal("PUBLIC") &&
+              p.spaces(true) && p.quoted())) {
+            continue;
+        }
+        const std::size_t afterPublic = p.i;
+        if (!(p.spaces(true) && p.quoted())) {
+            p.i = afterPublic;
+        }
+        p.spaces(false);
+        if (p.literal(">")) {
+            out.append(text.substr(copied, at - copied));
+            copied = p.i;
+        }
+    }
+    out.append(text.substr(copied));
+    return out;
 }
 
 void openRs(std::string& out, const std::string& name, const xml::Node& rq, const RsStatus& s,
@@ -84,12 +176,7 @@ Result<std::string> answerMessage(CompanyFile& file, std::string_view request, s
     options.refuseInternalSubset = true;
     // QuickBooks takes the qbXML DOCTYPE with or without its system identifier; XML itself
     // wants one, so the declaration is dropped once it has announced the version.
-    std::string text(request);
-    static const std::regex qbxmlDoctype(
-        R"(<!DOCTYPE\s+QBXML\s+PUBLIC\s+["'][^"']*["'](\s+["'][^"']*["'])?\s*>)");
-    if (auto root = text.find("<QBXML"); root != std::string::npos) {
-        text = std::regex_replace(text.substr(0, root), qbxmlDoctype, "") + text.substr(root);
-    }
+    const std::string text = withoutQbxmlDoctype(request);
     auto doc = xml::Document::parse(text, options);
     if (!doc) {
         return parseFailure("the request is not well-formed XML: " + doc.error().description,

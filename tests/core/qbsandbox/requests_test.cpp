@@ -70,7 +70,8 @@ TEST_F(RequestsTest, VersionsComeFromTheInstructionOrTheDoctype) {
           "'http://developer.intuit.com'>",
           "<?xml version=\"1.0\"?><!DOCTYPE QBXML PUBLIC '-//INTUIT//DTD QBXML QBD 2.0//EN' >",
           "<?xml version=\"1.0\"?><!DOCTYPE QBXML PUBLIC \"-//INTUIT//DTD QBXML QBD 1.0//EN\" "
-          "\"http://developer.intuit.com/\">"}) {
+          "\"http://developer.intuit.com/\">",
+          "<?xml version=\"1.0\"?>\n<?qbxml\tversion = \"2.0\" ?>"}) {
         auto answer = exchange(prolog + body);
         ASSERT_TRUE(answer) << prolog << " " << answer.error().description;
         EXPECT_NE(answer->find("<CompanyName>Test Company</CompanyName>"), std::string::npos);
@@ -186,6 +187,12 @@ TEST_F(RequestsTest, UntrustedTextNeverCrashesTheProcessor) {
                 "TxnID></TxnDelRq>"),
         message(std::string(2000, ' ') +
                 "<CustomerQueryRq><MaxReturned>999999999999</MaxReturned></CustomerQueryRq>"),
+        // Prologs of any length are read without recursion.
+        "<?qbxml version=\"" + std::string(200000, '1') + "\"?><QBXML/>",
+        "<!DOCTYPE QBXML PUBLIC '-//INTUIT//DTD QBXML QBD " + std::string(200000, '1') +
+            "//EN'><QBXML/>",
+        "<!DOCTYPE QBXML PUBLIC '" + std::string(200000, 'x') + "' '" + std::string(200000, 'y') +
+            "'><QBXML/>",
     };
     for (const auto& input : inputs) {
         auto answer = exchange(input);
