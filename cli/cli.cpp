@@ -10,6 +10,7 @@
 
 #include "cli/commands.h"
 #include "cli/terminalui.h"
+#include "common/fd.h"
 #include "platform/programhome.h"
 #include "qbsandbox/sandbox.h"
 #include "qbsandbox/state.h"
@@ -97,8 +98,7 @@ bool runsItself(const Command& command) {
 
 void printUsage(const Command& command, const std::string& path, std::ostream& to) {
     const char* lead = "Usage: ";
-    const bool ownUsage = command.subcommands.empty() || !command.passThrough;
-    if (ownUsage && (runsItself(command) || command.subcommands.empty())) {
+    if (runsItself(command) || command.subcommands.empty()) {
         to << lead << "dorvane " << path << (command.synopsis.empty() ? "" : " ")
            << command.synopsis << '\n';
         lead = "       ";
@@ -116,7 +116,7 @@ void printUsage(const Command& command, const std::string& path, std::ostream& t
         }
         to << "'dorvane " << path << " COMMAND --help' shows a command's usage.\n";
     }
-    if (command.subcommands.empty() || (runsItself(command) && ownUsage)) {
+    if (command.subcommands.empty() || runsItself(command)) {
         to << '\n';
         printOptions(command.options, to);
     }
@@ -224,29 +224,24 @@ int checkInputFile(const std::string& path, std::ostream& err) {
         err << "Cannot read " << path << ": " << std::strerror(error) << '\n';
         return kExitNoInput;
     };
-    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    if (fd < 0) {
+    const UniqueFd fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    if (!fd) {
         return cannot(errno);
     }
     struct stat st {};
-    if (::fstat(fd, &st) != 0) {
-        const int error = errno;
-        ::close(fd);
-        return cannot(error);
+    if (::fstat(fd.get(), &st) != 0) {
+        return cannot(errno);
     }
     if (S_ISDIR(st.st_mode)) {
-        ::close(fd);
         return cannot(EISDIR);
     }
     // Only a regular file can be looked into without consuming it (a pipe is taken as it is).
     bool blank = S_ISREG(st.st_mode);
     while (blank) {
         char buffer[4096];
-        const ssize_t n = ::read(fd, buffer, sizeof buffer);
+        const ssize_t n = ::read(fd.get(), buffer, sizeof buffer);
         if (n < 0) {
-            const int error = errno;
-            ::close(fd);
-            return cannot(error);
+            return cannot(errno);
         }
         if (n == 0) {
             break;
@@ -255,7 +250,6 @@ int checkInputFile(const std::string& path, std::ostream& err) {
             blank = std::strchr(" \t\r\n", buffer[i]) != nullptr && buffer[i] != '\0';
         }
     }
-    ::close(fd);
     if (blank) {
         err << "Cannot read " << path << ": the file is empty\n";
         return kExitData;
@@ -304,18 +298,10 @@ bool startUp(CommandContext& ctx) {
 int runLeaf(const Command& command, const std::string& path, const Args& args,
             const GlobalOptions& global, std::ostream& out, std::ostream& err) {
     bool help = false;
-    std::optional<Invocation> parsed;
-    if (command.passThrough) {
-        help = !args.empty() && (args[0] == "-h" || args[0] == "--help");
-        parsed.emplace();
-        parsed->path = path;
-        parsed->raw = args;
-    } else {
-        parsed = parseArgs(
-            path, args,
-            {command.options, command.minOperands, command.maxOperands, command.operandNames}, help,
-            err);
-    }
+    std::optional<Invocation> parsed =
+        parseArgs(path, args,
+                  {command.options, command.minOperands, command.maxOperands, command.operandNames},
+                  help, err);
     if (help) {
         printUsage(command, path, out);
         return kExitOk;
@@ -371,16 +357,9 @@ int dispatch(const Command& command, const std::string& path, const Args& args,
     }
     if (const Command* sub = findSub(command, first)) {
         const Args rest(args.begin() + 1, args.end());
-        if (command.passThrough) {
-            if (!rest.empty() && (rest[0] == "-h" || rest[0] == "--help")) {
-                printUsage(*sub, path + " " + std::string(sub->name), out);
-                return kExitOk;
-            }
-            return runLeaf(command, path, args, global, out, err);
-        }
         return dispatch(*sub, path + " " + std::string(sub->name), rest, global, out, err);
     }
-    if (runsItself(command) && (args.empty() || first.starts_with('-') || command.passThrough)) {
+    if (runsItself(command) && (args.empty() || first.starts_with('-'))) {
         return runLeaf(command, path, args, global, out, err);
     }
     if (first == "-h" || first == "--help") {

@@ -56,8 +56,6 @@ struct Command {
     int (*run)(CommandContext&, const Invocation&) = nullptr;  // needs ≠ Nothing
     int (*runAlone)(const Invocation&, std::ostream&, std::ostream&) = nullptr;  // Nothing
     std::span<const Command> subcommands{};
-    // Takes its arguments as given (Invocation::raw): only -h/--help is looked at.
-    bool passThrough = false;
     // Said on standard output when QuickBooks could not be reached at start-up.
     std::string_view notDone{};
     // Its entry in the general help, when not "NAME SYNOPSIS".

@@ -83,7 +83,7 @@ int importBatch(CommandContext& ctx, const Invocation& args) {
     if (bulk) {
         if (!yes && ctx.ui.messageBox(batch::kBulkWarning, ui::kProgramTitle, ui::Icon::None,
                                       ui::Buttons::OkCancel) != ui::Answer::Ok) {
-            ctx.out << "Not imported: cancelled\n";
+            (json ? ctx.err : ctx.out) << "Not imported: cancelled\n";
             return kExitFailed;
         }
         importer.processAuthNetBulk(file);

@@ -67,7 +67,6 @@ std::optional<Invocation> parseArgs(const std::string& path, const Args& args,
                                     const ParseRules& rules, bool& help, std::ostream& err) {
     Invocation parsed;
     parsed.path = path;
-    parsed.raw = args;
     help = false;
     std::string fault;  // the first one; -h/--help anywhere still wins
     auto faultOnce = [&](std::string message) {

@@ -38,7 +38,6 @@ struct Invocation {
     bool yes = false;  // the global --yes
     Args operands;
     std::vector<std::pair<std::string_view, std::string>> given;  // option, value ("" a switch)
-    Args raw;                          // the arguments after the command's words, as given
     std::optional<std::string> input;  // standard input, when a check read it for the run
 
     bool has(std::string_view option) const;

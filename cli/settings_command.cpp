@@ -87,21 +87,28 @@ Json settingJson(const platform::SettingsStore& store, const platform::KnownSett
     return entry;
 }
 
-int list(CommandContext& ctx, const Args& args, bool json) {
+// `list SECTION` names a known section; refused before anything is prepared.
+int checkListSection(Invocation& args, std::ostream& err) {
     const auto sections = platform::settingSections();
-    if (args.size() == 2 && std::none_of(sections.begin(), sections.end(), [&](auto name) {
-            return platform::sameSettingName(name, args[1]);
+    if (args.operands.empty() ||
+        std::any_of(sections.begin(), sections.end(), [&](std::string_view name) {
+            return platform::sameSettingName(name, args.operands[0]);
         })) {
-        ctx.err << "dorvane: no settings section '" << args[1] << "'; the sections are";
-        for (std::string_view name : sections) {
-            ctx.err << ' ' << name;
-        }
-        ctx.err << ".\n";
-        return kExitUsage;
+        return kExitOk;
     }
+    err << "dorvane: no settings section '" << args.operands[0] << "'; the sections are";
+    for (std::string_view name : sections) {
+        err << ' ' << name;
+    }
+    err << ".\n";
+    return kExitUsage;
+}
+
+int list(CommandContext& ctx, const Invocation& args) {
+    const bool json = args.has("--json");
     Json settings = Json::array();
     for (const platform::KnownSetting& s : platform::kKnownSettings) {
-        if (args.size() == 2 && !platform::sameSettingName(s.section, args[1])) {
+        if (!args.operands.empty() && !platform::sameSettingName(s.section, args.operands[0])) {
             continue;
         }
         if (json) {
@@ -116,7 +123,9 @@ int list(CommandContext& ctx, const Args& args, bool json) {
     return kExitOk;
 }
 
-int get(CommandContext& ctx, const std::string& section, const std::string& key) {
+int get(CommandContext& ctx, const Invocation& args) {
+    const std::string& section = args.operands[0];
+    const std::string& key = args.operands[1];
     const auto& store = ctx.app.settings();
     // A value never set reads as the default the program takes for it; a value another tool
     // wrote under a name the program does not know is still shown.
@@ -131,8 +140,10 @@ int get(CommandContext& ctx, const std::string& section, const std::string& key)
     return kExitOk;
 }
 
-int set(CommandContext& ctx, const std::string& section, const std::string& key,
-        const std::string& value) {
+int set(CommandContext& ctx, const Invocation& args) {
+    const std::string& section = args.operands[0];
+    const std::string& key = args.operands[1];
+    const std::string& value = args.operands[2];
     if (const Status allowed = platform::checkSetting(section, key, value); !allowed) {
         ctx.err << "dorvane: " << allowed.error().description << '\n';
         if (!platform::knownSetting(section, key)) {
@@ -152,20 +163,6 @@ int set(CommandContext& ctx, const std::string& section, const std::string& key,
     return kExitOk;
 }
 
-int listRun(CommandContext& ctx, const Invocation& args) {
-    Args words{"list"};
-    words.insert(words.end(), args.operands.begin(), args.operands.end());
-    return list(ctx, words, args.has("--json"));
-}
-
-int getRun(CommandContext& ctx, const Invocation& args) {
-    return get(ctx, args.operands[0], args.operands[1]);
-}
-
-int setRun(CommandContext& ctx, const Invocation& args) {
-    return set(ctx, args.operands[0], args.operands[1], args.operands[2]);
-}
-
 constexpr Option kListOptions[] = {kJsonOption};
 
 constexpr Command kSettingsSubcommands[] = {
@@ -177,7 +174,8 @@ constexpr Command kSettingsSubcommands[] = {
      .options = kListOptions,
      .maxOperands = 1,
      .needs = Needs::Application,
-     .run = listRun},
+     .check = checkListSection,
+     .run = list},
     {.name = "get",
      .synopsis = "SECTION KEY",
      .summary = "a setting's value (a value never set reads as its\ndefault)",
@@ -185,7 +183,7 @@ constexpr Command kSettingsSubcommands[] = {
      .maxOperands = 2,
      .operandNames = "SECTION KEY",
      .needs = Needs::Application,
-     .run = getRun},
+     .run = get},
     {.name = "set",
      .synopsis = "SECTION KEY VALUE",
      .summary =
@@ -194,7 +192,7 @@ constexpr Command kSettingsSubcommands[] = {
      .maxOperands = 3,
      .operandNames = "SECTION KEY VALUE",
      .needs = Needs::Application,
-     .run = setRun},
+     .run = set},
 };
 
 }  // namespace

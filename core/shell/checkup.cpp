@@ -245,7 +245,7 @@ CheckResult checkSmtpServer(const platform::SettingsStore& store, int mailOption
                              "no server set, so no mail goes out: dorvane settings set "
                              "SMTP Hostname smtp.example.com");
     }
-    const std::string port = store.get("SMTP", "Port", "25");
+    const std::string port = store.value("SMTP", "Port").value_or("");
     const std::string user = store.get("SMTP", "User");
     const mail::SmtpProbe probe = mail::probeSmtpServer(host, port, user, store.get("SMTP", "Pwd"));
     if (probe.result != 0) {
@@ -345,8 +345,8 @@ CheckResult checkHandheld(const platform::SettingsStore& store) {
     const auto file = handheld::FolderDevice(folder.path).localPath(handheld::kDeviceDataFile);
     if (!file || !fs::is_regular_file(*file, ec)) {
         return problem(kName, where + " has no Program Files/TimeTrack/data.xml.",
-                       "Start the time-tracking application on the handheld once (it writes the "
-                       "file), or choose the handheld's own folder: " +
+                       "dorvane handheld init (or start the time-tracking application on the "
+                       "handheld once), or choose the handheld's own folder: " +
                            choose);
     }
     return ok(kName, where + ", with the handheld's data.xml");
