@@ -58,7 +58,7 @@ void ImportWindow::open() {
     for (const char* name : kHiddenAtOpening) {
         setControlVisible(name, false);
     }
-    setNameTextQuietly({});
+    setNameText({});
 }
 
 void ImportWindow::setLabel1(std::string text) {
@@ -66,13 +66,9 @@ void ImportWindow::setLabel1(std::string text) {
     notify(kLabel1);
 }
 
-void ImportWindow::setNameTextQuietly(std::string text) {
+void ImportWindow::setNameText(std::string text) {
     m_nameText = std::move(text);
     notify(kNameText);
-}
-
-void ImportWindow::setNameText(std::string text) {
-    setNameTextQuietly(std::move(text));
 }
 
 void ImportWindow::setList(CounterpartList list) {
@@ -104,7 +100,7 @@ void ImportWindow::matchCounterpart(Party party) {
     notify(kVendorListView);
     setLabel1(match->report);
     if (match->nameText) {
-        setNameTextQuietly(*match->nameText);
+        setNameText(*match->nameText);
     }
 }
 
@@ -155,7 +151,7 @@ void ImportWindow::itemClicked(std::size_t index) {
     }
     m_list.selected = index;
     notify(kVendorListView);
-    setNameTextQuietly(m_list.items[index]);
+    setNameText(m_list.items[index]);
 }
 
 void ImportWindow::selectAccount(std::size_t index) {
@@ -332,7 +328,7 @@ void ImportWindow::resetImportWindow() {
     setControlEnabled(kAddItemBtn, false);
     setControlVisible(kLabel2, false);
     setControlVisible(kNameText, false);
-    setNameTextQuietly({});
+    setNameText({});
 }
 
 // ---- the Import button ------------------------------------------------------------------
@@ -487,7 +483,7 @@ void ImportWindow::captureReceiptText(std::string_view receiptText) {
 }
 
 void ImportWindow::captureReceipt(const std::function<std::optional<std::string>()>& read) {
-    setNameTextQuietly({});
+    setNameText({});
     clearSelection();
     if (const auto text = read()) {
         if (const auto file = m_receipts.writeReceiptFile(*text)) {

@@ -185,7 +185,6 @@ private:
     void previewDocument(std::string_view styleSheetName, xml::Node node);
     void loadPaymentAccountList();
     void setLabel1(std::string text);
-    void setNameTextQuietly(std::string text);
     void setList(CounterpartList list);
     void loadCounterparts(Party party);
     void matchCounterpart(Party party);
