@@ -337,29 +337,53 @@ void BatchImport::progress(int percent) {
 }
 
 void BatchImport::processAuthNetBatch(const std::string& fileName) {
-    {
-        CsvLineReader reader(fileName, csvOptions(nullptr).quoting);
-        std::string headerDelimiter = ",";
-        if (!beginRun(reader, readHeader(reader, headerDelimiter), fileName)) {
-            return;
-        }
-    }
+    const FieldQuoting quoting = csvOptions(nullptr).quoting;
+    CsvLineReader reader(fileName, quoting);
     std::string delimiter = ",";
-    std::vector<std::size_t> cut;
-    const xml::Document document =
-        csvFileToXml(fileName, kRecordTag, kRootTag, delimiter, csvOptions(&cut));
+    const Fields names = readHeader(reader, delimiter);
+    if (!beginRun(reader, names, fileName)) {
+        return;
+    }
     Sheets sheets;
     if (!loadSheets(sheets)) {
         endRun();
         return;
     }
-    std::vector<std::string> results;
-    guardedRecords(document, cut, Mode::Batch, sheets, results);
-    m_ui.yield();
-    std::string page = kResultsHead;
-    for (const std::string& line : results) {
-        page += line;
+    // The file is converted a chunk at a time, as the bulk import does, so that what the run
+    // holds does not grow with the file: only the page does, a line per record.
+    {
+        CsvLineReader counter(fileName, quoting);
+        counter.next();
+        m_batchTotal = countRecords(counter);
     }
+    m_batchDone = 0;
+    std::string page = kResultsHead;
+    std::vector<std::string> lines;
+    std::vector<std::string> results;
+    bool going = true;
+    while (going) {
+        auto line = reader.next();
+        if (line) {
+            lines.push_back(std::move(*line));
+        }
+        if (lines.size() >= kChunkLines || (!line && !lines.empty())) {
+            std::vector<std::size_t> cut;
+            const xml::Document document =
+                csvLinesToXml(names, lines, kRecordTag, kRootTag, delimiter, csvOptions(&cut));
+            lines.clear();
+            guardedRecords(document, cut, Mode::Batch, sheets, results);
+            for (const std::string& result : results) {
+                page += result;
+            }
+            results.clear();
+            going = !m_summary.stopped;
+        }
+        going = going && line.has_value();
+    }
+    if (m_summary.stopped) {
+        m_summary.notTried += countRecords(reader);
+    }
+    m_ui.yield();
     showStop(std::move(page));
     if (m_summary.cancelled) {
         m_window.setImportStatusText("Import cancelled");
@@ -620,8 +644,9 @@ bool BatchImport::processRecords(const xml::Document& document, const std::vecto
             }
             report(std::move(outcome));
         }
-        if (batch && !records.empty()) {
-            progress(static_cast<int>((i + 1) * 100 / records.size()));
+        if (batch && m_batchTotal > 0) {
+            ++m_batchDone;
+            progress(static_cast<int>(std::min(m_batchDone, m_batchTotal) * 100 / m_batchTotal));
         }
         ui.yield();
     }

@@ -2,9 +2,10 @@
 // Dorvane — the Authorize.Net batch import: a downloaded transaction file booked as sales
 // receipts, with or without creating their customers, never twice.
 //
-// Two ways in, both from the import window's Options menu: the batch import converts the
-// whole file and reports every record ("Batch Import Results"); the bulk import reads the
-// file in chunks of 51 lines and reports only the exceptions ("Batch Import Exceptions").
+// Two ways in, both from the import window's Options menu: the batch import reports every
+// record ("Batch Import Results"); the bulk import reports only the exceptions ("Batch Import
+// Exceptions"). Both read and convert the file in chunks of 51 lines, so that a run holds the
+// same little whatever the size or shape of the file.
 // Each approved record not in "BatchImport.log" is converted by a style sheet into a qbXML
 // add request, rewritten onto the import settings and sent; an accepted receipt is logged at
 // once. A journal makes a run killed at any moment safe to run again (batch/batchlog.h).
@@ -206,6 +207,9 @@ private:
     std::function<void(int)> m_progressHandler;
     std::function<void(std::size_t)> m_chunkHandler;
     RunSummary m_summary;
+    // The records of the whole-file run, and how many of them are done (for progress).
+    std::size_t m_batchTotal = 0;
+    std::size_t m_batchDone = 0;
 };
 
 }  // namespace dorvane::batch

@@ -2,6 +2,7 @@
 #include "batch/csvtoxml.h"
 
 #include <algorithm>
+#include <unordered_map>
 
 #include <libxml/tree.h>
 
@@ -18,20 +19,29 @@ bool isElementName(const std::string& name) {
 }
 
 // The element that value i of a line goes to: the first element of field name i, counted
-// among the elements the record has; -1 for a name that makes no element.
+// among the elements the record has; -1 for a name that makes no element. Names past
+// kMaxFields make none either.
 std::vector<int> fieldTargets(const Fields& names, std::vector<std::string>& elements) {
     std::vector<int> targets;
-    targets.reserve(names.size());
-    for (const std::string& name : names) {
+    std::unordered_map<std::string_view, int> first;
+    const std::size_t n = std::min(names.size(), kMaxFields);
+    targets.reserve(n);
+    for (std::size_t i = 0; i < n; ++i) {
+        const std::string& name = names[i];
         if (!isElementName(name)) {
             targets.push_back(-1);
             continue;
         }
-        const auto first = std::find(elements.begin(), elements.end(), name);
-        targets.push_back(static_cast<int>(first - elements.begin()));
+        const int at = static_cast<int>(elements.size());
+        targets.push_back(first.try_emplace(name, at).first->second);
         elements.push_back(name);
     }
     return targets;
+}
+
+// Whether a line holds nothing but blanks: it makes no record.
+bool isBlank(std::string_view line) {
+    return line.find_first_not_of(" \t") == std::string_view::npos;
 }
 
 class RecordWriter {
@@ -47,10 +57,14 @@ public:
     }
 
     void add(std::string_view line) {
+        if (isBlank(line)) {
+            return;
+        }
         bool cut = false;
-        std::optional<Fields> values = m_options.quoting == FieldQuoting::Rfc4180
-                                           ? splitQuotedCsvLine(line, m_delimiter)
-                                           : splitCsvLine(line, m_delimiter, &cut);
+        std::optional<Fields> values =
+            m_options.quoting == FieldQuoting::Rfc4180
+                ? splitQuotedCsvLine(line, m_delimiter, nullptr, kMaxFields)
+                : splitCsvLine(line, m_delimiter, &cut, kMaxFields);
         if (cut && m_options.cutRecords) {
             m_options.cutRecords->push_back(m_count);
         }
@@ -87,7 +101,7 @@ private:
 }  // namespace
 
 std::optional<Fields> splitCsvLine(std::string_view line, std::string_view delimiter,
-                                   bool* cutQuoted) {
+                                   bool* cutQuoted, std::size_t maxFields) {
     if (line.empty()) {
         return std::nullopt;
     }
@@ -100,12 +114,17 @@ std::optional<Fields> splitCsvLine(std::string_view line, std::string_view delim
     }
     Fields fields;
     std::size_t pos = 0;  // where the remaining text R begins
-    for (;;) {
+    std::size_t q1 = 0;   // the first quote at or after pos, kept so no text is searched twice
+    bool looked = false;
+    while (fields.size() < maxFields) {
         const std::size_t p = s.find(delimiter, pos);
         if (p == std::string::npos) {
             break;
         }
-        const std::size_t q1 = s.find(kQuote, pos);
+        if (!looked || (q1 != std::string::npos && q1 < pos)) {
+            q1 = s.find(kQuote, pos);
+            looked = true;
+        }
         if (q1 == std::string::npos || q1 >= p) {
             fields.emplace_back(s, pos, p - pos);
             pos = p + delimiter.size();
@@ -125,14 +144,14 @@ std::optional<Fields> splitCsvLine(std::string_view line, std::string_view delim
         fields.emplace_back(s, pos, p - pos);
         pos = p + delimiter.size();
     }
-    if (pos < s.size()) {
+    if (pos < s.size() && fields.size() < maxFields) {
         fields.emplace_back(s, pos);
     }
     return fields;
 }
 
 std::optional<Fields> splitQuotedCsvLine(std::string_view line, std::string_view delimiter,
-                                         bool* open) {
+                                         bool* open, std::size_t maxFields) {
     if (open) {
         *open = false;
     }
@@ -159,7 +178,12 @@ std::optional<Fields> splitQuotedCsvLine(std::string_view line, std::string_view
             }
             ++i;
         } else if (!delimiter.empty() && line.compare(i, delimiter.size(), delimiter) == 0) {
-            fields.push_back(std::move(field));
+            if (fields.size() < maxFields) {
+                fields.push_back(std::move(field));
+            }
+            if (fields.size() >= maxFields && !open) {
+                return fields;  // the rest would be surplus
+            }
             field.clear();
             atStart = true;
             i += delimiter.size();
@@ -173,7 +197,9 @@ std::optional<Fields> splitQuotedCsvLine(std::string_view line, std::string_view
             ++i;
         }
     }
-    fields.push_back(std::move(field));
+    if (fields.size() < maxFields) {
+        fields.push_back(std::move(field));
+    }
     if (open) {
         *open = quoted;
     }
@@ -204,8 +230,9 @@ std::string chooseDelimiter(std::string_view strippedHeader, std::string delimit
 Fields headerFieldNames(std::string_view header, std::string& delimiter, FieldQuoting quoting) {
     const std::string stripped = stripHeaderNames(header);
     delimiter = chooseDelimiter(stripped, delimiter);
-    auto names = quoting == FieldQuoting::Rfc4180 ? splitQuotedCsvLine(stripped, delimiter)
-                                                  : splitCsvLine(stripped, delimiter);
+    auto names = quoting == FieldQuoting::Rfc4180
+                     ? splitQuotedCsvLine(stripped, delimiter, nullptr, kMaxFields)
+                     : splitCsvLine(stripped, delimiter, nullptr, kMaxFields);
     return names ? std::move(*names) : Fields{};
 }
 

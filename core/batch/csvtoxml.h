@@ -37,14 +37,22 @@ enum class FieldQuoting {
     Rfc4180,   // a delimiter inside quotes is protected, "" inside quotes is one quote
 };
 
-// One line's values; nullopt for an empty line. `cutQuoted` (when given) is set when a value
-// that opens with a quote was cut at a delimiter inside it.
+// The most columns a download's header names: further columns get no element, as if their
+// names were invalid. The exports have well under a hundred; the cap keeps a record, and so a
+// run, small whatever a file's header holds.
+inline constexpr std::size_t kMaxFields = 1024;
+
+// One line's values, at most `maxFields` of them (the rest would be surplus); nullopt for an
+// empty line. `cutQuoted` (when given) is set when a value that opens with a quote was cut at
+// a delimiter inside it.
 std::optional<Fields> splitCsvLine(std::string_view line, std::string_view delimiter,
-                                   bool* cutQuoted = nullptr);
+                                   bool* cutQuoted = nullptr,
+                                   std::size_t maxFields = static_cast<std::size_t>(-1));
 // The same as RFC 4180 reads it. `open` (when given) is set when the line ends inside a quoted
 // value, which then goes on in the next line.
 std::optional<Fields> splitQuotedCsvLine(std::string_view line, std::string_view delimiter,
-                                         bool* open = nullptr);
+                                         bool* open = nullptr,
+                                         std::size_t maxFields = static_cast<std::size_t>(-1));
 
 // The header line without the characters of the name-stripping set.
 std::string stripHeaderNames(std::string_view header);
@@ -96,7 +104,9 @@ struct CsvOptions {
 };
 
 // The whole file: the header names the fields and selects the delimiter, which is written
-// back into `delimiter`. A file that cannot be opened gives an empty root.
+// back into `delimiter`. A file that cannot be opened gives an empty root. A line with
+// nothing but blanks on it makes no record, here and in csvLinesToXml. The document grows
+// with the file: a run converts a chunk of lines at a time with csvLinesToXml instead.
 xml::Document csvFileToXml(const std::filesystem::path& fileName, std::string_view recordTag,
                            std::string_view rootTag, std::string& delimiter,
                            const CsvOptions& options = {});

@@ -45,6 +45,13 @@ TEST(CsvSplit, ExportedAndRfc4180Rules) {
     bool open = false;
     splitQuotedCsvLine("a,\"first line", ",", &open);
     EXPECT_TRUE(open);
+    // Past the fields a caller wants, a line is not split; whether a quote is left open still
+    // counts the whole line.
+    EXPECT_EQ(splitCsvLine("a,b,c,d", ",", nullptr, 2), (Fields{"a", "b"}));
+    EXPECT_EQ(splitQuotedCsvLine("a,b,c,d", ",", nullptr, 2), (Fields{"a", "b"}));
+    EXPECT_EQ(splitQuotedCsvLine("a,b", ",", nullptr, 0), Fields{});
+    EXPECT_EQ(splitQuotedCsvLine("a,b,\"c", ",", &open, 1), (Fields{"a"}));
+    EXPECT_TRUE(open);
 }
 
 TEST(CsvHeader, StripsNamesAndChoosesTheDelimiter) {
@@ -81,18 +88,18 @@ TEST(CsvFile, RecordsCarryEveryHeaderFieldInOrder) {
 
     // Invalid names are dropped with their column, surplus values fall away, missing ones
     // leave their fields empty, a repeated name takes the later value in its first element,
-    // an empty line makes a record with empty fields, markup is escaped.
+    // a blank line makes no record, markup is escaped.
     delimiter = ",";
     doc = convert(dir,
                   "Name,2nd,A#B,Amount,Name\n"
                   "a<&>,x,y,1.00,b,surplus\n"
                   "\n"
+                  " \t \n"
                   "c\n",
                   delimiter);
     EXPECT_EQ(doc.toString(false),
               "<AuthNetFile>"
               "<AuthNetRecord><Name>b</Name><Amount>1.00</Amount><Name/></AuthNetRecord>"
-              "<AuthNetRecord><Name/><Amount/><Name/></AuthNetRecord>"
               "<AuthNetRecord><Name>c</Name><Amount/><Name/></AuthNetRecord>"
               "</AuthNetFile>\n");
 
@@ -175,6 +182,27 @@ TEST(CsvLines, ConvertGivenLinesWithGivenNames) {
     EXPECT_EQ(doc.valueOf("//AuthNetRecord[2]/Company"), "\"B");
     EXPECT_EQ(cut, std::vector<std::size_t>{1});
     EXPECT_EQ(csvLinesToXml(names, {}, "R", "Root", ";").toString(false), "<Root/>\n");
+}
+
+// A file shaped to make records huge makes small ones: blank lines make no record, and a
+// header names at most kMaxFields columns, however many it repeats.
+TEST(CsvFile, HoldsLittleWhateverTheShape) {
+    test::TempDir dir;
+    std::string names;
+    for (int i = 0; i < 3000; ++i) {
+        names += (i % 2 ? "n" + std::to_string(i) : std::string("Same")) + ",";
+    }
+    std::string delimiter = ",";
+    auto doc = convert(dir, names + "\n" + std::string(8000, '\n'), delimiter);
+    EXPECT_EQ(doc.toString(false), "<AuthNetFile/>\n");
+
+    doc = convert(dir, names + "\na,x," + std::string(5000, ',') + "\"late\n", delimiter);
+    const auto records = doc.selectAll("//AuthNetRecord");
+    ASSERT_EQ(records.size(), 1u);
+    EXPECT_EQ(records[0].selectAll("*").size(), kMaxFields);
+    EXPECT_EQ(records[0].valueOf("n1"), "x");
+    EXPECT_EQ(records[0].valueOf("n1023"), "");
+    EXPECT_TRUE(records[0].selectAll("n1025").empty());
 }
 
 }  // namespace
