@@ -93,7 +93,7 @@ Figures importOnce(const bench::ScratchFolder& scratch, const std::string& name,
     const auto file = scratch / (name + ".csv");
     (void)files::writeAtomically(file, download(rows, firstId));
 
-    bench::QuietUi ui;
+    testkit::QuietUi ui;
     bench::ProcessorTimes times;
     shell::Application app(ui, shell::StartOptions{program.string()},
                            bench::timedFactory(qbsandbox::processorFactory(), times));

@@ -88,7 +88,7 @@ std::string makeSentLog(const ui::ListModel& list, int scale) {
 Figures measure(const std::filesystem::path& company, int invoices, int scale, int loads,
                 const std::filesystem::path& programFolder) {
     (void)qbsandbox::writeState(qbsandbox::stateFolder(), {true, company});
-    bench::QuietUi ui;
+    testkit::QuietUi ui;
     bench::ProcessorTimes times;
     shell::Application app(ui, shell::StartOptions{programFolder.string()},
                            bench::timedFactory(qbsandbox::processorFactory(), times));

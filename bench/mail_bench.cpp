@@ -166,7 +166,7 @@ int main(int argc, char** argv) {
         return 1;
     }
 
-    bench::QuietUi ui;
+    testkit::QuietUi ui;
     shell::Application app(ui, shell::StartOptions{program.string()},
                            qbsandbox::processorFactory());
     if (auto set = app.settings().setEntries({{"SMTP", "Hostname", "127.0.0.1"},

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Dorvane benchmarks — what several benchmarks share: a scratch folder with the program
-// files, a front end that answers nothing, a request processor that keeps time, medians.
+// files, a request processor that keeps time, medians.
 #pragma once
 
 #include <chrono>
@@ -11,8 +11,8 @@
 
 #include "common/result.h"
 #include "qbgateway/requestprocessor.h"
+#include "quietui.h"
 #include "tempfolder.h"
-#include "ui/uiport.h"
 
 namespace dorvane::bench {
 
@@ -39,30 +39,6 @@ void require(const Status& status);
 
 // Sets an environment variable for the rest of the process.
 void setEnvironment(const char* name, const std::string& value);
-
-// A front end without a person: boxes are printed to stderr and answered with their
-// default, the event loop has nothing to run.
-class QuietUi final : public ui::UiPort {
-public:
-    ui::Answer messageBox(std::string_view text, std::string_view title, ui::Icon icon,
-                          ui::Buttons buttons) override;
-    std::optional<std::string> inputBox(std::string_view prompt, std::string_view title,
-                                        std::string_view preset) override;
-    std::optional<std::string> openFileDialog(std::string_view, std::string_view) override {
-        return std::nullopt;
-    }
-    void openWithDesktop(std::string_view) override {}
-    std::string clipboardText() override { return {}; }
-    void beep() override {}
-    void setBusy(bool) override {}
-    void yield() override {}
-    bool runDialog(ui::DialogModel&) override { return false; }
-
-    int messages() const { return m_messages; }
-
-private:
-    int m_messages = 0;
-};
 
 // Where the time of the request processors made by `timedFactory` goes.
 struct ProcessorTimes {
