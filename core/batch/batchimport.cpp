@@ -185,6 +185,7 @@ bool BatchImport::beginRun(CsvLineReader& reader, const Fields& names,
     m_cancelRequested = false;
     m_keepJournal = false;
     m_summary = {};
+    m_listed = 0;
     m_window.navigate(kStartPage);
     m_ui.yield();
     m_settings.reload();
@@ -219,8 +220,22 @@ bool BatchImport::acceptHeader(const Fields& names, const std::string& fileName)
     return false;
 }
 
+void BatchImport::list(std::vector<std::string>& lines, std::string text) {
+    if (m_summary.unlisted == 0 && m_listed < kMaxPageLines) {
+        ++m_listed;
+        lines.push_back(std::move(text));
+    } else {
+        ++m_summary.unlisted;
+    }
+}
+
 // The page of a run that stopped early ends with where it stopped and what to do.
 void BatchImport::showStop(std::string page) {
+    if (m_summary.unlisted > 0) {
+        page += "<p>" + std::to_string(m_summary.unlisted) +
+                (m_summary.unlisted == 1 ? " more result is" : " more results are") +
+                " not listed here, to keep the page small enough to open.</p>";
+    }
     if (const std::string stop = stopReport(m_summary); !stop.empty()) {
         page += "<p>" + xml::escapeText(stop) + "</p>";
         if (m_summary.unreachable) {
@@ -446,6 +461,7 @@ void BatchImport::processAuthNetBatchFromString(const std::vector<std::string>& 
         m_cancelRequested = false;
         m_keepJournal = false;
         m_summary = {};
+        m_listed = 0;
         m_settings.reload();
         m_log.refresh();
         if (!recoverInterruptedReceipt()) {
@@ -520,7 +536,7 @@ bool BatchImport::processRecords(const xml::Document& document, const std::vecto
         const std::string& txnId = outcome.transactionId;
         std::string& company = outcome.company;
         const std::string& amount = outcome.amount;
-        auto line = [&](const std::string& text) { lines.push_back(batch ? dt(text) : text); };
+        auto line = [&](const std::string& text) { list(lines, batch ? dt(text) : text); };
 
         while (cutAt != cut.end() && *cutAt < i) {
             ++cutAt;
@@ -579,7 +595,7 @@ bool BatchImport::processRecords(const xml::Document& document, const std::vecto
                 const bool ok = qbgateway::isResponseOK(response, ui);
                 line(company + (ok ? " added." : " failed. Customer already defined."));
             } else if (const Status s = qbgateway::checkResponseStatus(response, nullptr); !s) {
-                lines.push_back(s.error().description + ". Customer already defined");
+                list(lines, s.error().description + ". Customer already defined");
                 m_window.setImportStatusText(s.error().description + ". Customer already defined");
             } else {
                 m_window.setImportStatusText(company + " added.");
@@ -623,7 +639,7 @@ bool BatchImport::processRecords(const xml::Document& document, const std::vecto
                 m_window.setImportStatusText(imports::kErrorStatus);
                 line("Could not add sales receipt for " + company + " " + amount + " added.");
             } else {
-                lines.push_back(status);
+                list(lines, status);
                 m_window.setImportStatusText(std::string(imports::kErrorStatus) + " " + status);
             }
             report(std::move(outcome));

@@ -61,6 +61,9 @@ inline constexpr const char* kRecordTag = "AuthNetRecord";
 inline constexpr const char* kRootTag = "AuthNetFile";
 // Lines handed to processAuthNetBatchFromString at a time.
 inline constexpr std::size_t kChunkLines = 51;
+// The most result lines a run's page lists; the rest are counted at its end, so that a file
+// of millions of lines still makes a page that opens.
+inline constexpr std::size_t kMaxPageLines = 10000;
 
 inline constexpr const char* kResultsHead =
     "<body><p align='center'><b><font color='#0000FF'>Batch Import Results</font></b></p>";
@@ -120,6 +123,7 @@ struct RunSummary {
     std::string refusedFile;   // why the file was refused whole; nothing of it was booked
     std::string stoppedAt;     // the transaction under way when the run stopped
     std::size_t notTried = 0;  // records the stopped run left untried, that one included
+    std::size_t unlisted = 0;  // result lines left off the page (past kMaxPageLines)
 };
 
 // After a run that stopped early: where, how much was left, and that running the same file
@@ -177,6 +181,8 @@ private:
     // Refuses a file whose header lacks a required column (the summary and the page say why).
     bool acceptHeader(const Fields& names, const std::string& fileName);
     void showStop(std::string page);
+    // Adds a result line, or counts it once the page holds kMaxPageLines.
+    void list(std::vector<std::string>& lines, std::string text);
     void endRun();
     bool recoverInterruptedReceipt();
     std::optional<bool> receiptInQuickBooks(const BatchJournal::Entry& entry);
@@ -210,6 +216,7 @@ private:
     // The records of the whole-file run, and how many of them are done (for progress).
     std::size_t m_batchTotal = 0;
     std::size_t m_batchDone = 0;
+    std::size_t m_listed = 0;  // result lines this run listed
 };
 
 }  // namespace dorvane::batch

@@ -458,6 +458,30 @@ TEST_F(BatchImportTest, ARunThatLosesQuickBooksSaysWhereItStopped) {
               120u);
 }
 
+// A download of more lines than a page can hold lists the first ones and counts the rest,
+// in both runs; every record is still reported.
+TEST_F(BatchImportTest, APageListsAtMostItsLimit) {
+    std::string text = kHeader;
+    for (std::size_t i = 0; i < kMaxPageLines + 2; ++i) {
+        text += std::to_string(900000 + i) + ",,1.00,Declined Co\r\n";
+    }
+    const std::string file = (home / "long.csv").string();
+    writeFile(file, text);
+    for (const bool bulk : {false, true}) {
+        SCOPED_TRACE(bulk);
+        outcomes.clear();
+        bulk ? batch().processAuthNetBulk(file) : batch().processAuthNetBatch(file);
+        EXPECT_EQ(outcomes.size(), kMaxPageLines + 2);
+        const std::string page = body();
+        std::size_t listed = 0;
+        for (auto at = page.find("<dt>"); at != std::string::npos; at = page.find("<dt>", at + 1)) {
+            ++listed;
+        }
+        EXPECT_EQ(listed, kMaxPageLines);
+        EXPECT_NE(page.find("<p>2 more results are not listed here"), std::string::npos);
+    }
+}
+
 // Cancel stops after the transaction under way; what QuickBooks got is logged, the rest is
 // left for the next run.
 TEST_F(BatchImportTest, CancelStopsAfterTheRecordUnderWay) {

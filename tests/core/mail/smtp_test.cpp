@@ -106,8 +106,9 @@ TEST_F(SmtpTransport, BlindCopiesAreEnvelopeRecipientsOnly) {
 TEST_F(SmtpTransport, TheMessageArrivesWithItsLayoutImagesAndExchangeFile) {
     SmtpTestServer server;
     // Image bytes that a newline conversion or a text encoding would spoil.
-    const std::string gif = std::string("GIF89a\x01\x00\x01\x00\r\n\n\r\x00\xff\xfe.\r\n.", 24);
-    const std::string png = std::string("\x89PNG\r\n\x1a\n\x00\x00\x00\rIHDR", 16);
+    using namespace std::string_literals;  // the bytes' own length, NULs included
+    const std::string gif = "GIF89a\x01\x00\x01\x00\r\n\n\r\x00\xff\xfe.\r\n."s;
+    const std::string png = "\x89PNG\r\n\x1a\n\x00\x00\x00\rIHDR"s;
     test::writeFile(run.dir / "logo.gif", gif);
     test::writeFile(run.dir / "my stamp.png", png);
     const std::string gifUrl = "file://" + (run.dir / "logo.gif").string();
