@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <microhttpd.h>
 #include <mutex>
@@ -81,6 +82,25 @@ MHD_Result send(MHD_Connection* connection, const HttpReply& reply, bool close) 
 
 }  // namespace
 
+bool declaredTooLarge(const char* contentLength, std::size_t maxBodyBytes) {
+    errno = 0;
+    const unsigned long long declared = std::strtoull(contentLength, nullptr, 10);
+    return errno != 0 || declared > maxBodyBytes;
+}
+
+void appendBody(HttpRequest& request, std::string_view piece, std::size_t maxBodyBytes) {
+    if (request.tooLarge) {
+        return;
+    }
+    if (request.body.size() + piece.size() > maxBodyBytes) {
+        request.tooLarge = true;
+        request.body.clear();
+        request.body.shrink_to_fit();
+    } else {
+        request.body.append(piece);
+    }
+}
+
 struct HttpServer::Impl {
     HttpServerOptions options;
     HttpHandler handler;
@@ -105,11 +125,7 @@ struct HttpServer::Impl {
             }
             if (const char* length = MHD_lookup_connection_value(connection, MHD_HEADER_KIND,
                                                                  MHD_HTTP_HEADER_CONTENT_LENGTH)) {
-                errno = 0;
-                const unsigned long long declared = std::strtoull(length, nullptr, 10);
-                if (errno != 0 || declared > self->options.maxBodyBytes) {
-                    exchange->request.tooLarge = true;
-                }
+                exchange->request.tooLarge = declaredTooLarge(length, self->options.maxBodyBytes);
             }
             *state = exchange;
             if (!exchange->request.tooLarge) {
@@ -121,13 +137,7 @@ struct HttpServer::Impl {
             return MHD_YES;
         }
         if (*uploadSize > 0 && !exchange->request.tooLarge) {
-            if (exchange->request.body.size() + *uploadSize > self->options.maxBodyBytes) {
-                exchange->request.tooLarge = true;
-                exchange->request.body.clear();
-                exchange->request.body.shrink_to_fit();
-            } else {
-                exchange->request.body.append(uploadData, *uploadSize);
-            }
+            appendBody(exchange->request, {uploadData, *uploadSize}, self->options.maxBodyBytes);
             *uploadSize = 0;
             if (!exchange->request.tooLarge) {
                 return MHD_YES;

@@ -12,6 +12,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "common/result.h"
 
@@ -33,6 +34,14 @@ struct HttpReply {
 };
 
 using HttpHandler = std::function<HttpReply(const HttpRequest&)>;
+
+// The server's own part of reading a request; the rest is libmicrohttpd's.
+// Whether the declared Content-Length refuses the body before a byte of it is read: over
+// `maxBodyBytes`, or no number that fits.
+bool declaredTooLarge(const char* contentLength, std::size_t maxBodyBytes);
+// Adds a piece of the body as it arrives. A body that grows over `maxBodyBytes` is dropped
+// and the request marked tooLarge; later pieces are ignored.
+void appendBody(HttpRequest& request, std::string_view piece, std::size_t maxBodyBytes);
 
 struct HttpServerOptions {
     // "127.0.0.1" for this computer only; "" for every IPv4 address.

@@ -62,9 +62,10 @@ public:
     Bridge& bridge() { return m_bridge; }
     const ServiceSettings& settings() const { return m_options.settings; }
 
-private:
+    // Answers one request as the HTTP server hands it on: the support page, or one SOAP call.
     HttpReply handle(const HttpRequest& request);
 
+private:
     ServiceOptions m_options;
     Bridge m_bridge;
     WaitHook m_hook;
