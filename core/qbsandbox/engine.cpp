@@ -204,20 +204,21 @@ Result<std::string> answerMessage(CompanyFile& file, std::string_view request, s
         return parseFailure(
             "QBXMLMsgsRq needs onError=\"stopOnError|continueOnError|rollbackOnError\"", trace);
     }
-    std::vector<xml::Node> requests = msgs.childElements();
-    std::vector<Validation> checks;
-    checks.reserve(requests.size());
-    for (const auto& rq : requests) {
-        checks.push_back(validateRequest(rq, *version));
-        if (checks.back().fault) {
-            return parseFailure(*checks.back().fault, trace);
+    // A structural fault anywhere fails the whole message before anything is done. Nothing of
+    // the checks is kept: each request is checked again as its turn comes, so a message of a
+    // million requests holds no more than its document.
+    std::size_t count = 0;
+    for (xml::Node rq = msgs.firstChildElement(); rq; rq = rq.nextSiblingElement(), ++count) {
+        if (auto fault = validateRequest(rq, *version).fault) {
+            return parseFailure(*fault, trace);
         }
     }
 
     RequestContext ctx{file, *version, today(), {}, false, {}};
     std::string out = "<?xml version=\"1.0\" ?>\n<QBXML>\n<QBXMLMsgsRs>\n";
-    for (std::size_t i = 0; i < requests.size(); ++i) {
-        const xml::Node& rq = requests[i];
+    std::size_t i = 0;
+    for (xml::Node rq = msgs.firstChildElement(); rq; rq = rq.nextSiblingElement(), ++i) {
+        const Validation check = validateRequest(rq, *version);
         std::string name = rq.name();
         std::string rsName = name.substr(0, name.size() - 2) + "Rs";
         std::string body;
@@ -226,8 +227,8 @@ Result<std::string> answerMessage(CompanyFile& file, std::string_view request, s
         for (const auto& inc : rq.selectAll("IncludeRetElement")) {
             ctx.includeRet.insert(inc.text());
         }
-        if (checks[i].statusCode != 0) {
-            status = RsStatus::error(checks[i].statusCode, checks[i].statusMessage);
+        if (check.statusCode != 0) {
+            status = RsStatus::error(check.statusCode, check.statusMessage);
         } else {
             try {
                 CompanyFile::Transaction txn(file);
@@ -261,6 +262,15 @@ Result<std::string> answerMessage(CompanyFile& file, std::string_view request, s
             ResponseWriter(out).close(rsName);
         }
         if (status.severity == "Error" && onError != "continueOnError") {
+            break;
+        }
+        if (out.size() > kMaxAnswerBytes && i + 1 < count) {
+            if (trace) {
+                *trace = "the answer passed " + std::to_string(kMaxAnswerBytes >> 20) +
+                         " MB after request " + std::to_string(i + 1) + " of " +
+                         std::to_string(count) +
+                         "; the rest were not processed. Send them in messages of their own.";
+            }
             break;
         }
     }

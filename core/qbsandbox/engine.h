@@ -2,6 +2,7 @@
 // Dorvane sandbox — answering one qbXML message against a company file.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <set>
 #include <string>
@@ -16,9 +17,15 @@
 
 namespace dorvane::qbsandbox {
 
+// The size past which an answer takes no further request: one query answers a whole list, so a
+// short message of many queries could otherwise ask for gigabytes. The request that passes it
+// is answered in full; the later ones are not processed, as after an error with stopOnError.
+inline constexpr std::size_t kMaxAnswerBytes = std::size_t{32} << 20;
+
 // Answers a whole request message. A message that does not parse, announces no or an unknown
 // qbXML version, or breaks the schema fails with the request processor's HRESULT; `trace`
-// then receives the details (the offending element and where it stands).
+// then receives the details (the offending element and where it stands). An answer cut at
+// kMaxAnswerBytes succeeds and `trace` says where it was cut.
 Result<std::string> answerMessage(CompanyFile& file, std::string_view request, std::string* trace);
 
 // --- shared by the request handlers ----------------------------------------------------------

@@ -153,6 +153,8 @@ public:
                 m_company, [&](CompanyFile& file) { return answerMessage(file, request, &trace); });
             if (!answer) {
                 logToSdkLog(m_folder, answer.error().description + " " + trace);
+            } else if (!trace.empty()) {
+                logToSdkLog(m_folder, trace);
             }
             return answer;
         } catch (const std::exception& e) {

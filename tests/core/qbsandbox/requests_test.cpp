@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Messages as a whole: versions, parse and schema faults, onError, requestID.
+#include "qbsandbox/engine.h"
 #include "qbsandbox/schema.h"
 #include "sandboxfixture.h"
 
@@ -116,6 +117,25 @@ TEST_F(RequestsTest, OnErrorStopsOrContinuesAfterAFailedRequest) {
     // Nothing of the failed add was saved.
     EXPECT_EQ(status(ask("<CustomerQueryRq><FullName>X</FullName></CustomerQueryRq>")).substr(0, 8),
               "500 Warn");
+}
+
+// A short message of many whole-list queries would ask for gigabytes: past kMaxAnswerBytes the
+// answer takes no further request, and the SDK log says where it stopped.
+TEST_F(RequestsTest, AnAnswerStopsGrowingAtItsLimit) {
+    useDemo();
+    std::string body;
+    for (int i = 0; i < 5000; ++i) {
+        body += "<InvoiceQueryRq><IncludeLineItems>true</IncludeLineItems></InvoiceQueryRq>";
+    }
+    auto answer = exchange(message(body, "13.0", "continueOnError"));
+    ASSERT_TRUE(answer);
+    EXPECT_GT(answer->size(), qbsandbox::kMaxAnswerBytes);
+    EXPECT_LT(answer->size(), qbsandbox::kMaxAnswerBytes * 2);
+    const auto answered = xml::Document::parse(*answer)->selectAll("//InvoiceQueryRs").size();
+    EXPECT_LT(answered, 5000u);
+    EXPECT_NE(sdkLog().find("after request " + std::to_string(answered) +
+                            " of 5000; the rest were not processed"),
+              std::string::npos);
 }
 
 TEST_F(RequestsTest, AnswersAreWrittenAsQuickBooksWritesThem) {
