@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <memory>
+#include <system_error>
 
 #include "platform/programhome.h"
 #include "tempfolder.h"
@@ -35,6 +36,10 @@ const std::filesystem::path& programFolder() {
 }
 
 void writeFile(const std::filesystem::path& file, std::string_view bytes) {
+    // A new file rather than the old one cut short: ext4 flushes a file truncated and written
+    // again when it is closed, which costs milliseconds an input.
+    std::error_code ec;
+    std::filesystem::remove(file, ec);
     std::ofstream out(file, std::ios::binary | std::ios::trunc);
     out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
 }

@@ -4,6 +4,7 @@
 // file.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -21,6 +22,10 @@ inline constexpr const char* kReceiptAddedPage =
     "necessary, adjust Items and Tax.</p></body>";
 inline constexpr const char* kReceiptWithCustomerSheet = "/SReceiptFromAuthorize.xslt";
 inline constexpr const char* kReceiptWithoutCustomerSheet = "/SReceiptFromAuthorizewoCust.xslt";
+
+// The longest text read as a receipt. One receipt is a few kilobytes; a clipboard that holds
+// more has taken more than the receipt, and its every section would be previewed and searched.
+inline constexpr std::size_t kMaxReceiptText = 64 * 1024;
 
 // The receipt document's text: the declaration, directly the AuthorizeNet start tag, one
 // element per receipt line "Label : value" (the label without "/" and blanks as its name, the

@@ -20,6 +20,17 @@ std::optional<std::string> ReceiptImport::readClipboard() {
 }
 
 std::optional<std::string> ReceiptImport::writeReceiptFile(std::string_view receiptText) {
+    if (receiptText.size() > kMaxReceiptText) {
+        m_ui.messageBox("The text to import holds " +
+                            std::to_string((receiptText.size() + 1023) / 1024) +
+                            " KB; an Authorize.Net receipt is a few KB, and Dorvane reads one of "
+                            "at most " +
+                            std::to_string(kMaxReceiptText / 1024) +
+                            " KB. Copy only the receipt from its e-mail or web page, then import "
+                            "it again.",
+                        ui::kProgramTitle, ui::Icon::Exclamation);
+        return std::nullopt;
+    }
     if (Status written = m_folder.writeProgramFile(receiptToXml(receiptText), kReceiptFileName,
                                                    files::Durability::Scratch);
         !written) {

@@ -33,7 +33,8 @@ public:
     // Asks for the receipt in the clipboard; its text, nullopt when the person cancelled.
     std::optional<std::string> readClipboard();
     // Writes the receipt document of `receiptText` to "tmpauthorize.xml"; the file's path,
-    // nullopt when it could not be written (the box said why).
+    // nullopt when the text is longer than any receipt (kMaxReceiptText) or the file could not
+    // be written (the box said why).
     std::optional<std::string> writeReceiptFile(std::string_view receiptText);
 
     // The question to ask when the import log holds the receipt's transaction already; nullopt

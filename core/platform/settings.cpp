@@ -269,6 +269,7 @@ SettingsStore SettingsStore::forUser(std::string_view application) {
 
 void SettingsStore::reload() {
     m_sections.clear();
+    m_sectionIndex.clear();
     auto content = files::readAll(m_file);
     if (!content) {
         return;
@@ -280,12 +281,7 @@ void SettingsStore::reload() {
             continue;
         }
         if (line.front() == '[' && line.back() == ']') {
-            std::string name(text::trim(line.substr(1, line.size() - 2)));
-            current = findSection(name);
-            if (!current) {
-                m_sections.push_back({name, {}});
-                current = &m_sections.back();
-            }
+            current = &sectionNamed(text::trim(line.substr(1, line.size() - 2)));
             continue;
         }
         auto eq = line.find('=');
@@ -299,21 +295,31 @@ void SettingsStore::reload() {
             rawLine.remove_suffix(1);
         }
         std::string value = unescape(rawLine.substr(rawLine.find('=') + 1));
-        put(current->name, key, value);
+        put(*current, key, value);
     }
-}
-
-SettingsStore::Section* SettingsStore::findSection(std::string_view name) {
-    for (auto& s : m_sections) {
-        if (text::equalsIgnoreCase(s.name, name)) {
-            return &s;
-        }
-    }
-    return nullptr;
 }
 
 const SettingsStore::Section* SettingsStore::findSection(std::string_view name) const {
-    return const_cast<SettingsStore*>(this)->findSection(name);
+    const auto found = m_sectionIndex.find(text::toLower(name));
+    return found == m_sectionIndex.end() ? nullptr : &m_sections[found->second];
+}
+
+SettingsStore::Section& SettingsStore::sectionNamed(std::string_view name) {
+    const auto [at, added] = m_sectionIndex.try_emplace(text::toLower(name), m_sections.size());
+    if (added) {
+        m_sections.push_back({std::string(name), {}, {}});
+    }
+    return m_sections[at->second];
+}
+
+const SettingsStore::Entry* SettingsStore::findEntry(std::string_view section,
+                                                     std::string_view key) const {
+    const Section* s = findSection(section);
+    if (!s) {
+        return nullptr;
+    }
+    const auto found = s->keyIndex.find(text::toLower(key));
+    return found == s->keyIndex.end() ? nullptr : &s->entries[found->second];
 }
 
 std::vector<SettingsStore::Change> SettingsStore::entries() const {
@@ -327,14 +333,7 @@ std::vector<SettingsStore::Change> SettingsStore::entries() const {
 }
 
 bool SettingsStore::contains(std::string_view section, std::string_view key) const {
-    if (const Section* s = findSection(section)) {
-        for (const auto& e : s->entries) {
-            if (text::equalsIgnoreCase(e.key, key)) {
-                return true;
-            }
-        }
-    }
-    return false;
+    return findEntry(section, key) != nullptr;
 }
 
 std::optional<std::string> SettingsStore::value(std::string_view section,
@@ -350,14 +349,8 @@ std::optional<std::string> SettingsStore::value(std::string_view section,
 
 std::string SettingsStore::get(std::string_view section, std::string_view key,
                                std::string_view fallback) const {
-    if (const Section* s = findSection(section)) {
-        for (const auto& e : s->entries) {
-            if (text::equalsIgnoreCase(e.key, key)) {
-                return e.value;
-            }
-        }
-    }
-    return std::string(fallback);
+    const Entry* e = findEntry(section, key);
+    return e ? e->value : std::string(fallback);
 }
 
 std::int16_t SettingsStore::getInt(std::string_view section, std::string_view key,
@@ -372,37 +365,33 @@ std::int16_t SettingsStore::intValue(std::string_view section, std::string_view 
     return getInt(section, key, static_cast<std::int16_t>(settingDefaultNumber(section, key)));
 }
 
-void SettingsStore::put(std::string_view section, std::string_view key, std::string_view value) {
-    Section* s = findSection(section);
-    if (!s) {
-        m_sections.push_back({std::string(section), {}});
-        s = &m_sections.back();
+void SettingsStore::put(Section& section, std::string_view key, std::string_view value) {
+    const auto [at, added] =
+        section.keyIndex.try_emplace(text::toLower(key), section.entries.size());
+    if (added) {
+        section.entries.push_back({std::string(key), std::string(value)});
+    } else {
+        section.entries[at->second].value = std::string(value);
     }
-    for (auto& e : s->entries) {
-        if (text::equalsIgnoreCase(e.key, key)) {
-            e.value = std::string(value);
-            return;
-        }
-    }
-    s->entries.push_back({std::string(key), std::string(value)});
 }
 
 Status SettingsStore::set(std::string_view section, std::string_view key, std::string_view value) {
-    put(section, key, value);
+    put(sectionNamed(section), key, value);
     return save();
 }
 
 Status SettingsStore::setAll(std::string_view section,
                              const std::vector<std::pair<std::string, std::string>>& values) {
+    Section& s = sectionNamed(section);
     for (const auto& [key, value] : values) {
-        put(section, key, value);
+        put(s, key, value);
     }
     return save();
 }
 
 Status SettingsStore::setEntries(const std::vector<Change>& changes) {
     for (const auto& c : changes) {
-        put(c.section, c.key, c.value);
+        put(sectionNamed(c.section), c.key, c.value);
     }
     return save();
 }

@@ -15,6 +15,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "common/result.h"
@@ -249,14 +250,19 @@ private:
     struct Section {
         std::string name;
         std::vector<Entry> entries;
+        // Lower-cased key → its entry, so that a file of many values reads in linear time.
+        std::unordered_map<std::string, std::size_t> keyIndex;
     };
-    Section* findSection(std::string_view name);
     const Section* findSection(std::string_view name) const;
-    void put(std::string_view section, std::string_view key, std::string_view value);
+    // The section of that name (any case), added at the end when there is none.
+    Section& sectionNamed(std::string_view name);
+    const Entry* findEntry(std::string_view section, std::string_view key) const;
+    static void put(Section& section, std::string_view key, std::string_view value);
     Status save() const;
 
     std::filesystem::path m_file;
     std::vector<Section> m_sections;
+    std::unordered_map<std::string, std::size_t> m_sectionIndex;  // lower-cased name → section
 };
 
 // The mail settings of one send run.

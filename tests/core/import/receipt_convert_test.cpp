@@ -5,6 +5,8 @@
 #include "common/text.h"
 #include "import/exchangefile.h"
 #include "import/receipt.h"
+#include "import/receiptimport.h"
+#include "platform/programfolder.h"
 #include "support/testsupport.h"
 
 namespace dorvane::imports {
@@ -153,6 +155,25 @@ TEST(ReceiptToXml, EscapedValuesKeepMarkupCharacters) {
     auto file = parseExchangeText(receiptToXml("Company : Smith & <Sons>", true));
     ASSERT_TRUE(file.ok()) << file.error().description;
     EXPECT_EQ(file->document.valueOf("//Company"), "Smith & <Sons>");
+}
+
+// A clipboard that took far more than the receipt is refused before anything is written.
+TEST(ReceiptImport, TextLongerThanAnyReceiptIsRefused) {
+    const test::TempDir dir;
+    const platform::ProgramFolder folder(dir.path().string());
+    test::ScriptedUi ui;
+    ReceiptImport receipts(ui, folder);
+    const std::string receipt =
+        test::readFile(test::dataDir() / "import/receipts/standard-crlf.txt");
+    std::string pasted;
+    while (pasted.size() <= kMaxReceiptText) {
+        pasted += receipt;
+    }
+    EXPECT_FALSE(receipts.writeReceiptFile(pasted));
+    ASSERT_EQ(ui.messages.size(), 1u);
+    EXPECT_NE(ui.messages[0].text.find("Copy only the receipt"), std::string::npos);
+    EXPECT_FALSE(std::filesystem::exists(dir.path() / kReceiptFileName));
+    EXPECT_TRUE(receipts.writeReceiptFile(receipt));
 }
 
 }  // namespace
