@@ -8,6 +8,8 @@
 #include <system_error>
 #include <vector>
 
+#include "import/receipt.h"
+
 namespace dorvane::imports {
 namespace {
 
@@ -217,6 +219,14 @@ Result<ExchangeFile> parseExchangeText(std::string_view text) {
     file.document = std::move(doc).value();
     file.kindName = childNodeOneName(file.document, hasXmlDeclaration(text));
     file.kind = file.kindName ? recogniseKind(*file.kindName) : DocumentKind::Unknown;
+    if (file.kind == DocumentKind::AuthorizeNet && text.size() > kMaxReceiptDocument) {
+        // Its sheets search every section for every field: many receipts in one document
+        // would take minutes and gigabytes.
+        return Error{EFBIG, "The receipt is larger than an Authorize.Net receipt can be (" +
+                                std::to_string(kMaxReceiptDocument / 1024) +
+                                " KB); copy only the receipt from its e-mail or web page and "
+                                "import it from the clipboard"};
+    }
     return file;
 }
 

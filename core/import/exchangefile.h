@@ -19,8 +19,10 @@
 namespace dorvane::imports {
 
 // The largest exchange file read. A document mailed by Dorvane is a few kilobytes; even an
-// invoice of thousands of lines stays far below this.
-inline constexpr std::uintmax_t kMaxExchangeFileSize = 16u * 1024u * 1024u;
+// invoice of thousands of lines stays far below this. Opening one costs about twenty times
+// its size (the document, the preview, the conversion), so the cap also bounds what opening
+// any file can cost.
+inline constexpr std::uintmax_t kMaxExchangeFileSize = 8u * 1024u * 1024u;
 
 // The message box for a file that cannot be read or parsed: this text, then the reason.
 inline constexpr const char* kCannotProcessFile = "Cannot process file ";

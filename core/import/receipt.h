@@ -26,6 +26,9 @@ inline constexpr const char* kReceiptWithoutCustomerSheet = "/SReceiptFromAuthor
 // The longest text read as a receipt. One receipt is a few kilobytes; a clipboard that holds
 // more has taken more than the receipt, and its every section would be previewed and searched.
 inline constexpr std::size_t kMaxReceiptText = 64 * 1024;
+// The largest receipt document opened (the document of a receipt text of kMaxReceiptText
+// stays well below it).
+inline constexpr std::size_t kMaxReceiptDocument = 4 * kMaxReceiptText;
 
 // The receipt document's text: the declaration, directly the AuthorizeNet start tag, one
 // element per receipt line "Label : value" (the label without "/" and blanks as its name, the

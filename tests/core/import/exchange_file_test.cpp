@@ -6,6 +6,7 @@
 #include <sys/resource.h>
 
 #include "import/exchangefile.h"
+#include "import/receipt.h"
 #include "support/testsupport.h"
 
 namespace dorvane::imports {
@@ -179,9 +180,18 @@ TEST(ExchangeFile, OversizedFilesAreRefusedBeforeReading) {
         auto file = readExchangeFile(dir / name);
         ASSERT_FALSE(file.ok());
         EXPECT_EQ(cannotProcessMessage(file.error()),
-                  "Cannot process file The file is larger than 16 MB");
+                  "Cannot process file The file is larger than 8 MB");
     }
     EXPECT_FALSE(parseExchangeText(big).ok());
+    // A receipt document has a cap of its own, far below: its sheets search every section.
+    std::string receipts = "<?xml version=\"1.0\"?><AuthorizeNet>";
+    while (receipts.size() <= kMaxReceiptDocument) {
+        receipts += "<Billing><Company>Acme</Company></Billing>";
+    }
+    receipts += "</AuthorizeNet>";
+    auto refused = parseExchangeText(receipts);
+    ASSERT_FALSE(refused.ok());
+    EXPECT_NE(refused.error().description.find("copy only the receipt"), std::string::npos);
 }
 
 TEST(ExchangeFile, WhatCannotBeReadIsRefused) {
