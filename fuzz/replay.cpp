@@ -95,11 +95,13 @@ int main(int argc, char** argv) {
     while (grown.size() + seed.size() <= growTo) {
         grown += seed;
     }
+    grown.append(seed, 0, growTo - grown.size());
     const long before = peakMegabytes();
     run(grown);
     const long peak = peakMegabytes();
-    std::printf("%s repeated to %zu MB: peak %ld MB (%ld MB before the run)\n",
-                largest.filename().c_str(), grown.size() >> 20, peak, before);
+    std::printf("%s repeated to %.1f MB: peak %ld MB (%ld MB before the run)\n",
+                largest.filename().c_str(), static_cast<double>(grown.size()) / (1 << 20), peak,
+                before);
     if (peakLimit > 0 && peak > peakLimit) {
         std::fprintf(stderr, "peak %ld MB is over the limit of %ld MB\n", peak, peakLimit);
         return 1;
