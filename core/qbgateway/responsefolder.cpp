@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "qbgateway/responsefolder.h"
 
-#include <regex>
+#include <cctype>
+#include <string>
+#include <string_view>
 
 #include "common/files.h"
 #include "common/text.h"
@@ -49,22 +51,38 @@ public:
         auto name = files::readAll(m_folder / "companyfile.txt");
         return name ? std::string(text::trim(*name)) : (m_folder / "company.qbw").string();
     }
+    // The first request element after the message element names the answer: "<NameRq"
+    // followed by a blank, ">" or "/". Read in one pass: a request carries outside text.
+    static std::string requestName(std::string_view request) {
+        const auto messages = request.find("<QBXMLMsgsRq");
+        if (messages == std::string_view::npos) {
+            return {};
+        }
+        for (auto at = request.find('<', messages + 1); at != std::string_view::npos;
+             at = request.find('<', at + 1)) {
+            auto end = at + 1;
+            while (end < request.size() && std::isalnum(static_cast<unsigned char>(request[end]))) {
+                ++end;
+            }
+            const bool followed =
+                end < request.size() && (std::isspace(static_cast<unsigned char>(request[end])) ||
+                                         request[end] == '>' || request[end] == '/');
+            if (followed && end - at > 3 && request.substr(end - 2, 2) == "Rq") {
+                return std::string(request.substr(at + 1, end - at - 3));
+            }
+        }
+        return {};
+    }
+
     Result<std::string> processRequest(const std::string&, const std::string& request) override {
         if (auto f = failure("ProcessRequest"); !f) {
             return f.error();
         }
-        // The first request element after the message element names the answer.
-        static const std::regex requestElement(R"(<([A-Za-z0-9]+)Rq[\s>/])");
         std::filesystem::path file = m_folder / "default.xml";
-        auto messages = request.find("<QBXMLMsgsRq");
-        if (messages != std::string::npos) {
-            std::smatch m;
-            auto from = request.cbegin() + static_cast<std::ptrdiff_t>(messages + 1);
-            if (std::regex_search(from, request.cend(), m, requestElement)) {
-                auto named = m_folder / (m[1].str() + "Rs.xml");
-                if (std::filesystem::exists(named)) {
-                    file = named;
-                }
+        if (const std::string name = requestName(request); !name.empty()) {
+            auto named = m_folder / (name + "Rs.xml");
+            if (std::filesystem::exists(named)) {
+                file = named;
             }
         }
         auto text = files::readAll(file);

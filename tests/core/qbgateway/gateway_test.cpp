@@ -256,6 +256,11 @@ TEST(ResponseFolder, AnswersByRequestNameAndFailsOnRequest) {
               "<invoices/>");
     EXPECT_EQ(gateway.processRequest("<QBXML><QBXMLMsgsRq><HostQueryRq/></QBXMLMsgsRq></QBXML>"),
               "<default/>");
+    // A long name before the request is read past in one pass.
+    EXPECT_EQ(
+        gateway.processRequest("<QBXML><QBXMLMsgsRq><" + std::string(200000, 'a') +
+                               "Rqx/><InvoiceQueryRq></InvoiceQueryRq></QBXMLMsgsRq></QBXML>"),
+        "<invoices/>");
 
     test::writeFile(dir / "qb" / "failures.txt", "BeginSession 0x80040416 No company file\n");
     EXPECT_EQ(gateway.processRequest("<x/>"), "");
