@@ -65,6 +65,7 @@ struct Command {
 extern const Command kRequestCommand;
 extern const Command kListCommand;
 extern const Command kSendCommand;
+extern const Command kPdfCommand;
 extern const Command kCompanyCommand;
 extern const Command kImportCommand;
 extern const Command kImportBatchCommand;

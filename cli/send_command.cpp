@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// `dorvane send TYPE [--timeframe NAME] [--preview]`.
+// `dorvane send TYPE [--timeframe NAME] [--preview] [--pdf]` and `dorvane pdf TYPE ID`.
 #include <algorithm>
+#include <filesystem>
 #include <ostream>
 
 #include "browser/documenttypes.h"
@@ -8,6 +9,7 @@
 #include "cli/cli.h"
 #include "cli/commands.h"
 #include "cli/json.h"
+#include "common/files.h"
 #include "shell/application.h"
 
 namespace dorvane::cli {
@@ -145,6 +147,9 @@ int send(CommandContext& ctx, const Invocation& args) {
     auto& window = ctx.app.window();
     window.setPreviewChecked(preview);
     auto& sender = ctx.app.sender();
+    if (args.has("--pdf")) {
+        sender.setPdfOverride(true);
+    }
     std::vector<mail::RowOutcome> outcomes;
     const bool json = args.has("--json");
     sender.onRowProcessed([&](const mail::RowOutcome& o) {
@@ -172,15 +177,89 @@ int send(CommandContext& ctx, const Invocation& args) {
 
 }  // namespace
 
+// The row of the document a `pdf` operand names: its TxnID or number (a statement's or
+// timesheet's customer: its ListID or name); -1 for none.
+int rowOfDocument(CommandContext& ctx, const browser::DocumentType& type, const std::string& id) {
+    auto& window = ctx.app.window();
+    const auto& list = window.list();
+    std::string key = id;
+    if (type.shape == browser::ListShape::Transactions) {
+        for (const xml::Node record : window.listDocument().selectAll(type.recordPath)) {
+            if (record.valueOf("RefNumber") == id) {
+                key = record.valueOf("TxnID");
+                break;
+            }
+        }
+    }
+    for (int r = 0; r < list.rowCount(); ++r) {
+        const ui::ListRow& row = list.row(r);
+        auto cell = [&](std::size_t i) { return i < row.cells.size() ? row.cells[i] : ""; };
+        if (cell(type.cells.key) == key || cell(type.cells.name) == id) {
+            return r;
+        }
+    }
+    return -1;
+}
+
+int checkPdfArgs(Invocation& args, std::ostream& err) {
+    if (!args.value("--timeframe")) {
+        args.given.emplace_back("--timeframe", "ALL");
+    }
+    const std::string id = args.operands[1];
+    args.operands.resize(1);
+    const int rc = checkSendArgs(args, err);
+    args.operands.push_back(id);
+    return rc;
+}
+
+int writePdf(CommandContext& ctx, const Invocation& args) {
+    if (const int rc = loadList(ctx, args); rc != kExitOk) {
+        return rc;
+    }
+    const browser::DocumentType& type = *browser::findDocumentType(args.operands[0]);
+    const int row = rowOfDocument(ctx, type, args.operands[1]);
+    if (row < 0) {
+        ctx.err << "No " << type.name << " '" << args.operands[1] << "' in the list of "
+                << *args.value("--timeframe") << " (`dorvane list " << type.name
+                << " --timeframe ALL` shows them all; give its number or ID).\n";
+        return kExitData;
+    }
+    auto file = ctx.app.sender().documentPdf(row);
+    if (!file) {
+        ctx.err << "The PDF could not be made: " << file.error().description << '\n';
+        return kExitFailed;
+    }
+    const std::string target = args.value("--output").value_or(file->name);
+    if (target == "-") {
+        ctx.out << file->bytes;
+        return kExitOk;
+    }
+    if (Status written = files::writeAtomically(target, {file->bytes}, 0644u); !written) {
+        ctx.err << "Cannot write " << target << ": " << written.error().description << '\n';
+        return kExitFailed;
+    }
+    ctx.err << "Wrote " << std::filesystem::absolute(target).string() << '\n';
+    return kExitOk;
+}
+
 constexpr Option kSendOptions[] = {
     kTimeframeOption,
     {"--preview", 0, "", "render the documents into preview.htm instead of mailing\nthem"},
+    {"--pdf", 0, "",
+     "attach a PDF copy of each document (with --preview: write\npreview.pdf too), whatever "
+     "Documents AttachPdf says"},
     kJsonOption,
+};
+
+constexpr Option kPdfOptions[] = {
+    {"--output", 'o', "FILE",
+     "where to write it (- for standard output); default\nTYPE-NUMBER.pdf here"},
+    {"--timeframe", 0, "NAME", "the list to look in, as for list; default ALL"},
 };
 
 constexpr Command kSendCommand{
     .name = "send",
-    .synopsis = "TYPE [--timeframe NAME] [--preview] [--json]",
+    .synopsis = "TYPE [--timeframe NAME] [--preview] [--pdf] [--json]",
     .summary =
         "list as above, then mail the checked documents (or render them\n"
         "into preview.htm); exit status 1 when one did not go out",
@@ -190,7 +269,8 @@ constexpr Command kSendCommand{
         "  failed, or test (test mode: to the test address only), the row's id, name and\n"
         "  recipient; then the counts. Exit status 1 when a document did not go out; 64\n"
         "  for TimesheetA, which has no document to mail. --json: per document its outcome,\n"
-        "  id, name, recipient (and why it failed), then the counts.\n",
+        "  id, name, recipient (and why it failed), then the counts. --pdf attaches a PDF\n"
+        "  copy of each document for this run (Documents AttachPdf 1 does for every run).\n",
     .options = kSendOptions,
     .minOperands = 1,
     .maxOperands = 1,
@@ -198,6 +278,25 @@ constexpr Command kSendCommand{
     .needs = Needs::StartUp,
     .check = checkSendArgs,
     .run = send,
+};
+
+constexpr Command kPdfCommand{
+    .name = "pdf",
+    .synopsis = "TYPE ID [-o FILE] [--timeframe NAME]",
+    .summary = "write one document's PDF copy, for printing or filing",
+    .details =
+        "  Writes the PDF copy of one document, as `send --pdf` attaches it: the company\n"
+        "  header, the document and, for an invoice or statement with Documents PayLink\n"
+        "  set, its pay-now link. ID is a transaction's number or TxnID, or a statement's or\n"
+        "  timesheet's customer (name or ListID). Page size and margin come from Documents\n"
+        "  PageSize and MarginPoints. Exit status 65 when the list has no such document.\n",
+    .options = kPdfOptions,
+    .minOperands = 2,
+    .maxOperands = 2,
+    .operandNames = "TYPE ID",
+    .needs = Needs::StartUp,
+    .check = checkPdfArgs,
+    .run = writePdf,
 };
 
 }  // namespace dorvane::cli

@@ -219,9 +219,10 @@ int Mailer::connectTo(const MailContext& context, std::string_view port, std::st
 bool Mailer::composeAndSendSmtp(const MailContext& context, std::string_view sender,
                                 std::string_view recipient, std::string_view subject,
                                 std::string_view html, std::string_view attachmentText,
-                                std::string_view bccAddresses) {
+                                std::string_view bccAddresses, const MessageExtras& extras) {
     m_lastFailure.clear();
     DocumentMail mail;
+    mail.extras = extras;
     mail.sender = std::string(sender);
     mail.recipient = std::string(recipient);
     mail.subject = std::string(subject);
@@ -276,7 +277,8 @@ bool Mailer::composeAndSendSmtp(const MailContext& context, std::string_view sen
 
 bool Mailer::deliverDirect(const MailContext& context, std::string_view sender,
                            std::string_view recipient, std::string_view subject,
-                           std::string_view html, std::string_view attachmentText) {
+                           std::string_view html, std::string_view attachmentText,
+                           const MessageExtras& extras) {
     const std::vector<std::string> pieces = text::split(recipient, '@');
     const std::string domain = pieces.size() > 1 ? pieces[1] : std::string();
 
@@ -290,7 +292,8 @@ bool Mailer::deliverDirect(const MailContext& context, std::string_view sender,
         return false;
     }
     context.status("Trying to send");
-    return composeAndSendSmtp(context, sender, recipient, subject, html, attachmentText, "");
+    return composeAndSendSmtp(context, sender, recipient, subject, html, attachmentText, "",
+                              extras);
 }
 
 bool Mailer::connectOutlook(const MailContext& context) {

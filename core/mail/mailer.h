@@ -31,6 +31,7 @@
 #include <string>
 #include <string_view>
 
+#include "mail/mimecompose.h"
 #include "mail/mimemessage.h"
 #include "mail/smtpclient.h"
 
@@ -105,13 +106,13 @@ public:
     bool composeAndSendSmtp(const MailContext& context, std::string_view sender,
                             std::string_view recipient, std::string_view subject,
                             std::string_view html, std::string_view attachmentText,
-                            std::string_view bccAddresses);
+                            std::string_view bccAddresses, const MessageExtras& extras = {});
 
     // Delivers to the mail exchanger of the recipient's domain (the text after the first
     // "@") on port 25, without login, over a connection of its own.
     bool deliverDirect(const MailContext& context, std::string_view sender,
                        std::string_view recipient, std::string_view subject, std::string_view html,
-                       std::string_view attachmentText);
+                       std::string_view attachmentText, const MessageExtras& extras = {});
 
     // Outlook is not available on this system: shows "Could not connect to Outlook 2000 or
     // 2002" and answers false.

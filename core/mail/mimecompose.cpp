@@ -197,9 +197,12 @@ void composeDocumentMail(const DocumentMail& mail, MimeMessage& message) {
     message.setRecipient(mail.recipient);
 
     message.addPart();
-    const bool asciiSubject = std::all_of(mail.subject.begin(), mail.subject.end(),
-                                          [](unsigned char c) { return c < 0x80; });
-    if (asciiSubject) {
+    const std::string& words = mail.extras.plainText.empty() ? mail.subject : mail.extras.plainText;
+    // A cover text may run long on a line: it always goes quoted-printable.
+    const bool ascii =
+        mail.extras.plainText.empty() &&
+        std::all_of(words.begin(), words.end(), [](unsigned char c) { return c < 0x80; });
+    if (ascii) {
         message.setHeader("Content-Type", "text/plain");
         message.setHeader("Content-Transfer-Encoding", "7bit");
     } else {
@@ -207,7 +210,7 @@ void composeDocumentMail(const DocumentMail& mail, MimeMessage& message) {
         message.setHeader("Content-Type", "text/plain; charset=utf-8");
         message.setHeader("Content-Transfer-Encoding", "quoted-printable");
     }
-    message.setText(mail.subject);
+    message.setText(words);
 
     message.addPart();
     message.setHeader("Content-Type", "text/html");
@@ -232,6 +235,9 @@ void composeDocumentMail(const DocumentMail& mail, MimeMessage& message) {
 
     if (!mail.attachment.empty()) {
         (void)message.attachFile(mail.attachment);
+    }
+    for (const AttachedFile& file : mail.extras.files) {
+        message.attachBytes(file.name, file.type, file.subtype, file.bytes);
     }
 }
 

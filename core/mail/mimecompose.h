@@ -60,6 +60,22 @@ std::string attachmentFileName(std::string_view subject);
 // joined by ", " when both are there.
 std::string envelopeRecipients(std::string_view recipient, std::string_view bccAddresses);
 
+// A file carried after the exchange file (a PDF copy of the document).
+struct AttachedFile {
+    std::string name;
+    std::string type = "application";
+    std::string subtype = "pdf";
+    std::string bytes;
+};
+
+// What the user added to the program's own message (documentextras.h); empty, the message is
+// the program's own.
+struct MessageExtras {
+    // The text part's words instead of the subject (the cover text).
+    std::string plainText;
+    std::vector<AttachedFile> files;
+};
+
 // What one document mail is made of.
 struct DocumentMail {
     std::string sender;
@@ -70,6 +86,7 @@ struct DocumentMail {
     std::filesystem::path attachment;
     // Adds "Disposition-Notification-To: <sender>" to the message header.
     bool returnReceipt = false;
+    MessageExtras extras;
 };
 
 // Builds the message in layout order into `message` (which is cleared first).

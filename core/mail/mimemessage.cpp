@@ -200,13 +200,19 @@ std::string MimeMessage::boundary() {
 
 bool MimeMessage::attachFile(const std::filesystem::path& file) {
     auto bytes = files::readAll(file);
-    GPtr<GMimePart> part(g_mime_part_new_with_type("application", "octet-stream"));
-    g_mime_part_set_filename(part.get(), file.filename().c_str());
-    g_mime_part_set_content_encoding(part.get(), GMIME_CONTENT_ENCODING_BASE64);
-    const std::string content = bytes ? *bytes : std::string();
-    setContent(part.get(), content.data(), content.size());
-    g_mime_multipart_add(m_impl->multipart, GMIME_OBJECT(part.get()));
+    attachBytes(file.filename().string(), "application", "octet-stream",
+                bytes ? *bytes : std::string());
     return bytes.ok();
+}
+
+void MimeMessage::attachBytes(std::string_view fileName, std::string_view type,
+                              std::string_view subtype, std::string_view bytes) {
+    GPtr<GMimePart> part(
+        g_mime_part_new_with_type(std::string(type).c_str(), std::string(subtype).c_str()));
+    g_mime_part_set_filename(part.get(), std::string(fileName).c_str());
+    g_mime_part_set_content_encoding(part.get(), GMIME_CONTENT_ENCODING_BASE64);
+    setContent(part.get(), bytes.data(), bytes.size());
+    g_mime_multipart_add(m_impl->multipart, GMIME_OBJECT(part.get()));
 }
 
 int MimeMessage::save(const std::filesystem::path& file) const {

@@ -52,6 +52,9 @@ public:
     // Adds the file as an attachment part (application/octet-stream, base64, with its name).
     // False when the file cannot be read.
     bool attachFile(const std::filesystem::path& file);
+    // Adds bytes as an attachment part of the given MIME type (base64, with the file name).
+    void attachBytes(std::string_view fileName, std::string_view type, std::string_view subtype,
+                     std::string_view bytes);
 
     // Writes the message in internet format with CR LF line ends. Answers 0, or the errno
     // value of the failed write.

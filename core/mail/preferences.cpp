@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "mail/preferences.h"
 
+#include "browser/documenttypes.h"
+#include "common/text.h"
+#include "platform/programfolder.h"
+
 namespace dorvane::mail {
 namespace {
 
@@ -59,6 +63,77 @@ std::vector<platform::SettingsStore::Change> MailPreferencesModel::changes() con
 
 Status MailPreferencesModel::save(platform::SettingsStore& store) const {
     return store.setEntries(changes());
+}
+
+DocumentOptionsModel::DocumentOptionsModel(const platform::SettingsStore& store,
+                                           const platform::ProgramFolder& folder)
+    : m_folder(folder), m_loaded(platform::loadMailSettings(store)) {
+    attachPdf = m_loaded.attachPdf == 1;
+    pageSize = m_loaded.pageSize;
+    marginPoints = std::to_string(m_loaded.marginPoints);
+    payLink = m_loaded.payLink;
+    if (auto texts = DocumentTexts::load(folder)) {
+        m_texts = std::move(texts).value();
+    } else {
+        loadProblem = texts.error().description;
+    }
+    for (const std::string& type : typesWithWords()) {
+        words[type] = m_texts.words(type);
+    }
+}
+
+std::vector<std::string> DocumentOptionsModel::typesWithWords() {
+    std::vector<std::string> out;
+    for (const browser::DocumentType& type : browser::kDocumentTypes) {
+        if (type.styleSheet) {
+            out.emplace_back(type.name);
+        }
+    }
+    return out;
+}
+
+std::string DocumentOptionsModel::problem() const {
+    for (const platform::SettingsStore::Change& change : changes()) {
+        if (Status ok = platform::checkSetting(change.section, change.key, change.value); !ok) {
+            return ok.error().description;
+        }
+    }
+    return {};
+}
+
+std::vector<platform::SettingsStore::Change> DocumentOptionsModel::changes() const {
+    std::vector<platform::SettingsStore::Change> out;
+    auto changed = [&](const char* key, const std::string& value, const std::string& was) {
+        if (value != was) {
+            out.push_back({"Documents", key, value});
+        }
+    };
+    changed("AttachPdf", flag(attachPdf), flag(m_loaded.attachPdf == 1));
+    changed("PageSize", pageSize, m_loaded.pageSize);
+    changed("MarginPoints", marginPoints, std::to_string(m_loaded.marginPoints));
+    changed("PayLink", std::string(text::trim(payLink)), m_loaded.payLink);
+    return out;
+}
+
+Status DocumentOptionsModel::save(platform::SettingsStore& store) const {
+    if (const std::string wrong = problem(); !wrong.empty()) {
+        return Error{0, wrong};
+    }
+    if (const auto settings = changes(); !settings.empty()) {
+        if (Status saved = store.setEntries(settings); !saved) {
+            return saved;
+        }
+    }
+    DocumentTexts texts = m_texts;
+    bool wordsChanged = false;
+    for (const auto& [type, own] : words) {
+        const OwnWords before = m_texts.words(type);
+        if (own.subject != before.subject || own.cover != before.cover) {
+            texts.setWords(type, own);
+            wordsChanged = true;
+        }
+    }
+    return wordsChanged ? texts.save(m_folder) : Status();
 }
 
 }  // namespace dorvane::mail

@@ -2,10 +2,12 @@
 // Dorvane — the mail preferences dialog (Dialog): what it shows and what OK writes.
 #pragma once
 
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "mail/documentextras.h"
 #include "platform/settings.h"
 #include "ui/uiport.h"
 
@@ -72,6 +74,38 @@ public:
     std::vector<platform::SettingsStore::Change> changes() const;
     // OK: writes every value. Cancel writes nothing (the front end just closes).
     Status save(platform::SettingsStore& store) const;
+};
+
+// The preferences' "Documents" page: the PDF copy, the pay-now link and, per document type
+// that is mailed, the sender's own subject and cover text. OK writes only what changed, so a
+// person who never opens the page leaves the settings as they were.
+class DocumentOptionsModel final {
+public:
+    // Reads the settings and the own words ("documenttexts.xml"; a file that cannot be read
+    // leaves them empty and `loadProblem` says why).
+    DocumentOptionsModel(const platform::SettingsStore& store,
+                         const platform::ProgramFolder& folder);
+
+    bool attachPdf = false;
+    std::string pageSize;  // "auto", "Letter" or "A4"
+    std::string marginPoints;
+    std::string payLink;
+    // Keyed by document type name ("Invoice"): the types "Send Email" mails.
+    std::map<std::string, OwnWords> words;
+    std::string loadProblem;
+
+    // The types whose words can be set, in menu order.
+    static std::vector<std::string> typesWithWords();
+
+    // What is wrong with the values, in words for the person; empty when OK may write them.
+    std::string problem() const;
+    std::vector<platform::SettingsStore::Change> changes() const;
+    Status save(platform::SettingsStore& store) const;
+
+private:
+    const platform::ProgramFolder& m_folder;
+    platform::MailSettings m_loaded;
+    DocumentTexts m_texts;
 };
 
 }  // namespace dorvane::mail

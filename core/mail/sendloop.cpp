@@ -12,8 +12,10 @@
 #include "browser/recipients.h"
 #include "browser/sentlog.h"
 #include "common/clock.h"
+#include "common/files.h"
 #include "common/text.h"
 #include "company/companyinfo.h"
+#include "mail/documentextras.h"
 #include "platform/programfolder.h"
 #include "ui/documentwindow.h"
 #include "ui/uiport.h"
@@ -64,6 +66,10 @@ MailContext DocumentSender::context() {
 void DocumentSender::sendSelectedDocuments() {
     m_store.reload();
     m_settings = platform::loadMailSettings(m_store);
+    if (m_pdfOverride) {
+        m_settings.attachPdf = *m_pdfOverride ? 1 : 0;
+    }
+    m_previewPdf.clear();
     m_window.setStatusText("");
     ui::BusyScope busy(m_ui);
     const browser::DocumentType* type = browser::findDocumentType(m_window.documentType());
@@ -77,22 +83,38 @@ void DocumentSender::sendSelectedDocuments() {
     }
 }
 
+// One rendered document: the page, its subject and its exchange file, and what the user
+// added to the message.
+struct DocumentSender::Rendered {
+    std::optional<Result<std::string>> html;  // the document as its style sheet wrote it
+    xml::Node record;
+    std::string subject;
+    std::string attachment;
+    std::string page;     // as mailed: cover text, pay-now link, company header, document
+    std::string pdfPage;  // what the PDF copy shows: the page without the cover text
+    std::string pdfName;
+    MessageExtras extras;
+};
+
 // How one run finds, renders and records its rows.
 struct DocumentSender::RunPlan {
+    const browser::DocumentType& type;
     const char* sheet;
     const char* sentText;
     const char* failedText;
     std::size_t keyCell;
     std::size_t nameCell;
     std::size_t emailCell;
-    // Renders the row's document; fills the subject and, for mailing, the attachment.
+    // Renders the row's document; fills the record it was rendered from, the subject and, for
+    // mailing, the attachment.
     std::function<Result<std::string>(const xml::Stylesheet& sheet, const std::string& key,
-                                      bool preview, std::string& subject, std::string& attachment)>
+                                      bool preview, Rendered& out)>
         render;
     const char* logType = nullptr;  // sent-log tag, or none
 
     explicit RunPlan(const browser::DocumentType& type)
-        : sheet(type.styleSheet),
+        : type(type),
+          sheet(type.styleSheet),
           sentText(type.sentText),
           failedText(type.failedText),
           keyCell(type.cells.key),
@@ -105,16 +127,17 @@ void DocumentSender::runTransactions(const browser::DocumentType& type) {
     const auto documents = browser::indexBy(m_window.listDocument(), type.recordPath, "TxnID");
     RunPlan plan(type);
     plan.render = [&](const xml::Stylesheet& sheet, const std::string& key, bool preview,
-                      std::string& subject, std::string& attachment) -> Result<std::string> {
+                      Rendered& out) -> Result<std::string> {
         auto found = documents.find(key);
         if (found == documents.end()) {
             return Error{0, "no such document"};
         }
         xml::Node doc = found->second;
+        out.record = doc;
         if (!preview) {
-            attachment = buildAttachment(doc);
-            subject = type.subject + doc.valueOf("RefNumber") + "  " +
-                      "Date: " + doc.valueOf("TxnDate") + "  ";
+            out.attachment = buildAttachment(doc);
+            out.subject = type.subject + doc.valueOf("RefNumber") + "  " +
+                          "Date: " + doc.valueOf("TxnDate") + "  ";
         }
         return sheet.transformNode(doc);
     };
@@ -147,12 +170,13 @@ void DocumentSender::runCustomerDocuments(const browser::DocumentType& type) {
     };
     RunPlan plan(type);
     plan.render = [&](const xml::Stylesheet& sheet, const std::string& key, bool,
-                      std::string& subject, std::string&) -> Result<std::string> {
+                      Rendered& out) -> Result<std::string> {
         auto found = customers.find(key);
         if (found == customers.end()) {
             return Error{0, "no such customer"};
         }
         xml::Node customer = found->second;
+        out.record = customer;
         if (statements) {
             double forward = number(customer.valueOf("TotalBalance"));
             for (xml::Node invoice : take(invoices, key)) {
@@ -172,28 +196,88 @@ void DocumentSender::runCustomerDocuments(const browser::DocumentType& type) {
             }
             customer.appendElement("PrintDate", clock::todayIso());
         }
-        subject = type.subject;
+        out.subject = type.subject;
         return sheet.transformNode(customer);
     };
     runRows(plan);
 }
 
-// One rendered document: the page, its subject and its exchange file.
-struct DocumentSender::Rendered {
-    std::optional<Result<std::string>> html;
-    std::string subject;
-    std::string attachment;
+// What the user added, read once at the start of a run (the render-ahead thread reads it too).
+struct DocumentSender::Extras {
+    DocumentTexts texts;
+    std::string companyName;
+    std::string companyCountry;
+    pdf::PageSetup page;
 };
+
+void DocumentSender::addExtras(const RunPlan& plan, const Extras& extras, const std::string& header,
+                               bool preview, Rendered& out) const {
+    const std::string& html = **out.html;
+    const OwnWords words = extras.texts.words(plan.type.name);
+    const bool payLink = !m_settings.payLink.empty() && takesPayLink(plan.type);
+    if (words.empty() && !payLink && m_settings.attachPdf == 0 && !m_pdfRequest) {
+        out.page = header + html;
+        return;
+    }
+    const DocumentFacts facts =
+        documentFacts(plan.type, out.record, extras.companyName, extras.companyCountry);
+    std::string pay;
+    if (payLink && std::strtod(facts.balance.c_str(), nullptr) > 0) {
+        pay = payButtonHtml(fillPlaceholders(m_settings.payLink, facts, true));
+    }
+    out.pdfPage = pay + header + html;
+    out.pdfName = pdfFileName(plan.type, facts);
+    out.page =
+        (words.cover.empty() ? std::string() : coverHtml(fillPlaceholders(words.cover, facts))) +
+        out.pdfPage;
+    if (preview) {
+        return;
+    }
+    if (!words.subject.empty()) {
+        out.subject = fillPlaceholders(words.subject, facts);
+    }
+    if (!words.cover.empty()) {
+        out.extras.plainText = fillPlaceholders(words.cover, facts);
+    }
+    if (m_settings.attachPdf != 0) {
+        auto pdfBytes = pdf::renderPdf(out.pdfPage, extras.page, text::trim(out.subject));
+        if (!pdfBytes) {
+            out.html.emplace(Error{pdfBytes.error().code, "its PDF copy could not be made: " +
+                                                              pdfBytes.error().description});
+            return;
+        }
+        out.extras.files.push_back(
+            AttachedFile{out.pdfName, "application", "pdf", std::move(pdfBytes).value()});
+    }
+}
 
 void DocumentSender::runRows(const RunPlan& plan) {
     m_runEndText.clear();
     const std::string header = companyHeaderHtml();
+    Extras extras;
+    {
+        auto texts = DocumentTexts::load(m_folder);
+        if (!texts) {
+            m_ui.messageBox("Dorvane cannot read your own subjects and cover texts (" +
+                            texts.error().description +
+                            "), so nothing was sent. Correct them in the mail preferences, or "
+                            "delete the file to send with the program's own words.");
+            m_window.setStatusText("Nothing sent: " + std::string(kDocumentTextsFile) +
+                                   " cannot be read");
+            return;
+        }
+        extras.texts = std::move(texts).value();
+        xml::Node company = m_company.companyNode();
+        extras.companyName = company.valueOf("CompanyName");
+        extras.companyCountry = company.valueOf("Address/Country");
+        extras.page = pageSetup(m_settings, extras.companyCountry);
+    }
     auto sheet = xml::Stylesheet::load(m_folder.filePath(plan.sheet));
     if (!sheet) {
         m_window.setStatusText(plan.failedText);
         return;
     }
-    const bool preview = m_window.previewChecked();
+    const bool preview = m_window.previewChecked() || m_pdfRequest;
     if (!preview && plan.logType && !sentLogWritable()) {
         return;
     }
@@ -202,13 +286,19 @@ void DocumentSender::runRows(const RunPlan& plan) {
     }
     auto& list = m_window.list();
     auto processed = [&](int i) {
+        if (m_pdfRequest) {
+            return i == m_pdfRequest->row;
+        }
         const ui::ListRow& row = list.row(i);
         return row.checked && (!cell(row, plan.emailCell).empty() || preview ||
                                m_settings.alwaysBcc == 1 || m_settings.altEmail == 1);
     };
     auto renderRow = [&](std::string key) {
         Rendered out;
-        out.html.emplace(plan.render(*sheet, key, preview, out.subject, out.attachment));
+        out.html.emplace(plan.render(*sheet, key, preview, out));
+        if (*out.html) {
+            addExtras(plan, extras, header, preview, out);
+        }
         return out;
     };
     // While a message travels to the server, the next document is rendered on a second
@@ -232,6 +322,7 @@ void DocumentSender::runRows(const RunPlan& plan) {
     std::future<Rendered> ahead;
     int aheadRow = -1;
     std::string previewText;
+    std::vector<std::string> previewPdfPages;
     bool logBroken = false;
     m_window.setProgress(0);
     for (int i = 0; i < list.rowCount() && !logBroken; ++i) {
@@ -264,7 +355,16 @@ void DocumentSender::runRows(const RunPlan& plan) {
             m_window.setStatusText(plan.failedText);
             outcome.why = std::string(plan.failedText) + ": " + html.error().description;
         } else if (preview) {
-            previewText += "<DIV style='page-break-after:always'>" + header + *html + "</div>";
+            previewText += "<DIV style='page-break-after:always'>" + rendered.page + "</div>";
+            if (m_pdfRequest) {
+                auto bytes = pdf::renderPdf(rendered.pdfPage, extras.page, rendered.pdfName);
+                m_pdfRequest->file =
+                    bytes ? Result<AttachedFile>(AttachedFile{rendered.pdfName, "application",
+                                                              "pdf", std::move(bytes).value()})
+                          : Result<AttachedFile>(bytes.error());
+            } else if (m_settings.attachPdf != 0) {
+                previewPdfPages.push_back(std::move(rendered.pdfPage));
+            }
         } else {
             std::string recipient = email;
             const bool testMode = m_settings.test == 1 && !m_settings.emailAdr.empty();
@@ -272,8 +372,9 @@ void DocumentSender::runRows(const RunPlan& plan) {
                 recipient = m_settings.emailAdr;
             }
             m_notSentReason.clear();
-            outcome.sent = sendDocumentMail(m_company.senderAddress(), recipient, subject,
-                                            header + *html, attachment, outcome.name);
+            outcome.sent =
+                sendDocumentMail(m_company.senderAddress(), recipient, subject, rendered.page,
+                                 attachment, outcome.name, rendered.extras);
             outcome.recipient = recipient;
             // A copy that reached only the test address leaves the document unsent for its
             // customer: it is noted as a test, which the "Already sent" search never finds.
@@ -321,7 +422,13 @@ void DocumentSender::runRows(const RunPlan& plan) {
         ahead.wait();
     }
     m_window.setProgress(-1);
+    if (m_pdfRequest) {
+        return;
+    }
     if (preview) {
+        if (!previewPdfPages.empty()) {
+            writePreviewPdf(previewPdfPages, extras.page);
+        }
         showPreview(previewText);
         return;
     }
@@ -361,7 +468,7 @@ bool DocumentSender::saveSentLog() {
 bool DocumentSender::sendDocumentMail(const std::string& sender, std::string& recipient,
                                       const std::string& subject, const std::string& html,
                                       const std::string& attachmentText,
-                                      const std::string& displayName) {
+                                      const std::string& displayName, const MessageExtras& extras) {
     const std::string bcc =
         m_settings.bcc == 1 && !m_settings.bccAdr.empty() ? m_settings.bccAdr : std::string();
     if (m_settings.altEmail == 1) {
@@ -385,14 +492,14 @@ bool DocumentSender::sendDocumentMail(const std::string& sender, std::string& re
                                            bcc);
         case 0:
             return m_mailer.composeAndSendSmtp(ctx, sender, recipient, subject, html,
-                                               attachmentText, bcc);
+                                               attachmentText, bcc, extras);
         case 2: {
-            bool result =
-                m_mailer.deliverDirect(ctx, sender, recipient, subject, html, attachmentText);
+            bool result = m_mailer.deliverDirect(ctx, sender, recipient, subject, html,
+                                                 attachmentText, extras);
             if (!bcc.empty()) {
                 for (const std::string& copy : text::split(bcc, ';')) {
-                    result =
-                        m_mailer.deliverDirect(ctx, sender, copy, subject, html, attachmentText);
+                    result = m_mailer.deliverDirect(ctx, sender, copy, subject, html,
+                                                    attachmentText, extras);
                 }
             }
             return result;
@@ -461,6 +568,29 @@ std::string DocumentSender::buildAttachment(xml::Node document) {
         }
     }
     return "<?xml version=\"1.0\" ?>" + copy.root().xml();
+}
+
+Result<AttachedFile> DocumentSender::documentPdf(int row) {
+    m_pdfRequest.emplace(PdfRequest{row, Error{0, "there is no such document in the list"}});
+    sendSelectedDocuments();
+    Result<AttachedFile> file = std::move(m_pdfRequest->file);
+    m_pdfRequest.reset();
+    return file;
+}
+
+void DocumentSender::writePreviewPdf(const std::vector<std::string>& pages,
+                                     const pdf::PageSetup& page) {
+    auto bytes = pdf::renderPdf(pages, page, "Preview");
+    const std::string path = m_folder.filePath(kPreviewPdfFile);
+    Status written = bytes
+                         ? files::writeAtomically(path, {*bytes}, 0644u, files::Durability::Scratch)
+                         : Status(bytes.error());
+    if (!written) {
+        m_ui.messageBox("Could not write " + path + ": " + written.error().description);
+        return;
+    }
+    m_previewPdf = path;
+    m_ui.openWithDesktop(m_previewPdf);
 }
 
 void DocumentSender::showPreview(const std::string& html) {

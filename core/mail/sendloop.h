@@ -15,8 +15,10 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "mail/mailer.h"
+#include "pdf/pdf.h"
 #include "platform/settings.h"
 #include "xml/xml.h"
 
@@ -64,7 +66,8 @@ public:
     // replaced by the address the person gives. True when it went out.
     bool sendDocumentMail(const std::string& sender, std::string& recipient,
                           const std::string& subject, const std::string& html,
-                          const std::string& attachmentText, const std::string& displayName);
+                          const std::string& attachmentText, const std::string& displayName,
+                          const MessageExtras& extras = {});
 
     // The company header: the company record through "company.xslt"; "" without either.
     std::string companyHeaderHtml();
@@ -72,6 +75,18 @@ public:
     std::string buildAttachment(xml::Node document);
     // Writes "preview.htm" and opens it with the desktop's browser.
     void showPreview(const std::string& html);
+    // With the PDF copy on, a preview also writes "preview.pdf" (one document after the other)
+    // and opens it.
+    void writePreviewPdf(const std::vector<std::string>& pages, const pdf::PageSetup& page);
+
+    // For the runs to come: attach the PDF copy (true) or not (false) whatever the settings
+    // say; nullopt goes back to the settings (Documents AttachPdf).
+    void setPdfOverride(std::optional<bool> attach) { m_pdfOverride = attach; }
+    // The PDF the last preview wrote; empty when it wrote none.
+    const std::string& previewPdf() const { return m_previewPdf; }
+    // The PDF copy of one row's document of the list on show (checked or not), as a send run
+    // attaches it: the document's file name and bytes.
+    Result<AttachedFile> documentPdf(int row);
 
     // Called after every processed row (the command line prints these).
     void onRowProcessed(std::function<void(const RowOutcome&)> handler) {
@@ -87,6 +102,10 @@ public:
 private:
     struct RunPlan;
     struct Rendered;
+    struct Extras;
+    // The cover text, pay-now link and PDF copy the user turned on, added to a rendered row.
+    void addExtras(const RunPlan& plan, const Extras& extras, const std::string& header,
+                   bool preview, Rendered& out) const;
     void runTransactions(const browser::DocumentType& type);
     // Statements and timesheets: one document per customer.
     void runCustomerDocuments(const browser::DocumentType& type);
@@ -108,6 +127,14 @@ private:
     platform::MailSettings m_settings;
     std::function<void(const RowOutcome&)> m_rowProcessed;
     std::string m_runEndText;
+    std::optional<bool> m_pdfOverride;
+    // A run for documentPdf: only this row, rendered as a preview, into `file`.
+    struct PdfRequest {
+        int row;
+        Result<AttachedFile> file;
+    };
+    std::optional<PdfRequest> m_pdfRequest;
+    std::string m_previewPdf;
     // Why the last sendDocumentMail sent nothing when the transport did not say.
     std::string m_notSentReason;
     // "attachment.xslt" as read at the start of the run that is under way, and the sender's

@@ -428,6 +428,10 @@ MailSettings loadMailSettings(const SettingsStore& store) {
     m.attachment = store.intValue("Settings", "Attachment");
     m.returnReceipt = store.intValue("Settings", "ReturnReceipt");
     m.encrypt = store.intValue("Settings", "Encrypt");
+    m.attachPdf = store.intValue("Documents", "AttachPdf");
+    m.pageSize = store.value("Documents", "PageSize").value_or("auto");
+    m.marginPoints = store.intValue("Documents", "MarginPoints");
+    m.payLink = std::string(text::trim(store.value("Documents", "PayLink").value_or("")));
     return m;
 }
 

@@ -77,6 +77,12 @@ inline constexpr SettingChoice kConnectionChoices[] = {
     {"webconnector", "QuickBooks on a Windows PC, through its Web Connector"},
 };
 
+inline constexpr SettingChoice kPageSizeChoices[] = {
+    {"auto", "Letter for a company in the US or Canada (or of no country), A4 otherwise"},
+    {"Letter", "8.5 x 11 inches"},
+    {"A4", "210 x 297 mm"},
+};
+
 inline constexpr KnownSetting kKnownSettings[] = {
     {"SMTP", "Hostname", SettingType::HostName, "", "the SMTP server (Settings MailOption 0)"},
     {"SMTP", "Port", SettingType::Port, "25", "the SMTP server's port", kNoChoices, 1, 65535},
@@ -101,6 +107,15 @@ inline constexpr KnownSetting kKnownSettings[] = {
      kFlagChoices},
     {"Settings", "Encrypt", SettingType::Flag, "0",
      "the preferences' \"Encrypt with Digital Envelope\" box (kept, not acted on)", kFlagChoices},
+    {"Documents", "AttachPdf", SettingType::Flag, "0",
+     "attach a PDF copy of every mailed document (send --pdf for one run)", kFlagChoices},
+    {"Documents", "PageSize", SettingType::Choice, "auto", "the PDF copy's page size",
+     kPageSizeChoices},
+    {"Documents", "MarginPoints", SettingType::Number, "36",
+     "the PDF copy's margin on every side, in points (72 to the inch)", kNoChoices, 18, 144},
+    {"Documents", "PayLink", SettingType::Url, "",
+     "the pay-now link of invoices and statements, with {number}, {balance}, {currency} and "
+     "{customer} filled in; empty: no link"},
     {"Import", "Item", SettingType::Text, "Uncategorized Expenses",
      "the item an imported document's lines are booked to"},
     {"Import", "ItemGroup", SettingType::Text, "Uncategorized Expense Group",
@@ -278,6 +293,11 @@ struct MailSettings {
     int encrypt = 0;
     std::string emailAdr;
     std::string bccAdr;
+    // The document options: a PDF copy, its page, the pay-now link pattern.
+    int attachPdf = 0;
+    std::string pageSize = "auto";
+    int marginPoints = 36;
+    std::string payLink;
 };
 
 // Reads the mail settings, with their defaults, in the order a send run reads them.
