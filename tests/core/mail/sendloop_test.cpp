@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include "browser/sentlog.h"
+#include "mail/documentextras.h"
 #include "mail/mxresolver.h"
 #include "qbgateway/responsefolder.h"
 #include "shell/application.h"
@@ -15,6 +16,8 @@
 namespace dorvane::mail {
 namespace {
 
+using test::MimePartRecord;
+using test::MimeRecord;
 using test::qbAnswer;
 using test::qbRs;
 using test::ScopedEnvironment;
@@ -530,6 +533,64 @@ TEST_F(SendLoopTest, TheAddressPromptCanSendToBlindCopiesOnly) {
     EXPECT_FALSE(accepted[1].mime.header("To").has_value());
     EXPECT_EQ(accepted[2].rcptTos,
               (std::vector<std::string>{"new@example.test", "files@example.test"}));
+}
+
+// What pdftotext reads in a PDF (laid out), or what it said when it could not.
+std::string pdfText(const test::TempDir& dir, const std::string& pdf) {
+    const auto file = dir / "read.pdf";
+    test::writeFile(file, pdf);
+    std::string out, err;
+    const int rc = test::runCommand("pdftotext -layout '" + file.string() + "' -", &out, &err);
+    return rc == 0 ? out : "pdftotext failed: " + err;
+}
+
+// The sender's own words, a pay-now link and a PDF copy, once turned on: the HTML stays the
+// message's root, the PDF reads back with the document in it.
+TEST_F(SendLoopTest, OwnWordsPayLinkAndPdfCopyWhenTurnedOn) {
+    DocumentTexts texts;
+    texts.setWords("Invoice", {"Invoice {number} from {company}",
+                               "Dear {customer},\n\nyour invoice of {total} {currency} is due."});
+    ASSERT_TRUE(texts.save(app.folder()).ok());
+    listInvoices({{"Documents", "AttachPdf", "1"},
+                  {"Documents", "PayLink",
+                   "https://pay.example.com/i/{number}?amount={balance}&who={customer}"}});
+    app.sender().sendSelectedDocuments();
+
+    const auto accepted = server->record().accepted();
+    ASSERT_EQ(accepted.size(), 2u) << (ui.messages.empty() ? "" : ui.messages[0].text);
+    const MimeRecord& first = accepted[0].mime;
+    EXPECT_EQ(first.subject, "Invoice 1041 from Harbor Lane Joinery");
+    EXPECT_NE(first.contentType.find("related"), std::string::npos);
+    ASSERT_EQ(first.parts.size(), 3u);
+    EXPECT_EQ(first.parts[0].body, "Dear Able Co,\r\n\r\nyour invoice of 105.00 USD is due.");
+    const std::string& html = first.parts[1].body;
+    EXPECT_EQ(first.parts[1].contentType, "text/html");
+    EXPECT_NE(html.find("<p style=\"margin:0 0 10px 0;\">Dear Able Co,</p>"), std::string::npos);
+    EXPECT_NE(html.find("href=\"https://pay.example.com/i/1041?amount=105.00&amp;who=Able%20Co\""),
+              std::string::npos)
+        << html.substr(0, 600);
+    EXPECT_LT(html.find("Pay now"), html.find("Cabinet work"));
+    EXPECT_NE(accepted[1].mime.parts[1].body.find("who=Baker%20%26%20Sons"), std::string::npos);
+
+    const MimePartRecord& pdf = first.parts[2];
+    EXPECT_EQ(pdf.contentType, "application/pdf");
+    EXPECT_EQ(pdf.filename, "Invoice-1041.pdf");
+    const std::string text = pdfText(home, pdf.body);
+    for (const char* expected : {"1041", "Able Co", "Cabinet work", "105.00", "Pay now"}) {
+        EXPECT_NE(text.find(expected), std::string::npos) << expected << " in\n" << text;
+    }
+    EXPECT_EQ(text.find("Dear Able Co"), std::string::npos) << "the cover text is the mail's";
+
+    // A preview with the copy on writes every checked document into one PDF.
+    app.window().list().setChecked(0, true);
+    app.window().list().setChecked(1, true);
+    app.window().setPreviewChecked(true);
+    app.sender().sendSelectedDocuments();
+    ASSERT_EQ(app.sender().previewPdf(), (home / "program" / "preview.pdf").string());
+    const std::string both = pdfText(home, test::readFile(app.sender().previewPdf()));
+    EXPECT_NE(both.find("Able Co"), std::string::npos);
+    EXPECT_NE(both.find("Baker & Sons"), std::string::npos);
+    EXPECT_NE(both.find("\f"), std::string::npos) << "each document starts a page";
 }
 
 }  // namespace
