@@ -20,6 +20,9 @@ constexpr double kPointsPerPixel = 0.75;
 constexpr std::size_t kLargestDocument = 32 * 1024 * 1024;
 constexpr int kDeepestNesting = 256;
 constexpr int kMostPages = 5000;
+// litehtml walks the whole document to draw each page: a document is refused when its
+// elements times its pages pass this (some seconds of work), rather than taking minutes.
+constexpr double kMostElementPages = 20e6;
 // A heading row is repeated only while it takes no more than this share of a page.
 constexpr double kLargestHeadingShare = 1.0 / 3;
 constexpr double kPageNumberPoints = 8;
@@ -47,6 +50,7 @@ struct Shape {
     std::vector<Span> lines;  // text: broken through only when a row is taller than a page
     std::vector<Table> headed;
     std::vector<Link> links;
+    std::size_t elements = 0;
 };
 
 // A page: the band of the document it shows, and the heading row repeated above it.
@@ -139,6 +143,7 @@ public:
         if (depth > 4 * kDeepestNesting || el->get_display() == litehtml::display_none) {
             return false;
         }
+        ++m_shape.elements;
         const litehtml::position& pos = el->get_position();
         const litehtml::position box(x + pos.x, y + pos.y, pos.width, pos.height);
         const std::string tag = lower(el->get_tagName());
@@ -392,6 +397,12 @@ public:
         Shape shape;
         Walker(shape).walk(doc->root(), 0, 0, 0);
         const std::vector<Page> pages = paginate(shape, docHeight, pageHeight);
+        if (static_cast<double>(pages.size()) * static_cast<double>(shape.elements) >
+            kMostElementPages) {
+            return Error{EFBIG, "The document is too long for a PDF copy (" +
+                                    std::to_string(pages.size()) + " pages of " +
+                                    std::to_string(shape.elements) + " elements)."};
+        }
         const int contentWidth = std::max(width, docWidth);
 
         for (std::size_t n = 0; n < pages.size(); ++n) {
