@@ -395,16 +395,19 @@ void Canvas::draw_text(litehtml::uint_ptr hdc, const litehtml::tchar_t* text,
         return;
     }
     const std::string_view view(text);
-    if (view.find_first_not_of(" \t\r\n") == std::string_view::npos) {
+    const bool blank = view.find_first_not_of(" \t\r\n") == std::string_view::npos;
+    if (blank && !font->decoration) {
         return;
     }
     cairo_save(cr);
     applyClips(cr);
     setColor(cr, color);
     const int baseline = pos.bottom() - font->metrics.descent;
-    PangoLayout* layout = FontShelf::forThisThread().layout(*font, view);
-    cairo_move_to(cr, pos.x, baseline);
-    pango_cairo_show_layout_line(cr, pango_layout_get_line_readonly(layout, 0));
+    if (!blank) {
+        PangoLayout* layout = FontShelf::forThisThread().layout(*font, view);
+        cairo_move_to(cr, pos.x, baseline);
+        pango_cairo_show_layout_line(cr, pango_layout_get_line_readonly(layout, 0));
+    }
     const int thickness = font->lineWidth;
     auto line = [&](double y) {
         cairo_rectangle(cr, pos.x, y, pos.width, thickness);

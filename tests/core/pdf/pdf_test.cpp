@@ -165,7 +165,7 @@ TEST_F(InvoiceCopy, PayNowLinkStaysClickable) {
     EXPECT_EQ(count(ReadBack(*pdf).text, "Pay now"), 1u);
 }
 
-TEST_F(InvoiceCopy, LogoThatCannotBeReadLeavesTheDocument) {
+TEST_F(InvoiceCopy, LogoIsDrawnFromALocalFileOnlyAndAMissingOneLeavesTheDocument) {
     TempDir dir;
     // A 1x1 GIF.
     writeFile(dir / "logo.gif",
@@ -174,13 +174,27 @@ TEST_F(InvoiceCopy, LogoThatCannotBeReadLeavesTheDocument) {
                           "\x01\x00;",
                           43));
     writeFile(dir / "broken.png", "\x89PNG\r\n\x1a\n not really");
-    for (const std::string& logo :
-         {"file://" + (dir / "logo.gif").string(), "file://" + (dir / "missing.gif").string(),
-          (dir / "broken.png").string(), std::string("https://example.com/logo.png"),
-          std::string("http://127.0.0.1:9/logo.gif")}) {
-        const ReadBack pdf = readBack(renderPdf(mailed("2484-1263499231", logo), letter));
-        EXPECT_EQ(pdf.pageCount(), 1) << logo;
-        EXPECT_EQ(count(pdf.text, "Harbor Light Fixtures"), 1u) << logo;
+    const struct {
+        std::string logo;
+        int images;
+    } cases[] = {
+        {"file://" + (dir / "logo.gif").string(), 1},
+        {(dir / "logo.gif").string(), 1},
+        {"file://" + (dir / "missing.gif").string(), 0},
+        {(dir / "broken.png").string(), 0},
+        {"https://example.com/logo.png", 0},
+        {"http://127.0.0.1:9/logo.gif", 0},
+    };
+    for (const auto& c : cases) {
+        const auto pdf = renderPdf(mailed("2484-1263499231", c.logo), letter);
+        const ReadBack back = readBack(pdf);
+        EXPECT_EQ(back.pageCount(), 1) << c.logo;
+        EXPECT_EQ(count(back.text, "Harbor Light Fixtures"), 1u) << c.logo;
+        TempDir out;
+        writeFile(out / "copy.pdf", pdf.ok() ? *pdf : "");
+        std::string list;
+        runCommand("pdfimages -list '" + (out / "copy.pdf").string() + "' | tail -n +3", &list);
+        EXPECT_EQ(count(list, " image "), static_cast<std::size_t>(c.images)) << c.logo << list;
     }
 }
 
