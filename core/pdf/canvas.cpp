@@ -30,24 +30,9 @@ constexpr std::uintmax_t kLargestImageFile = 16 * 1024 * 1024;
 constexpr int kLargestImageSide = 2048;
 constexpr std::size_t kKeptImages = 8;
 
-struct FontMapDeleter {
-    void operator()(PangoFontMap* map) const { g_object_unref(map); }
-};
-struct ContextDeleter {
-    void operator()(PangoContext* context) const { g_object_unref(context); }
-};
-struct LayoutDeleter {
-    void operator()(PangoLayout* layout) const { g_object_unref(layout); }
-};
-struct DescriptionDeleter {
-    void operator()(PangoFontDescription* d) const { pango_font_description_free(d); }
-};
-struct SurfaceDeleter {
-    void operator()(cairo_surface_t* s) const { cairo_surface_destroy(s); }
-};
-struct PixbufDeleter {
-    void operator()(GdkPixbuf* p) const { g_object_unref(p); }
-};
+using ObjectDeleter = Deleter<g_object_unref>;
+using DescriptionDeleter = Deleter<pango_font_description_free>;
+using SurfaceDeleter = Deleter<cairo_surface_destroy>;
 
 struct Font {
     std::unique_ptr<PangoFontDescription, DescriptionDeleter> description;
@@ -172,9 +157,9 @@ private:
         return font;
     }
 
-    std::unique_ptr<PangoFontMap, FontMapDeleter> m_map;
-    std::unique_ptr<PangoContext, ContextDeleter> m_context;
-    std::unique_ptr<PangoLayout, LayoutDeleter> m_layout;
+    std::unique_ptr<PangoFontMap, ObjectDeleter> m_map;
+    std::unique_ptr<PangoContext, ObjectDeleter> m_context;
+    std::unique_ptr<PangoLayout, ObjectDeleter> m_layout;
     const Font* m_current = nullptr;
     std::unordered_map<std::string, std::unique_ptr<Font>> m_fonts;
 };
@@ -303,7 +288,7 @@ ImagePtr readImage(const std::string& path) {
         return nullptr;
     }
     GError* error = nullptr;
-    std::unique_ptr<GdkPixbuf, PixbufDeleter> pixbuf(
+    std::unique_ptr<GdkPixbuf, ObjectDeleter> pixbuf(
         w > kLargestImageSide || h > kLargestImageSide
             ? gdk_pixbuf_new_from_file_at_size(path.c_str(), kLargestImageSide, kLargestImageSide,
                                                &error)

@@ -12,6 +12,15 @@
 
 namespace dorvane::pdf {
 
+// Frees a C handle (of cairo, pango, GLib) with the library's own function.
+template <auto Free>
+struct Deleter {
+    template <class T>
+    void operator()(T* handle) const {
+        Free(handle);
+    }
+};
+
 // The vertical band of the document a page shows. Text is drawn only on the page whose
 // band holds its top, so no line is written twice into the file.
 struct Band {

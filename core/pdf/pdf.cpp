@@ -340,12 +340,8 @@ cairo_status_t append(void* closure, const unsigned char* data, unsigned int len
     return CAIRO_STATUS_SUCCESS;
 }
 
-struct SurfaceDeleter {
-    void operator()(cairo_surface_t* s) const { cairo_surface_destroy(s); }
-};
-struct CairoDeleter {
-    void operator()(cairo_t* cr) const { cairo_destroy(cr); }
-};
+using SurfaceDeleter = Deleter<cairo_surface_destroy>;
+using CairoDeleter = Deleter<cairo_destroy>;
 
 litehtml::context& thisThreadsContext() {
     thread_local litehtml::context context = [] {
