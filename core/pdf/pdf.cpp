@@ -17,7 +17,7 @@ namespace {
 
 constexpr double kPointsPerPixel = 0.75;
 // What a document may be: larger input is refused before anything is laid out.
-constexpr std::size_t kLargestDocument = 32 * 1024 * 1024;
+constexpr std::size_t kLargestDocument = 4 * 1024 * 1024;
 constexpr int kDeepestNesting = 256;
 constexpr int kMostPages = 5000;
 // litehtml walks the whole document to draw each page: a document is refused when its

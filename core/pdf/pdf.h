@@ -45,7 +45,7 @@ const char* pageSizeName(PageSize size);
 // One PDF of the given documents (HTML, as mailed), each starting on a new page and numbered
 // on its own; `title` goes into the file's information. The answer is the file's bytes.
 // Fails when a document cannot be laid out (no documents, an empty one, margins that leave
-// less than an inch, markup nested more than 256 deep, more than 32 MB or far too many
+// less than an inch, markup nested more than 256 deep, more than 4 MB or far too many
 // pages); broken markup is drawn as a browser would draw it.
 Result<std::string> renderPdf(const std::vector<std::string>& documents, const PageSetup& page,
                               std::string_view title = {});
