@@ -90,7 +90,12 @@ public:
             return;
         }
         for (auto it = m_fonts.begin(); it != m_fonts.end() && m_fonts.size() > kKeptFonts;) {
-            it = it->second->users == 0 ? m_fonts.erase(it) : std::next(it);
+            if (it->second->users > 0) {
+                ++it;
+                continue;
+            }
+            forget(it->second.get());
+            it = m_fonts.erase(it);
         }
     }
 
@@ -360,10 +365,7 @@ litehtml::uint_ptr Canvas::create_font(const litehtml::tchar_t* faceName, int si
 }
 
 void Canvas::delete_font(litehtml::uint_ptr hFont) {
-    auto* font = reinterpret_cast<Font*>(hFont);
-    FontShelf& shelf = FontShelf::forThisThread();
-    shelf.forget(font);
-    shelf.release(font);
+    FontShelf::forThisThread().release(reinterpret_cast<Font*>(hFont));
 }
 
 int Canvas::text_width(const litehtml::tchar_t* text, litehtml::uint_ptr hFont) {
