@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cmath>
 #include <cstdio>
+#include <glib.h>
 #include <optional>
 #include <unordered_map>
 
@@ -492,8 +493,10 @@ Result<std::string> renderPdf(const std::vector<std::string>& documents, const P
         cairo_pdf_surface_create_for_stream(append, &out, width, height));
     cairo_pdf_surface_set_metadata(surface.get(), CAIRO_PDF_METADATA_CREATOR, "Dorvane");
     if (!title.empty()) {
-        const std::string t(title);
-        cairo_pdf_surface_set_metadata(surface.get(), CAIRO_PDF_METADATA_TITLE, t.c_str());
+        // cairo takes UTF-8 only; anything else becomes replacement characters
+        gchar* valid = g_utf8_make_valid(title.data(), static_cast<gssize>(title.size()));
+        cairo_pdf_surface_set_metadata(surface.get(), CAIRO_PDF_METADATA_TITLE, valid);
+        g_free(valid);
     }
     std::unique_ptr<cairo_t, CairoDeleter> cr(cairo_create(surface.get()));
     DocumentPrinter printer(page, width, height);

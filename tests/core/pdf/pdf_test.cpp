@@ -261,6 +261,7 @@ TEST(HostileHtml, GivesAnErrorOrAPdfNeverACrash) {
             EXPECT_GE(ReadBack(*pdf).pageCount(), 1) << c.html.substr(0, 80);
         }
     }
+    EXPECT_TRUE(renderPdf("<p>x</p>", PageSetup{}, "Invoice \xff\xfe").ok());
     EXPECT_FALSE(renderPdf(std::vector<std::string>{}, PageSetup{}).ok());
     EXPECT_FALSE(renderPdf("<p>x</p>", PageSetup{PageSize::A4, 300}).ok());
 }
