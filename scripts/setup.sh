@@ -26,6 +26,8 @@ packages=(
   libmicrohttpd-dev libcrypt-dev openssl nlohmann-json3-dev
   libgtest-dev libgmock-dev
   qt6-base-dev qt6-qpa-plugins fonts-dejavu-core
+  liblitehtml-dev libcairo2-dev libpango1.0-dev libgdk-pixbuf-2.0-dev fonts-liberation2
+  poppler-utils
   python3 python3-aiosmtpd python3-dnslib
   dpkg-dev file lintian appstream
 )

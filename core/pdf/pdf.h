@@ -3,13 +3,21 @@
 //
 // The HTML the style sheets produce is laid out by litehtml and drawn with cairo and pango
 // onto PDF pages, in-process: no browser, no process per document. The fonts the document
-// names are found through fontconfig and embedded (as subsets); images are read from local
-// files only ("file://" addresses and absolute paths), never from the network.
+// names are found through fontconfig (Arial and Helvetica as Liberation Sans, DejaVu when
+// nothing closer is installed) and embedded as subsets; images are read from local files
+// only ("file://" addresses and absolute paths; GIF, JPEG, PNG), never from the network: an
+// image that cannot be read leaves its place empty.
 //
-// A document taller than a page breaks between table rows, never through one, and a table
-// whose first row is a heading (a <thead>, a row of <th> cells, or a shaded row) repeats that
-// row at the top of every page it continues on. Each page carries "Page N of M" at its foot.
-// Links (<a href>) stay clickable in the PDF.
+// The document is laid out as wide as the page inside its margins (a CSS pixel is 0.75 pt;
+// a wider document is shrunk to fit). A document taller than a page breaks between table
+// rows (rows that hold no table of their own), never through a row or an image, and only
+// through a row taller than a page; a table whose first row is a heading (a <thead>, a row
+// of <th> cells, or a shaded row: bgcolor or a background style) repeats that row at the top
+// of every page it continues on. Each page carries "Page N of M" at its foot. Links to
+// http, https and mailto addresses (<a href>) stay clickable in the PDF.
+//
+// Safe to call from any thread, one document at a time per thread: each thread keeps its
+// own fonts (measured once, kept across documents) and its last few images.
 #pragma once
 
 #include <string>
@@ -35,9 +43,10 @@ bool parsePageSize(std::string_view text, PageSize& size);
 const char* pageSizeName(PageSize size);
 
 // One PDF of the given documents (HTML, as mailed), each starting on a new page and numbered
-// on its own. The answer is the file's bytes. Fails only when a document cannot be laid out
-// at all (empty input, a page too small for its margins); broken markup is drawn as a
-// browser would draw it.
+// on its own; `title` goes into the file's information. The answer is the file's bytes.
+// Fails when a document cannot be laid out (no documents, an empty one, margins that leave
+// less than an inch, markup nested more than 256 deep, more than 4 MB or far too many
+// pages); broken markup is drawn as a browser would draw it.
 Result<std::string> renderPdf(const std::vector<std::string>& documents, const PageSetup& page,
                               std::string_view title = {});
 

@@ -92,6 +92,7 @@ TEST(Install, TheDebianPackageCarriesTheProgramAndPassesDebiansChecks) {
          {"libxml2", "libxslt1.1", "libsqlite3-0", "libgmime-3.0-0", "libcurl4", "libc-ares2"}) {
         EXPECT_TRUE(contains(info, library)) << library << "\n" << info;
     }
+    EXPECT_TRUE(contains(info, "fonts-liberation2")) << info;  // the PDF copy's fonts
 #if DORVANE_TEST_WITH_GUI
     EXPECT_TRUE(contains(info, "libqt6widgets6")) << info;
     EXPECT_TRUE(contains(info, "qt6-qpa-plugins")) << info;
