@@ -668,6 +668,8 @@ table[border] td, table[border] th { border-style: solid; border-width: 1px;
                                      border-color: gray }
 table[border|=0] td, table[border|=0] th { border-style: none }
 td[nowrap], th[nowrap] { white-space: nowrap }
+td[align="right"] > table, th[align="right"] > table { margin-left: auto }
+td[align="center"] > table, th[align="center"] > table { margin-left: auto; margin-right: auto }
 )css";
 }
 
