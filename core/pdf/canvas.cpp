@@ -43,9 +43,9 @@ struct Font {
     std::unordered_map<std::string, int> widths;
 };
 
-// One thread's fonts: its own pango font map (pango's objects are not shared between threads)
-// and every font asked for, kept across documents so that the next document of a run finds
-// its fonts measured.
+// The fonts: a pango font map of their own and every font asked for, kept across documents so
+// that the next document of a run finds its fonts measured. Pango's objects are not for two
+// threads at once: renderPdf lets one render run at a time.
 class FontShelf {
 public:
     FontShelf()
@@ -63,8 +63,8 @@ public:
         pango_layout_context_changed(m_layout.get());
     }
 
-    static FontShelf& forThisThread() {
-        thread_local FontShelf shelf;
+    static FontShelf& shared() {
+        static FontShelf shelf;
         return shelf;
     }
 
@@ -315,7 +315,7 @@ ImagePtr readImage(const std::string& path) {
     return image;
 }
 
-// The thread's last few images, so that the logo of a run is decoded once; a file that
+// The last few images, so that the logo of a run is decoded once; a file that
 // changed (size or time) is read again.
 ImagePtr cachedImage(const std::string& path) {
     struct Entry {
@@ -324,7 +324,7 @@ ImagePtr cachedImage(const std::string& path) {
         std::filesystem::file_time_type time;
         ImagePtr image;
     };
-    thread_local std::list<Entry> kept;
+    static std::list<Entry> kept;
     std::error_code ec;
     const auto size = std::filesystem::file_size(path, ec);
     if (ec) {
@@ -356,8 +356,8 @@ Canvas::~Canvas() = default;
 litehtml::uint_ptr Canvas::create_font(const litehtml::tchar_t* faceName, int size, int weight,
                                        litehtml::font_style italic, unsigned int decoration,
                                        litehtml::font_metrics* fm) {
-    Font* font = FontShelf::forThisThread().font(familyList(faceName), size, weight,
-                                                 italic == litehtml::fontStyleItalic, decoration);
+    Font* font = FontShelf::shared().font(familyList(faceName), size, weight,
+                                          italic == litehtml::fontStyleItalic, decoration);
     if (fm) {
         *fm = font->metrics;
     }
@@ -365,12 +365,12 @@ litehtml::uint_ptr Canvas::create_font(const litehtml::tchar_t* faceName, int si
 }
 
 void Canvas::delete_font(litehtml::uint_ptr hFont) {
-    FontShelf::forThisThread().release(reinterpret_cast<Font*>(hFont));
+    FontShelf::shared().release(reinterpret_cast<Font*>(hFont));
 }
 
 int Canvas::text_width(const litehtml::tchar_t* text, litehtml::uint_ptr hFont) {
     auto* font = reinterpret_cast<Font*>(hFont);
-    return font && text ? FontShelf::forThisThread().width(*font, text) : 0;
+    return font && text ? FontShelf::shared().width(*font, text) : 0;
 }
 
 void Canvas::draw_text(litehtml::uint_ptr hdc, const litehtml::tchar_t* text,
@@ -391,7 +391,7 @@ void Canvas::draw_text(litehtml::uint_ptr hdc, const litehtml::tchar_t* text,
     setColor(cr, color);
     const int baseline = pos.bottom() - font->metrics.descent;
     if (!blank) {
-        PangoLayout* layout = FontShelf::forThisThread().layout(*font, view);
+        PangoLayout* layout = FontShelf::shared().layout(*font, view);
         cairo_move_to(cr, pos.x, baseline);
         pango_cairo_show_layout_line(cr, pango_layout_get_line_readonly(layout, 0));
     }
@@ -414,7 +414,7 @@ void Canvas::draw_text(litehtml::uint_ptr hdc, const litehtml::tchar_t* text,
 
 void Canvas::drawCentredText(cairo_t* cr, const std::string& text, double centreX, double baseline,
                              double sizePoints) {
-    FontShelf& shelf = FontShelf::forThisThread();
+    FontShelf& shelf = FontShelf::shared();
     Font* font =
         shelf.font(kDefaultFontName, static_cast<int>(std::lround(sizePoints)), 400, false, 0);
     const int width = shelf.width(*font, text);

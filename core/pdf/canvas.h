@@ -28,7 +28,7 @@ struct Band {
     int bottom = 0;
 };
 
-// The document_container of one document: lays text out with the thread's cached fonts and
+// The document_container of one document: lays text out with the process's cached fonts and
 // draws onto whatever cairo context the page hands to `draw` (as litehtml's hdc).
 class Canvas : public litehtml::document_container {
 public:

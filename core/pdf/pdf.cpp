@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstdio>
 #include <glib.h>
+#include <mutex>
 #include <optional>
 #include <unordered_map>
 
@@ -344,8 +345,8 @@ cairo_status_t append(void* closure, const unsigned char* data, unsigned int len
 using SurfaceDeleter = Deleter<cairo_surface_destroy>;
 using CairoDeleter = Deleter<cairo_destroy>;
 
-litehtml::context& thisThreadsContext() {
-    thread_local litehtml::context context = [] {
+litehtml::context& sharedContext() {
+    static litehtml::context context = [] {
         litehtml::context c;
         c.load_master_stylesheet(defaultStyleSheet());
         return c;
@@ -377,7 +378,7 @@ public:
                                      " deep; a PDF copy cannot be laid out."};
         }
         Canvas canvas(width, height);
-        auto doc = litehtml::document::createFromUTF8(html.c_str(), &canvas, &thisThreadsContext());
+        auto doc = litehtml::document::createFromUTF8(html.c_str(), &canvas, &sharedContext());
         if (!doc) {
             return Error{EINVAL, "The document could not be read as HTML."};
         }
@@ -488,6 +489,9 @@ Result<std::string> renderPdf(const std::vector<std::string>& documents, const P
                      "The page margins leave no room for the document; make them "
                      "smaller."};
     }
+    // The fonts, images and style context are shared by every render: one at a time.
+    static std::mutex turn;
+    const std::lock_guard<std::mutex> myTurn(turn);
     std::string out;
     std::unique_ptr<cairo_surface_t, SurfaceDeleter> surface(
         cairo_pdf_surface_create_for_stream(append, &out, width, height));

@@ -16,8 +16,9 @@
 // of every page it continues on. Each page carries "Page N of M" at its foot. Links to
 // http, https and mailto addresses (<a href>) stay clickable in the PDF.
 //
-// Safe to call from any thread, one document at a time per thread: each thread keeps its
-// own fonts (measured once, kept across documents) and its last few images.
+// Safe to call from any thread. Renders take turns: the fonts (measured once, kept across
+// documents) and the last few images are the process's, so that a send run that renders each
+// next document on a fresh thread does not load its fonts again every time.
 #pragma once
 
 #include <string>
