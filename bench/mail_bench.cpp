@@ -13,6 +13,8 @@
 //   mail_bench [messages] [runs]        defaults 1000, 3
 //
 // With $DORVANE_BENCH_COMPANIES set to a folder, the company is kept there for later runs.
+// $DORVANE_BENCH_SERVER_DELAY_MS makes the server wait that long before it accepts each
+// message, as a real server does while it scans and queues it (loopback answers at once).
 // Targets: at least 100 messages per second end to end, and end to end within 2 x the time
 // of the baseline; with a PDF copy attached (Documents AttachPdf 1), at least half the speed
 // of the run without.
@@ -58,7 +60,7 @@ constexpr double kPdfShareTarget = 0.5;
 // The test server as a child process, in quiet mode (it keeps no message content).
 class SmtpServer {
 public:
-    SmtpServer() {
+    explicit SmtpServer(int dataDelayMs = 0) {
         int fds[2];
         if (pipe2(fds, O_CLOEXEC) != 0) {
             return;
@@ -68,7 +70,8 @@ public:
         std::string python = "/usr/bin/python3";
         std::string script = DORVANE_SMTP_TEST_SERVER;
         std::string quiet = "--quiet";
-        char* argv[] = {python.data(), script.data(), quiet.data(), nullptr};
+        std::string delay = "--data-delay=" + std::to_string(dataDelayMs);
+        char* argv[] = {python.data(), script.data(), quiet.data(), delay.data(), nullptr};
         m_pid = fork();
         if (m_pid == 0) {
             dup2(writeEnd.get(), STDOUT_FILENO);
@@ -162,7 +165,8 @@ int main(int argc, char** argv) {
     }
     (void)qbsandbox::writeState(qbsandbox::stateFolder(), {true, company});
 
-    SmtpServer server;
+    const char* delay = std::getenv("DORVANE_BENCH_SERVER_DELAY_MS");
+    SmtpServer server(delay ? std::max(0, std::atoi(delay)) : 0);
     if (server.port() <= 0) {
         std::fprintf(stderr, "the SMTP test server did not start (%s)\n", DORVANE_SMTP_TEST_SERVER);
         return 1;

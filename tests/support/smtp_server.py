@@ -120,6 +120,9 @@ class Handler:
         return "250 OK"
 
     async def handle_DATA(self, server, session, envelope):
+        if self.args.data_delay > 0:
+            # As a real server takes its time to scan and queue a message.
+            await asyncio.sleep(self.args.data_delay / 1000)
         if self.refuse_data_left > 0:
             self.refuse_data_left -= 1
             status = "554 5.6.0 Message content refused"
@@ -243,6 +246,8 @@ def main():
                         help="offer only these mechanisms (LOGIN, PLAIN)")
     parser.add_argument("--tls-cert")
     parser.add_argument("--tls-key")
+    parser.add_argument("--data-delay", type=int, default=0,
+                        help="milliseconds to wait before answering a message's data")
     parser.add_argument("--quiet", action="store_true",
                         help="record messages without their content (for benchmarks)")
     args = parser.parse_args()
