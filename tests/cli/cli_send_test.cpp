@@ -140,5 +140,32 @@ TEST_F(Cli, ASendRunEndsWithItsCounts) {
               "sent\t11-2\tBaker\tbaker@example.test\n");
 }
 
+// One document's PDF copy from the demo company: found by its number or TxnID, written where
+// asked, readable by poppler; a number the list lacks is a data error.
+TEST_F(Cli, PdfWritesOneDocumentsCopy) {
+    copyProgram(".xslt");
+    ASSERT_EQ(newDemo(), 0) << err;
+    const std::string file = (home / "inv.pdf").string();
+    ASSERT_EQ(dorvane("pdf invoice 80 -o '" + file + "'", "sandbox"), 0) << err;
+    EXPECT_NE(err.find("Wrote " + file), std::string::npos) << err;
+    std::string text;
+    ASSERT_EQ(runCommand("pdftotext -layout '" + file + "' -", &text), 0);
+    for (const char* expected : {"INVOICE", "80", "Karen Kowalski", "Garden soil", "345.00"}) {
+        EXPECT_NE(text.find(expected), std::string::npos) << expected << " in\n" << text;
+    }
+    EXPECT_EQ(dorvane("pdf Invoice 99999", "sandbox"), 65);
+    EXPECT_NE(err.find("No Invoice '99999'"), std::string::npos) << err;
+    EXPECT_EQ(dorvane("pdf TimesheetA x", "sandbox"), 64);
+
+    // A preview with --pdf writes preview.pdf beside preview.htm; nothing is mailed.
+    EXPECT_EQ(dorvane("send Invoice --timeframe ALL --preview --pdf", "sandbox"), 0) << err;
+    EXPECT_NE(err.find("Open: " + (home / "program" / "preview.pdf").string()), std::string::npos)
+        << err;
+    std::string info;
+    ASSERT_EQ(runCommand("pdfinfo '" + (home / "program" / "preview.pdf").string() + "'", &info),
+              0);
+    EXPECT_EQ(info.find("Pages:           1\n"), std::string::npos) << "one page per document";
+}
+
 }  // namespace
 }  // namespace dorvane::test
