@@ -329,6 +329,7 @@ QWidget* PreferencesDialog::buildDocumentsPage() {
     m_cover = new QPlainTextEdit(page);
     m_cover->setObjectName(QStringLiteral("coverText"));
     m_cover->setPlaceholderText(QStringLiteral("the program's own text"));
+    m_cover->setFixedHeight(m_cover->fontMetrics().lineSpacing() * 6);
     showWords();
     connect(m_wordsType, &QComboBox::currentIndexChanged, this, &PreferencesDialog::showWords);
     connect(m_subject, &QLineEdit::textEdited, this, [this](const QString& typed) {

@@ -672,7 +672,8 @@ void QtUiPortTest::connectionPageSavesTheQwcFile() {
 
 // ---- the Documents page --------------------------------------------------------------------
 
-// Untouched, the page writes no Documents key and no words file; a pay link without a scheme is
+// A broken words file is said once and overwritten; untouched, the page writes no Documents
+// key and no words file; a pay link without a scheme is
 // refused before anything is written; what was typed for a type stays while another type is
 // shown, and OK writes the settings and the words.
 void QtUiPortTest::documentsPageWritesOnlyWhatWasChanged() {
@@ -693,6 +694,26 @@ void QtUiPortTest::documentsPageWritesOnlyWhatWasChanged() {
         typeCombo(page)->setCurrentIndex(typeCombo(page)->findText(QString::fromUtf8(type)));
     };
 
+    // A broken words file is said once as the dialog opens; OK writes the page's words over it.
+    writeFile(wordsFile, "<DocumentTexts><Document");
+    QStringList said;
+    whenModal<QMessageBox>([&said](QMessageBox* box) {  // before the dialog's own answer
+        said << box->text();
+        box->accept();
+    });
+    QVERIFY(openDocuments([](QDialog* dialog, QWidget* page) {
+        typeInto(box(page, "subjectText"), QStringLiteral("Invoice {number}"));
+        press(dialog, "OKButton");
+    }));
+    QCOMPARE(said.size(), 1);
+    QVERIFY2(said[0].startsWith(QStringLiteral("The own subjects and cover texts could not be "
+                                               "read: ")),
+             qPrintable(said[0]));
+    QCOMPARE(mail::DocumentTexts::load(folder)->words("Invoice").subject,
+             std::string("Invoice {number}"));
+    std::filesystem::remove(wordsFile);
+
+    useSettings({});
     QVERIFY(openDocuments([](QDialog* dialog, QWidget*) { press(dialog, "OKButton"); }));
     QVERIFY(readFile(m_file).find("Documents") == std::string::npos);
     QVERIFY(!std::filesystem::exists(wordsFile));
