@@ -56,13 +56,14 @@ private:
 
 }  // namespace
 
-void registerDialogs(QtUiPort& ui, platform::SettingsStore& settings) {
-    ui.registerDialog("Dialog", [&ui, &settings](QWidget* parent, ui::DialogModel& model) {
+void registerDialogs(QtUiPort& ui, platform::SettingsStore& settings,
+                     const platform::ProgramFolder* folder) {
+    ui.registerDialog("Dialog", [&ui, &settings, folder](QWidget* parent, ui::DialogModel& model) {
         auto* preferences = dynamic_cast<mail::MailPreferencesModel*>(&model);
         if (preferences == nullptr) {
             return false;
         }
-        PreferencesDialog dialog(*preferences, settings, parent);
+        PreferencesDialog dialog(*preferences, settings, folder, parent);
         const BoxesOn boxes(ui, &dialog);
         return dialog.exec() == QDialog::Accepted;
     });

@@ -7,6 +7,10 @@
 class QDialog;
 class QLayout;
 
+namespace dorvane::platform {
+class ProgramFolder;
+}
+
 namespace dorvane::gui {
 
 class QtUiPort;
@@ -15,10 +19,11 @@ class QtUiPort;
 // accept() and reject(), at a fixed size.
 void layOutWithOkCancel(QDialog* dialog, QLayout* body);
 
-// Registers `Dialog` (mail preferences; OK writes them to `settings`), `Dialog2` (company
-// information editor), `Dialog3` (import preferences; core saves them on OK) and `Dialog4`
-// (the handheld sync's employee choice) with `ui`.
-// Both must outlive every dialog shown through `ui`.
-void registerDialogs(QtUiPort& ui, platform::SettingsStore& settings);
+// Registers `Dialog` (mail preferences; OK writes them to `settings`, and with `folder` the
+// Documents page its words file), `Dialog2` (company information editor), `Dialog3` (import
+// preferences; core saves them on OK) and `Dialog4` (the handheld sync's employee choice) with
+// `ui`. All must outlive every dialog shown through `ui`.
+void registerDialogs(QtUiPort& ui, platform::SettingsStore& settings,
+                     const platform::ProgramFolder* folder = nullptr);
 
 }  // namespace dorvane::gui

@@ -25,7 +25,7 @@ int runWindow(int argc, char** argv, const std::string& homeOption) {
     QtUiPort ui;
     // The window keeps the Web Connector's session open while it runs.
     shell::Application app(ui, shell::StartOptions{homeOption, true});
-    registerDialogs(ui, app.settings());
+    registerDialogs(ui, app.settings(), &app.folder());
     MainWindowView window(app);
     ui.setParentWidget(&window);
     window.show();

@@ -10,6 +10,7 @@
 #include <QAbstractButton>
 #include <QButtonGroup>
 #include <QCheckBox>
+#include <QComboBox>
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
@@ -20,9 +21,13 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QSignalBlocker>
+#include <QSpinBox>
 #include <QTabWidget>
+#include <QTimer>
 #include <QVBoxLayout>
 
 #include "gui/dialogs.h"
@@ -84,10 +89,27 @@ QLineEdit* lineEdit(QWidget* parent, const char* name, const char* placeholder =
     return edit;
 }
 
+// Names each label of `page` that has a buddy after it: "wcPortText" → "wcPortTextLabel".
+void nameLabelsAfterBuddies(QWidget* page) {
+    for (QLabel* label : page->findChildren<QLabel*>()) {
+        if (label->buddy() != nullptr) {
+            label->setObjectName(label->buddy()->objectName() + QStringLiteral("Label"));
+        }
+    }
+}
+
+QLabel* hint(QWidget* page, const char* name, const QString& text) {
+    auto* label = new QLabel(text, page);
+    label->setObjectName(QString::fromUtf8(name));
+    label->setWordWrap(true);
+    return label;
+}
+
 }  // namespace
 
 PreferencesDialog::PreferencesDialog(mail::MailPreferencesModel& model,
-                                     platform::SettingsStore& store, QWidget* parent)
+                                     platform::SettingsStore& store,
+                                     const platform::ProgramFolder* folder, QWidget* parent)
     : QDialog(parent), m_model(model), m_store(store) {
     setObjectName(QStringLiteral("Dialog"));
     setWindowTitle(QStringLiteral("Preferences"));
@@ -100,6 +122,11 @@ PreferencesDialog::PreferencesDialog(mail::MailPreferencesModel& model,
     m_pages->addTab(mailPage, QStringLiteral("Mail"));
     m_connectionPage = buildConnectionPage();
     m_pages->addTab(m_connectionPage, QStringLiteral("QuickBooks connection"));
+    if (folder != nullptr) {
+        m_documents.emplace(m_store, *folder);
+        m_documentsPage = buildDocumentsPage();
+        m_pages->addTab(m_documentsPage, QStringLiteral("Documents"));
+    }
     auto* body = new QVBoxLayout;
     body->addWidget(m_pages);
     layOutWithOkCancel(this, body);
@@ -235,11 +262,7 @@ QWidget* PreferencesDialog::buildConnectionPage() {
     form->addRow(QStringLiteral("&Wait (seconds):"), m_wait);
     form->addRow(QStringLiteral("&User name:"), m_user);
     form->addRow(QStringLiteral("Pass&word:"), m_password);
-    for (QLabel* label : page->findChildren<QLabel*>()) {
-        if (label->buddy() != nullptr) {
-            label->setObjectName(label->buddy()->objectName() + QStringLiteral("Label"));
-        }
-    }
+    nameLabelsAfterBuddies(page);
 
     auto* saveQwc = new QPushButton(QStringLiteral("Save .qwc file..."), page);
     saveQwc->setObjectName(QStringLiteral("wcSaveQwcButton"));
@@ -261,6 +284,134 @@ QWidget* PreferencesDialog::buildConnectionPage() {
 
     page->setLayout(form);
     return page;
+}
+
+// What is added to every mailed document: the PDF copy, the pay-now link and, per type, the
+// sender's own subject and cover text.
+QWidget* PreferencesDialog::buildDocumentsPage() {
+    mail::DocumentOptionsModel& documents = *m_documents;
+    auto* page = new QWidget(m_pages);
+    page->setObjectName(QStringLiteral("documentsTab"));
+
+    auto* pdf = new QCheckBox(QStringLiteral("Attach a PDF copy of every document"), page);
+    pdf->setObjectName(QStringLiteral("pdfCheck"));
+    pdf->setChecked(documents.attachPdf);
+    connect(pdf, &QCheckBox::toggled, this, [&documents](bool on) { documents.attachPdf = on; });
+
+    auto* pageSize = new QComboBox(page);
+    pageSize->setObjectName(QStringLiteral("pageSizeCombo"));
+    for (const mail::PageSizeCaption& choice : mail::kPageSizeCaptions) {
+        pageSize->addItem(QString::fromUtf8(choice.caption));
+    }
+    pageSize->setCurrentIndex(documents.pageSizeIndex());
+    connect(pageSize, &QComboBox::currentIndexChanged, this,
+            [&documents](int index) { documents.choosePageSize(index); });
+
+    auto* margin = new QSpinBox(page);
+    margin->setObjectName(QStringLiteral("marginSpin"));
+    margin->setRange(18, 144);
+    margin->setValue(toQString(documents.marginPoints).toInt());
+    connect(margin, &QSpinBox::valueChanged, this,
+            [&documents](int points) { documents.marginPoints = std::to_string(points); });
+
+    auto* payLink =
+        lineEdit(page, "payLinkText", "https://pay.example.com/i/{number}?amount={balance}");
+    payLink->setText(toQString(documents.payLink));
+    connect(payLink, &QLineEdit::textEdited, this,
+            [&documents](const QString& typed) { documents.payLink = toStdString(typed); });
+
+    m_wordsType = new QComboBox(page);
+    m_wordsType->setObjectName(QStringLiteral("wordsTypeCombo"));
+    for (const std::string& type : mail::DocumentOptionsModel::typesWithWords()) {
+        m_wordsType->addItem(toQString(type));
+    }
+    m_subject = lineEdit(page, "subjectText", "the program's own subject");
+    m_cover = new QPlainTextEdit(page);
+    m_cover->setObjectName(QStringLiteral("coverText"));
+    m_cover->setPlaceholderText(QStringLiteral("the program's own text"));
+    m_cover->setFixedHeight(m_cover->fontMetrics().lineSpacing() * 6);
+    showWords();
+    connect(m_wordsType, &QComboBox::currentIndexChanged, this, &PreferencesDialog::showWords);
+    connect(m_subject, &QLineEdit::textEdited, this, [this](const QString& typed) {
+        m_documents->words[toStdString(m_wordsType->currentText())].subject = toStdString(typed);
+    });
+    connect(m_cover, &QPlainTextEdit::textChanged, this, [this] {
+        m_documents->words[toStdString(m_wordsType->currentText())].cover =
+            toStdString(m_cover->toPlainText());
+    });
+
+    auto* form = new QFormLayout;
+    form->addRow(pdf);
+    form->addRow(QStringLiteral("Page &size:"), pageSize);
+    form->addRow(QStringLiteral("&Margin (points):"), margin);
+    form->addRow(QStringLiteral("&Pay-now link:"), payLink);
+    form->addRow(hint(page, "payLinkHint",
+                      QStringLiteral("Placeholders: %1. Only invoices and statements carry the "
+                                     "link; empty: no link.")
+                          .arg(QString::fromUtf8(mail::kLinkPlaceholders))));
+    form->addRow(QStringLiteral("&Document:"), m_wordsType);
+    form->addRow(QStringLiteral("S&ubject:"), m_subject);
+    form->addRow(QStringLiteral("&Cover text:"), m_cover);
+    form->addRow(hint(page, "wordsHint",
+                      QStringLiteral("Placeholders: %1. An empty subject or cover text keeps the "
+                                     "program's own.")
+                          .arg(QString::fromUtf8(mail::kWordPlaceholders))));
+    nameLabelsAfterBuddies(page);
+    page->setLayout(form);
+    return page;
+}
+
+// The chosen type's words; what was typed for the type before stays in the model.
+void PreferencesDialog::showWords() {
+    const mail::OwnWords& words = m_documents->words[toStdString(m_wordsType->currentText())];
+    m_subject->setText(toQString(words.subject));
+    const QSignalBlocker quiet(m_cover);  // showing is not editing
+    m_cover->setPlainText(toQString(words.cover));
+}
+
+// A broken words file is said once, over the open dialog; OK then writes the page's words
+// over it.
+void PreferencesDialog::showEvent(QShowEvent* event) {
+    QDialog::showEvent(event);
+    if (m_documents && !m_documents->loadProblem.empty() && !m_loadProblemShown) {
+        m_loadProblemShown = true;
+        QTimer::singleShot(0, this, [this] {
+            m_pages->setCurrentWidget(m_documentsPage);
+            QMessageBox::warning(
+                this, windowTitle(),
+                QStringLiteral("The own subjects and cover texts could not be read: %1\n\nThe "
+                               "Documents page shows none; OK writes the ones you enter there "
+                               "over the file.")
+                    .arg(toQString(m_documents->loadProblem)));
+        });
+    }
+}
+
+bool PreferencesDialog::documentsAcceptable() {
+    if (!m_documents) {
+        return true;
+    }
+    const std::string problem = m_documents->problem();
+    if (problem.empty()) {
+        return true;
+    }
+    m_pages->setCurrentWidget(m_documentsPage);
+    QMessageBox::warning(this, windowTitle(), toQString(problem));
+    return false;
+}
+
+bool PreferencesDialog::saveDocuments() {
+    if (!m_documents) {
+        return true;
+    }
+    if (const Status saved = m_documents->save(m_store); !saved) {
+        m_pages->setCurrentWidget(m_documentsPage);
+        QMessageBox::warning(this, windowTitle(),
+                             QStringLiteral("Could not save the Documents page: %1")
+                                 .arg(toQString(saved.error().description)));
+        return false;
+    }
+    return true;
 }
 
 void PreferencesDialog::browse(QLineEdit* edit, const QString& title) {
@@ -382,6 +533,9 @@ void PreferencesDialog::takeModel() {
 }
 
 void PreferencesDialog::accept() {
+    if (!documentsAcceptable()) {
+        return;
+    }
     takeModel();
     const Status saved = m_model.save(m_store);
     if (!saved) {
@@ -391,7 +545,7 @@ void PreferencesDialog::accept() {
                                       toQString(saved.error().description)));
         return;
     }
-    if (!saveConnection()) {
+    if (!saveConnection() || !saveDocuments()) {
         return;
     }
     QDialog::accept();

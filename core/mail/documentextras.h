@@ -53,6 +53,12 @@ struct DocumentFacts {
 DocumentFacts documentFacts(const browser::DocumentType& type, xml::Node record,
                             std::string_view companyName, std::string_view companyCountry);
 
+// The placeholders of subjects and cover texts, and the ones a pay-now link wants, as the
+// preferences list them.
+inline constexpr const char* kWordPlaceholders =
+    "{number} {date} {duedate} {customer} {company} {balance} {total} {currency}";
+inline constexpr const char* kLinkPlaceholders = "{number} {balance} {currency} {customer}";
+
 // `pattern` with every known placeholder replaced; percent-encoded values with `forUrl`.
 std::string fillPlaceholders(std::string_view pattern, const DocumentFacts& facts,
                              bool forUrl = false);

@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "mail/preferences.h"
 
+#include <algorithm>
+#include <iterator>
+#include <span>
+
 #include "browser/documenttypes.h"
 #include "common/text.h"
 #include "platform/programfolder.h"
@@ -90,6 +94,20 @@ std::vector<std::string> DocumentOptionsModel::typesWithWords() {
         }
     }
     return out;
+}
+
+int DocumentOptionsModel::pageSizeIndex() const {
+    const std::span<const PageSizeCaption> choices(kPageSizeCaptions);
+    const auto found = std::find_if(choices.begin(), choices.end(), [this](const auto& choice) {
+        return text::equalsIgnoreCase(pageSize, choice.value);
+    });
+    return found == choices.end() ? -1 : static_cast<int>(found - choices.begin());
+}
+
+void DocumentOptionsModel::choosePageSize(int index) {
+    if (index >= 0 && index < static_cast<int>(std::size(kPageSizeCaptions))) {
+        pageSize = kPageSizeCaptions[index].value;
+    }
 }
 
 std::string DocumentOptionsModel::problem() const {

@@ -13,6 +13,7 @@
 
 #include <QAction>
 #include <QCheckBox>
+#include <QComboBox>
 #include <QCursor>
 #include <QDesktopServices>
 #include <QFileDialog>
@@ -20,6 +21,7 @@
 #include <QGroupBox>
 #include <QGuiApplication>
 #include <QInputDialog>
+#include <QPlainTextEdit>
 #include <QRadioButton>
 #include <QTabWidget>
 #include <QUrl>
@@ -28,7 +30,9 @@
 #include "gui/dialogs.h"
 #include "gui/mainwindowview.h"
 #include "guitestsupport.h"
+#include "mail/documentextras.h"
 #include "mail/preferences.h"
+#include "platform/programfolder.h"
 #include "platform/settings.h"
 #include "shell/application.h"
 #include "support/mailservers.h"
@@ -152,6 +156,7 @@ private slots:
     void connectionPageShowsAndWritesTheStoredConnection();
     void connectionPageRefusesValuesThatMakeNoSense();
     void connectionPageSavesTheQwcFile();
+    void documentsPageWritesOnlyWhatWasChanged();
 
     void companyOpensWithTheRecordInItsBoxes();
     void companyOkWritesAddressIntoBothPlacesAndOptionalsMayBeEmpty();
@@ -663,6 +668,98 @@ void QtUiPortTest::connectionPageSavesTheQwcFile() {
     QVERIFY(stored("WebConnector", "PasswordHash").starts_with("$y$"));
     QCOMPARE(stored("WebConnector", "Port"), std::string("9443"));
     QCOMPARE(passwordAfter, QString());
+}
+
+// ---- the Documents page --------------------------------------------------------------------
+
+// A broken words file is said once and overwritten; untouched, the page writes no Documents
+// key and no words file; a pay link without a scheme is
+// refused before anything is written; what was typed for a type stays while another type is
+// shown, and OK writes the settings and the words.
+void QtUiPortTest::documentsPageWritesOnlyWhatWasChanged() {
+    const platform::ProgramFolder folder(m_dir->path());
+    const std::filesystem::path wordsFile = m_dir->path() / mail::kDocumentTextsFile;
+    auto openDocuments = [&](const std::function<void(QDialog*, QWidget*)>& person) {
+        gui::registerDialogs(*m_ui, *m_store, &folder);
+        return openPreferences([&person](QDialog* dialog) {
+            auto* page = dialog->findChild<QWidget*>(QStringLiteral("documentsTab"));
+            dialog->findChild<QTabWidget*>()->setCurrentWidget(page);
+            person(dialog, page);
+        });
+    };
+    const auto typeCombo = [](QWidget* page) {
+        return page->findChild<QComboBox*>(QStringLiteral("wordsTypeCombo"));
+    };
+    const auto showType = [&typeCombo](QWidget* page, const char* type) {
+        typeCombo(page)->setCurrentIndex(typeCombo(page)->findText(QString::fromUtf8(type)));
+    };
+
+    // A broken words file is said once as the dialog opens; OK writes the page's words over it.
+    writeFile(wordsFile, "<DocumentTexts><Document");
+    QStringList said;
+    whenModal<QMessageBox>([&said](QMessageBox* box) {  // before the dialog's own answer
+        said << box->text();
+        box->accept();
+    });
+    QVERIFY(openDocuments([](QDialog* dialog, QWidget* page) {
+        typeInto(box(page, "subjectText"), QStringLiteral("Invoice {number}"));
+        press(dialog, "OKButton");
+    }));
+    QCOMPARE(said.size(), 1);
+    QVERIFY2(said[0].startsWith(QStringLiteral("The own subjects and cover texts could not be "
+                                               "read: ")),
+             qPrintable(said[0]));
+    QCOMPARE(mail::DocumentTexts::load(folder)->words("Invoice").subject,
+             std::string("Invoice {number}"));
+    std::filesystem::remove(wordsFile);
+
+    useSettings({});
+    QVERIFY(openDocuments([](QDialog* dialog, QWidget*) { press(dialog, "OKButton"); }));
+    QVERIFY(readFile(m_file).find("Documents") == std::string::npos);
+    QVERIFY(!std::filesystem::exists(wordsFile));
+
+    useSettings({});
+    MessageBoxRecorder boxes;
+    bool stayedOpen = false;
+    QVERIFY(!openDocuments([&stayedOpen](QDialog* dialog, QWidget* page) {
+        tick(page->findChild<QCheckBox*>(QStringLiteral("pdfCheck")));
+        typeInto(box(page, "payLinkText"), QStringLiteral("pay.example.com/{number}"));
+        typeInto(box(page, "subjectText"), QStringLiteral("Invoice {number}"));
+        press(dialog, "OKButton");
+        stayedOpen = dialog->isVisible();
+    }));
+    QVERIFY(stayedOpen);
+    QCOMPARE(boxes.texts.size(), 1);
+    QVERIFY2(boxes.texts[0].contains(QStringLiteral("PayLink")), qPrintable(boxes.texts[0]));
+    QVERIFY(!std::filesystem::exists(m_file) && !std::filesystem::exists(wordsFile));
+
+    const QString link = QStringLiteral("https://pay.example.com/i/{number}?amount={balance}");
+    QStringList shown;  // the Invoice words after another type was shown, then the other's
+    QVERIFY(openDocuments([&](QDialog* dialog, QWidget* page) {
+        tick(page->findChild<QCheckBox*>(QStringLiteral("pdfCheck")));
+        page->findChild<QComboBox*>(QStringLiteral("pageSizeCombo"))->setCurrentIndex(2);
+        typeInto(box(page, "payLinkText"), link);
+        auto* cover = page->findChild<QPlainTextEdit*>(QStringLiteral("coverText"));
+        showType(page, "Invoice");
+        typeInto(box(page, "subjectText"), QStringLiteral("Invoice {number} from {company}"));
+        QTest::keyClicks(cover, QStringLiteral("Thank you."));
+        showType(page, "Estimate");
+        shown << box(page, "subjectText")->text() + cover->toPlainText();
+        typeInto(box(page, "subjectText"), QStringLiteral("Your estimate"));
+        showType(page, "Invoice");
+        shown << box(page, "subjectText")->text() + QLatin1Char('|') + cover->toPlainText();
+        press(dialog, "OKButton");
+    }));
+    QCOMPARE(shown, (QStringList{QString(), QStringLiteral("Invoice {number} from {company}|"
+                                                           "Thank you.")}));
+    QCOMPARE(stored("Documents", "AttachPdf") + "|" + stored("Documents", "PageSize") + "|" +
+                 stored("Documents", "PayLink") + "|" + stored("Documents", "MarginPoints"),
+             "1|A4|" + link.toStdString() + "|");
+    auto texts = mail::DocumentTexts::load(folder);
+    QVERIFY(texts);
+    const mail::OwnWords invoice = texts->words("Invoice");
+    QCOMPARE(invoice.subject + "|" + invoice.cover + "|" + texts->words("Estimate").subject,
+             std::string("Invoice {number} from {company}|Thank you.|Your estimate"));
 }
 
 // ---- company information -------------------------------------------------------------------
