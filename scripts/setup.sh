@@ -89,7 +89,9 @@ fuzz_one() {  # name seconds
   mkdir -p "build-fuzz/corpus/$name" "build-fuzz/findings/$name" "$out"
   local inputs=("build-fuzz/corpus/$name" "fuzz/corpus/$name")
   [ -d "fuzz/regressions/$name" ] && inputs+=("fuzz/regressions/$name")
-  "build-fuzz/fuzz/fuzz_$name" -max_total_time="$seconds" -timeout=25 -rss_limit_mb=2048 -max_len=65536 \
+  # Memory a library keeps for the life of the process is no finding (tests/lsan.supp).
+  LSAN_OPTIONS=suppressions="$here/tests/lsan.supp" \
+    "build-fuzz/fuzz/fuzz_$name" -max_total_time="$seconds" -timeout=25 -rss_limit_mb=2048 -max_len=65536 \
     -print_final_stats=1 -dict="$dict" -artifact_prefix="build-fuzz/findings/$name/" \
     "${inputs[@]}" >"$out/$name.log" 2>&1 || true
 }
