@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Draws the README's pictures from the real program: the main window on the sandbox's demo
 // company, an invoice as its customer receives it, the import window with an invoice that a
-// vendor sent, and the preferences' QuickBooks connection page. Run through
+// vendor sent, and the preferences' QuickBooks connection and Documents pages. Run through
 // scripts/screenshots.sh.
 #include <cstdlib>
 #include <filesystem>
@@ -17,6 +17,7 @@
 #include "gui/mainwindowview.h"
 #include "gui/preferencesdialog.h"
 #include "gui/qtuiport.h"
+#include "mail/documentextras.h"
 #include "platform/programhome.h"
 #include "shell/application.h"
 #include "webconnector/config.h"
@@ -166,15 +167,33 @@ int main(int argc, char** argv) {
         if (!user || !entries) {
             status = 1;
         }
+        // The documents page: a PDF copy, a pay-now link and the invoice's own words.
+        mail::DocumentTexts texts;
+        texts.setWords("Invoice", {"Invoice {number} from {company}",
+                                   "Dear {customer},\n\nplease find invoice {number} of {date} "
+                                   "attached. It is due on {duedate}.\n\nThank you!"});
+        const std::vector<platform::SettingsStore::Change> documentSettings = {
+            {"Documents", "AttachPdf", "1"},
+            {"Documents", "PayLink", "https://pay.example.com/i/{number}?amount={balance}"}};
+        const Status wordsSaved = texts.save(app.folder());
+        const Status documentsSet = store.setEntries(documentSettings);
+        if (!wordsSaved || !documentsSet) {
+            status = 1;
+        }
         mail::MailPreferencesModel preferences(store);
-        gui::PreferencesDialog dialog(preferences, store);
+        gui::PreferencesDialog dialog(preferences, store, &app.folder());
         auto* tabs = dialog.findChild<QTabWidget*>(QStringLiteral("preferencesTabs"));
         auto* connection = dialog.findChild<QWidget*>(QStringLiteral("qbConnectionTab"));
-        if (tabs == nullptr || connection == nullptr) {
+        auto* documents = dialog.findChild<QWidget*>(QStringLiteral("documentsTab"));
+        if (tabs == nullptr || connection == nullptr || documents == nullptr) {
             status = 1;
         } else {
             tabs->setCurrentWidget(connection);
             if (!save(dialog, out / "preferences-quickbooks.png")) {
+                status = 1;
+            }
+            tabs->setCurrentWidget(documents);
+            if (!save(dialog, out / "preferences-documents.png")) {
                 status = 1;
             }
         }
