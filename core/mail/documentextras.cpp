@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <glib.h>
 
 #include "browser/documenttypes.h"
 #include "common/text.h"
@@ -64,6 +65,29 @@ std::string percentEncoded(std::string_view value) {
             out += kHex[c >> 4];
             out += kHex[c & 15];
         }
+    }
+    return out;
+}
+
+// Letters beyond ASCII as character references: the HTML part goes out as plain ASCII, as
+// the style sheets write it. A broken sequence becomes U+FFFD.
+std::string asciiReferences(std::string_view text) {
+    std::string out;
+    const char* p = text.data();
+    const char* end = p + text.size();
+    while (p < end) {
+        if (static_cast<unsigned char>(*p) < 0x80) {
+            out += *p++;
+            continue;
+        }
+        const gunichar u = g_utf8_get_char_validated(p, end - p);
+        if (u == static_cast<gunichar>(-1) || u == static_cast<gunichar>(-2)) {
+            out += "&#65533;";
+            ++p;
+            continue;
+        }
+        out += "&#" + std::to_string(u) + ";";
+        p = g_utf8_next_char(p);
     }
     return out;
 }
@@ -192,7 +216,7 @@ bool takesPayLink(const browser::DocumentType& type) {
 }
 
 std::string payButtonHtml(std::string_view url) {
-    const std::string href = xml::escapeText(url);
+    const std::string href = asciiReferences(xml::escapeText(url));
     return "<table cellpadding=\"0\" cellspacing=\"0\" border=\"0\" style=\"margin:0 0 16px "
            "0;\"><tr><td bgcolor=\"#1a7f37\" style=\"padding:10px 22px;\"><a href=\"" +
            href +
@@ -220,7 +244,7 @@ std::string coverHtml(std::string_view text) {
         if (!paragraph.empty()) {
             paragraph += "<br>";
         }
-        paragraph += xml::escapeText(line);
+        paragraph += asciiReferences(xml::escapeText(line));
     }
     flush();
     return out + "</div>";

@@ -89,7 +89,8 @@ private:
 // sales receipts and timesheets never do.
 bool takesPayLink(const browser::DocumentType& type);
 
-// The link as a button-like anchor, for the top of the document.
+// The link as a button-like anchor, for the top of the document. Like the cover text, it is
+// written in ASCII: other letters as character references.
 std::string payButtonHtml(std::string_view url);
 // The cover text as HTML paragraphs (escaped; blank lines part paragraphs).
 std::string coverHtml(std::string_view text);

@@ -267,6 +267,19 @@ void DocumentSender::runRows(const RunPlan& plan) {
             return;
         }
         extras.texts = std::move(texts).value();
+        // The link goes into every customer's document: one that was put into the settings
+        // file by hand is checked as `settings set` checks it.
+        if (Status link = m_settings.payLink.empty() || !takesPayLink(plan.type)
+                              ? Status()
+                              : platform::checkSetting("Documents", "PayLink", m_settings.payLink);
+            !link) {
+            m_ui.messageBox("Dorvane will not put the pay-now link into the documents (" +
+                            link.error().description +
+                            "), so nothing was sent. Correct Documents PayLink in the mail "
+                            "preferences, or empty it to send without the link.");
+            m_window.setStatusText("Nothing sent: the pay-now link is not a web address");
+            return;
+        }
         xml::Node company = m_company.companyNode();
         extras.companyName = company.valueOf("CompanyName");
         extras.companyCountry = company.valueOf("Address/Country");

@@ -84,6 +84,8 @@ TEST(DocumentExtras, PlaceholdersLinksPagesAndNames) {
     EXPECT_NE(
         payButtonHtml("https://x.example/?a=1&b=2").find("href=\"https://x.example/?a=1&amp;b=2\""),
         std::string::npos);
+    // The HTML part is ASCII: other letters go as references, a broken byte as U+FFFD.
+    EXPECT_NE(coverHtml("M\xc3\xbcller \xff").find("M&#252;ller &#65533;"), std::string::npos);
     EXPECT_EQ(coverHtml("Hi <you>,\n\nline one\nline two\n"),
               "<div style=\"font-family:Arial,Helvetica,sans-serif;font-size:14px;line-height:1.5;"
               "color:#222222;max-width:660px;margin:0 0 20px 0;\"><p style=\"margin:0 0 10px "

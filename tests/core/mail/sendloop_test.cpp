@@ -591,6 +591,15 @@ TEST_F(SendLoopTest, OwnWordsPayLinkAndPdfCopyWhenTurnedOn) {
     EXPECT_NE(both.find("Able Co"), std::string::npos);
     EXPECT_NE(both.find("Baker & Sons"), std::string::npos);
     EXPECT_NE(both.find("\f"), std::string::npos) << "each document starts a page";
+
+    // A link put into the settings file by hand that is no web address sends nothing.
+    ASSERT_TRUE(app.settings().setEntries({{"Documents", "PayLink", "javascript:alert(1)"}}).ok());
+    app.window().setPreviewChecked(false);
+    ui.messages.clear();
+    app.sender().sendSelectedDocuments();
+    EXPECT_EQ(server->record().accepted().size(), 2u);
+    ASSERT_EQ(ui.messages.size(), 1u);
+    EXPECT_NE(ui.messages[0].text.find("Documents PayLink"), std::string::npos);
 }
 
 }  // namespace
