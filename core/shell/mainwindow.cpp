@@ -50,6 +50,32 @@ void MainWindow::refresh() {
     }
 }
 
+void MainWindow::setListView(const browser::ListView& view) {
+    if (view != m_view) {
+        m_view = view;
+        notify(kViewOpenBalances);
+        notify(kViewUnpaidOnly);
+    }
+}
+
+void MainWindow::chooseListView(const browser::ListView& view) {
+    if (view == m_view) {
+        return;
+    }
+    if (m_services.saveListView) {
+        if (Status saved = m_services.saveListView(view); !saved) {
+            m_ui.messageBox(
+                "The view was not kept for the next start: " + saved.error().description + ".");
+        }
+    }
+    setListView(view);
+    // The shown list again, as its menu entry or Refresh would load it.
+    if (!m_documentType.empty()) {
+        ui::BusyScope busy(m_ui);
+        runLoader(m_documentType);
+    }
+}
+
 void MainWindow::openHelp() {
     m_ui.openWithDesktop(m_folder.filePath(kHelpFile));
 }
