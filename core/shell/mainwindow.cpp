@@ -69,8 +69,9 @@ void MainWindow::chooseListView(const browser::ListView& view) {
         }
     }
     setListView(view);
-    // The shown list again, as its menu entry or Refresh would load it.
-    if (!m_documentType.empty()) {
+    // The shown document list again, as its menu entry would load it (not the web update's
+    // items, which hide the send controls).
+    if (!m_documentType.empty() && control(kSendButton).visible) {
         ui::BusyScope busy(m_ui);
         runLoader(m_documentType);
     }
