@@ -4,6 +4,7 @@
 #include <ostream>
 
 #include "browser/documenttypes.h"
+#include "browser/loaders.h"
 #include "cli/cli.h"
 #include "cli/commands.h"
 #include "cli/json.h"
@@ -79,6 +80,11 @@ int checkListArgs(Invocation& args, std::ostream& err) {
 
 int loadList(CommandContext& ctx, const Invocation& args) {
     auto& window = ctx.app.window();
+    // --open and --unpaid add to the settings' view, for this run only.
+    browser::ListView view = window.listView();
+    view.openBalances = view.openBalances || args.has("--open");
+    view.unpaidOnly = view.unpaidOnly || args.has("--unpaid");
+    window.setListView(view);
     window.selectTimeframe(std::string_view(*args.value("--timeframe")));
     window.selectDocumentType(args.operands[0]);
     printCompany(ctx, ctx.err);
@@ -108,6 +114,9 @@ namespace {
 // The list for a script: what it is, its columns, and per row its cells, check and status.
 Json listJson(CommandContext& ctx, const Invocation& args) {
     const ui::ListModel& list = ctx.app.window().list();
+    const browser::DocumentType& type = *browser::findDocumentType(args.operands[0]);
+    const bool extra = ctx.app.window().listView().extraColumns();
+    const std::size_t own = browser::columnCount(type);
     Json doc{{"company", companyLines(ctx)},
              {"type", args.operands[0]},
              {"timeframe", *args.value("--timeframe")},
@@ -117,10 +126,15 @@ Json listJson(CommandContext& ctx, const Invocation& args) {
         doc["columns"].push_back(column.caption);
     }
     for (const ui::ListRow& row : list.rows()) {
-        doc["rows"].push_back({{"key", row.key},
-                               {"checked", row.checked},
-                               {"state", row.cells.empty() ? "" : row.cells.back()},
-                               {"cells", row.cells}});
+        Json entry{{"key", row.key},
+                   {"checked", row.checked},
+                   {"state", browser::rowStatus(type, row)},
+                   {"cells", row.cells}};
+        if (extra && row.cells.size() >= own + 2) {
+            entry["number"] = row.cells[own];
+            entry["openBalance"] = row.cells[own + 1];
+        }
+        doc["rows"].push_back(std::move(entry));
     }
     return doc;
 }
@@ -194,12 +208,18 @@ int companySet(CommandContext& ctx, const Invocation& args) {
 
 }  // namespace
 
-constexpr Option kListOptions[] = {kTimeframeOption, kJsonOption};
+constexpr Option kListOptions[] = {
+    kTimeframeOption,
+    {"--open", 0, "",
+     "add each document's number (No.) and open balance\n(Open Balance) after the status"},
+    {"--unpaid", 0, "", "leave out the documents with nothing open (implies\n--open)"},
+    kJsonOption,
+};
 constexpr Option kCompanyOptions[] = {kJsonOption};
 
 constexpr Command kListCommand{
     .name = "list",
-    .synopsis = "TYPE [--timeframe NAME] [--json]",
+    .synopsis = "TYPE [--timeframe NAME] [--open] [--unpaid] [--json]",
     .summary =
         "list the documents of a type as the window does (Invoice,\n"
         "Estimate, CreditMemo, SalesReceipt, PurchaseOrder, Statement,\n"
@@ -210,8 +230,11 @@ constexpr Command kListCommand{
         "        Timesheet (by customer) or TimesheetA (by entity), in any case\n"
         "  Prints a header line, then one line per document: [x] or [ ], the cells\n"
         "  separated by tabs, the status last. The company goes to standard error.\n"
+        "  --open (or View OpenBalances 1 in the settings): after the status, the number\n"
+        "  and the open balance; estimates, purchase orders and timesheets have none.\n"
+        "  --unpaid (or View UnpaidOnly 1): only documents with something open.\n"
         "  --json: the company, TYPE, the timeframe, the columns and per row its key,\n"
-        "  check, status and cells.\n",
+        "  check, status and cells (with --open also its number and openBalance).\n",
     .options = kListOptions,
     .minOperands = 1,
     .maxOperands = 1,

@@ -33,18 +33,20 @@ struct SendCounts {
     int sent = 0, failed = 0, noAddress = 0, already = 0, tests = 0, notTried = 0;
 };
 
-SendCounts countSend(const ui::ListModel& list, const std::vector<mail::RowOutcome>& outcomes) {
+SendCounts countSend(const browser::DocumentType& type, const ui::ListModel& list,
+                     const std::vector<mail::RowOutcome>& outcomes) {
     SendCounts n;
     for (const mail::RowOutcome& o : outcomes) {
         (o.test ? n.tests : o.sent ? n.sent : n.failed) += 1;
     }
     for (int r = 0; r < list.rowCount(); ++r) {
         const ui::ListRow& row = list.row(r);
-        if (row.checked || row.cells.empty() || processed(outcomes, r)) {
+        if (row.checked || processed(outcomes, r)) {
             continue;
         }
-        n.noAddress += row.cells.back() == browser::kMissingEmail ? 1 : 0;
-        n.already += row.cells.back() == browser::kAlreadySent ? 1 : 0;
+        const std::string& status = browser::rowStatus(type, row);
+        n.noAddress += status == browser::kMissingEmail ? 1 : 0;
+        n.already += status == browser::kAlreadySent ? 1 : 0;
     }
     n.notTried = untried(list, outcomes);
     return n;
@@ -72,7 +74,8 @@ void printSendJson(CommandContext& ctx, const Invocation& args,
         doc["documents"].push_back(std::move(row));
     }
     if (!preview) {
-        const SendCounts n = countSend(ctx.app.window().list(), outcomes);
+        const SendCounts n = countSend(*browser::findDocumentType(args.operands[0]),
+                                       ctx.app.window().list(), outcomes);
         doc["counts"] = {{"sent", n.sent},           {"failed", n.failed},
                          {"noAddress", n.noAddress}, {"alreadySent", n.already},
                          {"test", n.tests},          {"notTried", n.notTried}};
@@ -82,9 +85,10 @@ void printSendJson(CommandContext& ctx, const Invocation& args,
 
 // The end of a send run: the window's closing status when something went out (or the run
 // says why it stopped), then the counts, the reason of each failure and a test run's note.
-void printSendSummary(CommandContext& ctx, const std::vector<mail::RowOutcome>& outcomes) {
+void printSendSummary(CommandContext& ctx, const Invocation& args,
+                      const std::vector<mail::RowOutcome>& outcomes) {
     const auto [sent, failed, noAddress, already, tests, notTried] =
-        countSend(ctx.app.window().list(), outcomes);
+        countSend(*browser::findDocumentType(args.operands[0]), ctx.app.window().list(), outcomes);
     const std::string& status = ctx.app.window().statusText();
     const bool ranThrough = !ctx.app.sender().runEndText().empty();
     if (!status.empty() && (sent + tests > 0 || status != ctx.app.sender().runEndText())) {
@@ -169,7 +173,7 @@ int send(CommandContext& ctx, const Invocation& args) {
         }
         return kExitOk;
     }
-    printSendSummary(ctx, outcomes);
+    printSendSummary(ctx, args, outcomes);
     const bool allWent = std::all_of(outcomes.begin(), outcomes.end(),
                                      [](const mail::RowOutcome& o) { return o.sent; });
     return allWent && untried(ctx.app.window().list(), outcomes) == 0 ? kExitOk : kExitFailed;

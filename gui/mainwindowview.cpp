@@ -158,6 +158,21 @@ void MainWindowView::buildMenus() {
     connect(addEntry(options, "importPref", "&Import Preferences"), &QAction::triggered, this,
             &MainWindowView::importPreferencesRequested);
 
+    // The list's view: each entry is kept in the settings and loads the shown list again.
+    QMenu* view = addMenu(bar, shell::kViewMenu, "&View");
+    m_viewOpenBalances = addEntry(view, shell::kViewOpenBalances, "Numbers and open balances");
+    m_viewUnpaidOnly = addEntry(view, shell::kViewUnpaidOnly, "Unpaid only");
+    for (QAction* entry : {m_viewOpenBalances, m_viewUnpaidOnly}) {
+        entry->setCheckable(true);
+        connect(entry, &QAction::triggered, this, [this] {
+            runCommand([this] {
+                m_app.window().chooseListView({.openBalances = m_viewOpenBalances->isChecked(),
+                                               .unpaidOnly = m_viewUnpaidOnly->isChecked()});
+            });
+            listViewChanged();  // a refused or busy command leaves the entries as they were
+        });
+    }
+
     QMenu* web = addMenu(bar, "webupdate", "Web-Update");
     const std::array<std::pair<const char*, const char*>, 3> webEntries{{
         {"inventoryitems_update", "Inventory Items"},
@@ -275,6 +290,7 @@ void MainWindowView::renderAll() {
     timeframeChanged();
     previewChanged();
     progressChanged();
+    listViewChanged();
     listReset();
 }
 
@@ -287,6 +303,8 @@ void MainWindowView::modelChanged(std::string_view what) {
         previewChanged();
     } else if (what == shell::kProgressBar) {
         progressChanged();
+    } else if (what == shell::kViewOpenBalances || what == shell::kViewUnpaidOnly) {
+        listViewChanged();
     }
 }
 
@@ -315,6 +333,12 @@ void MainWindowView::timeframeChanged() {
 void MainWindowView::previewChanged() {
     const QScopedValueRollback rendering(m_rendering, true);
     m_previewCheck->setChecked(m_app.window().previewChecked());
+}
+
+void MainWindowView::listViewChanged() {
+    const browser::ListView& view = m_app.window().listView();
+    m_viewOpenBalances->setChecked(view.openBalances);
+    m_viewUnpaidOnly->setChecked(view.unpaidOnly);
 }
 
 void MainWindowView::progressChanged() {

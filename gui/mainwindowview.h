@@ -79,6 +79,7 @@ private:
     void timeframeChanged();
     void previewChanged();
     void progressChanged();
+    void listViewChanged();
 
     // ui::ListObserver
     void listReset() override;
@@ -105,6 +106,8 @@ private:
     QLabel* m_statusPanel = nullptr;
     QCheckBox* m_previewCheck = nullptr;
     QProgressBar* m_progressBar = nullptr;
+    QAction* m_viewOpenBalances = nullptr;
+    QAction* m_viewUnpaidOnly = nullptr;
     ImportWindowView* m_importView = nullptr;  // Form1, made on first use
     bool m_rendering = false;                  // set while core's state is copied into the widgets
     bool m_commandRunning = false;             // set while a command runs in core

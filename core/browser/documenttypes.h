@@ -27,6 +27,14 @@ enum class AddressSource {
     Record,    // the record's own Email (a customer's)
 };
 
+// What a type's "Open Balance" column shows (the list's view option).
+enum class OpenBalance {
+    None,       // nothing: the document asks for no payment
+    Remaining,  // the record's element `remaining` names (an invoice's BalanceRemaining)
+    Paid,       // 0.00: paid when made
+    Customer,   // the customer's balance: TotalBalance, else Balance
+};
+
 // The cells of a row that the send run reads: 0 is the row text, then the sub-items.
 struct RowCells {
     std::size_t key;  // TxnID or ListID (the name for timesheets)
@@ -50,6 +58,8 @@ struct DocumentType {
     AddressSource address;
     const char* amount = nullptr;  // a transaction's amount element
     RowCells cells;
+    OpenBalance openBalance = OpenBalance::None;
+    const char* remaining = nullptr;  // the element of OpenBalance::Remaining
     bool refreshable = false;  // RefreshBtn loads it again (otherwise only its menu entry does)
 
     // Mailing. Without a style sheet "Send Email" does nothing.
@@ -76,6 +86,8 @@ inline constexpr DocumentType kDocumentTypes[] = {
         .address = AddressSource::Customer,
         .amount = "Subtotal",
         .cells = kDocumentCells,
+        .openBalance = OpenBalance::Remaining,
+        .remaining = "BalanceRemaining",
         .refreshable = true,
         .styleSheet = "/invoice.xslt",
         .subject = "Invoice: #",
@@ -112,6 +124,8 @@ inline constexpr DocumentType kDocumentTypes[] = {
         .address = AddressSource::Customer,
         .amount = "Subtotal",
         .cells = kDocumentCells,
+        .openBalance = OpenBalance::Remaining,
+        .remaining = "CreditRemaining",
         .refreshable = true,
         .styleSheet = "/creditmemo.xslt",
         .subject = "Credit Memo: #",
@@ -130,6 +144,7 @@ inline constexpr DocumentType kDocumentTypes[] = {
         .address = AddressSource::Customer,
         .amount = "TotalAmount",
         .cells = kDocumentCells,
+        .openBalance = OpenBalance::Paid,
         .refreshable = true,
         .styleSheet = "/salesreceipt.xslt",
         .subject = "Sales Receipt: #",
@@ -195,6 +210,7 @@ inline constexpr DocumentType kDocumentTypes[] = {
         .shape = ListShape::Statements,
         .address = AddressSource::Record,
         .cells = kDocumentCells,
+        .openBalance = OpenBalance::Customer,
         .refreshable = true,
         .styleSheet = "/statement.xslt",
         .subject = "Your Statement",
@@ -202,6 +218,22 @@ inline constexpr DocumentType kDocumentTypes[] = {
         .failedText = "Statement conversion failed",
     },
 };
+
+// The list's view option adds these columns after a type's own.
+inline constexpr const char* kNumberCaption = "No.";
+inline constexpr const char* kOpenBalanceCaption = "Open Balance";
+
+// How many columns a type lists by itself; its status is the last of them.
+constexpr std::size_t columnCount(const DocumentType& type) {
+    std::size_t n = 0;
+    while (n < type.columns.size() && type.columns[n]) {
+        ++n;
+    }
+    return n;
+}
+constexpr std::size_t statusColumn(const DocumentType& type) {
+    return columnCount(type) - 1;
+}
 
 // The type of that name (exact case); nullptr for none.
 const DocumentType* findDocumentType(std::string_view name);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "browser/loaders.h"
 
+#include <cstdio>
 #include <cstdlib>
 #include <unordered_map>
 #include <utility>
@@ -10,6 +11,7 @@
 #include "common/text.h"
 #include "company/companyinfo.h"
 #include "platform/programfolder.h"
+#include "platform/settings.h"
 #include "qbgateway/gateway.h"
 #include "qbgateway/templates.h"
 #include "ui/documentwindow.h"
@@ -23,13 +25,17 @@ constexpr std::size_t kProgressEvery = 100;
 constexpr const char* kCompanySwitched =
     "QuickBooks opened another company file while the list was loading.";
 
-std::vector<ui::ListColumn> columns(const DocumentType& type) {
+std::vector<ui::ListColumn> columns(const DocumentType& type, const ListView& view) {
     std::vector<ui::ListColumn> out;
     for (const char* c : type.columns) {
         if (!c) {
             break;
         }
         out.push_back({c, 0, 1.0 / 6});  // each a sixth of the list's width
+    }
+    if (view.extraColumns()) {
+        out.push_back({kNumberCaption});  // as wide as their contents
+        out.push_back({kOpenBalanceCaption});
     }
     return out;
 }
@@ -52,7 +58,28 @@ double number(const std::string& text) {
     return std::strtod(text.c_str(), nullptr);
 }
 
+// An amount as two decimals; empty stays empty.
+std::string money(const std::string& text) {
+    if (text.empty()) {
+        return text;
+    }
+    char out[64];
+    std::snprintf(out, sizeof out, "%.2f", number(text));
+    return out;
+}
+
 }  // namespace
+
+const std::string& rowStatus(const DocumentType& type, const ui::ListRow& row) {
+    static const std::string none;
+    const std::size_t status = statusColumn(type);
+    return status < row.cells.size() ? row.cells[status] : none;
+}
+
+ListView listViewSettings(const platform::SettingsStore& settings) {
+    return {.openBalances = settings.intValue(kViewSection, kOpenBalancesKey) != 0,
+            .unpaidOnly = settings.intValue(kViewSection, kUnpaidOnlyKey) != 0};
+}
 
 std::optional<std::int16_t> durationToMinutes(std::string_view duration) {
     // PT2H30M → 2:30:00, read as a time of day.
@@ -105,7 +132,9 @@ DocumentBrowser::DocumentBrowser(ui::DocumentWindow& window, qbgateway::Gateway&
       m_ui(ui),
       m_recipients(folder, gateway, ui) {}
 
-void DocumentBrowser::loadList(const std::string& name, const std::string& timeframe) {
+void DocumentBrowser::loadList(const std::string& name, const std::string& timeframe,
+                               ListView view) {
+    m_view = view;
     const DocumentType* type = findDocumentType(name);
     if (!type || !fetch(*type, timeframe)) {
         return;
@@ -150,7 +179,7 @@ bool DocumentBrowser::fetch(const DocumentType& type, const std::string& timefra
     }
     m_window.list().clear();
     m_window.sentLogText() = ui::textOrShown(m_folder.readProgramFile(kSentLogFile), m_ui);
-    m_window.list().setColumns(columns(type));
+    m_window.list().setColumns(columns(type, m_view));
     return true;
 }
 
@@ -171,16 +200,18 @@ ui::ListRow readyRow(std::string text, std::initializer_list<std::string*> cells
     return row;
 }
 
-void markRow(ui::ListRow& row, int icon, const char* status) {
+// Unchecks a row and says why in its status cell (the type's last column).
+void markRow(ui::ListRow& row, int icon, const char* status, const DocumentType& type) {
     row.checked = false;
     row.icon = icon;
-    row.cells.back() = status;
+    row.cells[statusColumn(type)] = status;
 }
 
 // The fields a transaction row shows, gathered in one walk over the record's children (the
 // first of each name counts, as a path lookup would find it).
 struct TxnFields {
     std::string txnId, date, amount, name, listId, memo;
+    std::string number, open;  // RefNumber and the type's open-balance element
     bool anyReceived = false;  // purchase orders: a line with a received quantity above 0
 };
 
@@ -200,10 +231,13 @@ void readParty(xml::Node ref, TxnFields& f) {
     }
 }
 
-TxnFields readTransaction(xml::Node record, std::string_view amount, std::string_view ref,
+TxnFields readTransaction(xml::Node record, const DocumentType& type, std::string_view ref,
                           bool purchaseOrder, double& lastReceived) {
     TxnFields f;
+    const std::string_view amount = type.amount;
+    const std::string_view remaining = type.remaining ? type.remaining : "";
     bool haveId = false, haveDate = false, haveAmount = false, haveRef = false, haveMemo = false;
+    bool haveNumber = false, haveOpen = false;
     for (xml::Node c = record.firstChildElement(); c; c = c.nextSiblingElement()) {
         const std::string n = c.name();
         if (!haveId && n == "TxnID") {
@@ -218,6 +252,12 @@ TxnFields readTransaction(xml::Node record, std::string_view amount, std::string
         } else if (!haveRef && n == ref) {
             readParty(c, f);
             haveRef = true;
+        } else if (!haveNumber && n == "RefNumber") {
+            f.number = c.text();
+            haveNumber = true;
+        } else if (!haveOpen && n == remaining) {
+            f.open = c.text();
+            haveOpen = true;
         } else if (purchaseOrder && !haveMemo && n == "Memo") {
             f.memo = c.text();
             haveMemo = true;
@@ -240,18 +280,19 @@ TxnFields readTransaction(xml::Node record, std::string_view amount, std::string
 
 // A load that stops half-way leaves rows with figures that may be short: none of them may
 // stay checked.
-void markIncomplete(std::vector<ui::ListRow>& rows) {
+void markIncomplete(const DocumentType& type, std::vector<ui::ListRow>& rows) {
     for (ui::ListRow& row : rows) {
         if (row.checked) {
-            markRow(row, 0, kIncomplete);
+            markRow(row, 0, kIncomplete, type);
         }
     }
 }
 
 }  // namespace
 
-void DocumentBrowser::stopIncomplete(std::vector<ui::ListRow> rows, const std::string& why) {
-    markIncomplete(rows);
+void DocumentBrowser::stopIncomplete(const DocumentType& type, std::vector<ui::ListRow> rows,
+                                     const std::string& why) {
+    markIncomplete(type, rows);
     m_window.list().setRows(std::move(rows));
     m_ui.messageBox(why + " The list is incomplete: no row is checked.");
     m_window.setStatusText(kIncompleteStatus);
@@ -262,6 +303,19 @@ void DocumentBrowser::progress(std::size_t done, std::size_t total) {
         m_window.setStatusText("parsing information ... " + std::to_string(done) + " of " +
                                std::to_string(total));
         m_ui.yield();
+    }
+}
+
+bool DocumentBrowser::hidden(const DocumentType& type, const std::string& open) const {
+    // A type without an open balance is never filtered, nor is a record that does not say.
+    return m_view.unpaidOnly && type.openBalance != OpenBalance::None && !open.empty() &&
+           number(open) <= 0;
+}
+
+void DocumentBrowser::addViewCells(ui::ListRow& row, std::string number, std::string open) const {
+    if (m_view.extraColumns()) {
+        row.cells.push_back(std::move(number));
+        row.cells.push_back(money(open));
     }
 }
 
@@ -296,10 +350,16 @@ void DocumentBrowser::loadTransactions(const DocumentType& type) {
     std::size_t done = 0;
     for (xml::Node record : records) {
         progress(done++, records.size());
-        TxnFields f = readTransaction(record, type.amount, ref, purchaseOrders, lastReceived);
+        TxnFields f = readTransaction(record, type, ref, purchaseOrders, lastReceived);
         // An order with any received line is not listed; an order without received
         // quantities is judged by the value the order before it ended on.
         if (purchaseOrders && lastReceived != 0) {
+            continue;
+        }
+        if (type.openBalance == OpenBalance::Paid) {
+            f.open = "0.00";
+        }
+        if (hidden(type, f.open)) {
             continue;
         }
         if (purchaseOrders && !f.memo.empty()) {
@@ -307,7 +367,7 @@ void DocumentBrowser::loadTransactions(const DocumentType& type) {
         }
         std::string email = recipientEmail(type.address, f.listId);
         if (m_gateway.currentCompanyFile() != companyFile) {
-            stopIncomplete(std::move(rows), kCompanySwitched);
+            stopIncomplete(type, std::move(rows), kCompanySwitched);
             return;
         }
         const bool noAddress = email.empty();
@@ -315,11 +375,12 @@ void DocumentBrowser::loadTransactions(const DocumentType& type) {
         std::string key = f.txnId;
         ui::ListRow& row = rows.emplace_back(
             readyRow(std::move(f.date), {&f.txnId, &f.name, &f.amount, &email}, std::move(key)));
+        addViewCells(row, std::move(f.number), std::move(f.open));
         // The sent-log test comes last: an already-sent row without address says so.
         if (alreadySent) {
-            markRow(row, kIconAlreadySent, kAlreadySent);
+            markRow(row, kIconAlreadySent, kAlreadySent, type);
         } else if (noAddress) {
-            markRow(row, kIconInvalid, kMissingEmail);
+            markRow(row, kIconInvalid, kMissingEmail, type);
         }
     }
     list.setRows(std::move(rows));
@@ -336,20 +397,29 @@ void DocumentBrowser::loadStatements(const DocumentType& type) {
         if (customer.valueOf("IsActive") != "true") {
             continue;
         }
-        std::string email = customer.valueOf("Email");
         std::string balance = customer.valueOf("Balance");
+        std::string open = customer.valueOf("TotalBalance");
+        if (open.empty()) {
+            open = balance;
+        }
+        if (hidden(type, open)) {
+            continue;
+        }
+        std::string email = customer.valueOf("Email");
         std::string name = customer.valueOf("FullName");
         std::string listId = customer.valueOf("ListID");
         const bool noAddress = email.empty();
         const bool balanced = balance == "0.00";
         std::string key = listId;
+        std::string number = customer.valueOf("AccountNumber");
         ui::ListRow& row =
             rows.emplace_back(readyRow("", {&listId, &name, &balance, &email}, std::move(key)));
+        addViewCells(row, std::move(number), std::move(open));
         // A zero balance wins over a missing address.
         if (balanced) {
-            markRow(row, kIconBalanced, kBalanced);
+            markRow(row, kIconBalanced, kBalanced, type);
         } else if (noAddress) {
-            markRow(row, kIconInvalid, kMissingEmail);
+            markRow(row, kIconInvalid, kMissingEmail, type);
         }
     }
     list.setRows(std::move(rows));
@@ -369,16 +439,16 @@ void DocumentBrowser::loadTimesheets(const DocumentType& type) {
         const std::string durationText = entry.valueOf("Duration");
         auto minutes = durationToMinutes(durationText);
         if (!minutes) {
-            stopIncomplete(std::move(rows), "The time entry of " + entry.valueOf("TxnDate") +
-                                                " has a duration that cannot be read: \"" +
-                                                durationText + "\".");
+            stopIncomplete(type, std::move(rows),
+                           "The time entry of " + entry.valueOf("TxnDate") +
+                               " has a duration that cannot be read: \"" + durationText + "\".");
             return;
         }
         std::string name = entry.valueOf(ref + "/FullName");
         const std::string listId = entry.valueOf(ref + "/ListID");
         std::string email = recipientEmail(type.address, listId);
         if (m_gateway.currentCompanyFile() != companyFile) {
-            stopIncomplete(std::move(rows), kCompanySwitched);
+            stopIncomplete(type, std::move(rows), kCompanySwitched);
             return;
         }
         auto found = rowOfName.find(name);
@@ -389,15 +459,17 @@ void DocumentBrowser::loadTimesheets(const DocumentType& type) {
             rowOfName.emplace(name, rows.size());
             ui::ListRow& row = rows.emplace_back(
                 readyRow(entry.valueOf("TxnDate"), {&name, &total, &email}, std::move(key)));
+            addViewCells(row, {}, {});
             if (noAddress) {
-                markRow(row, kIconInvalid, kMissingEmail);
+                markRow(row, kIconInvalid, kMissingEmail, type);
             }
             continue;
         }
         std::string& cell = rows[found->second].cells[2];
         const long total = std::strtol(cell.c_str(), nullptr, 10) + *minutes;
         if (total > INT16_MAX) {
-            stopIncomplete(std::move(rows), "The time of " + name + " is too long to add up.");
+            stopIncomplete(type, std::move(rows),
+                           "The time of " + name + " is too long to add up.");
             return;
         }
         cell = std::to_string(total);

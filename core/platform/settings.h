@@ -116,6 +116,14 @@ inline constexpr KnownSetting kKnownSettings[] = {
     {"Documents", "PayLink", SettingType::Url, "",
      "the pay-now link of invoices and statements, with {number}, {balance}, {currency} and "
      "{customer} filled in; empty: no link"},
+    {"View", "OpenBalances", SettingType::Flag, "0",
+     "the document lists show each document's number and open balance after their own columns "
+     "(list --open for one run)",
+     kFlagChoices},
+    {"View", "UnpaidOnly", SettingType::Flag, "0",
+     "the document lists leave out documents with nothing open, so they are not sent either "
+     "(list --unpaid for one run)",
+     kFlagChoices},
     {"Import", "Item", SettingType::Text, "Uncategorized Expenses",
      "the item an imported document's lines are booked to"},
     {"Import", "ItemGroup", SettingType::Text, "Uncategorized Expense Group",

@@ -57,9 +57,15 @@ Application::Application(ui::UiPort& ui, const StartOptions& options,
     services.loadCompanyInfo = [this] { m_company.retrieveCompanyInfo(); };
     services.ensureDefaultRecords = [this] { m_defaults.ensureDefaultRecords(); };
     services.loadList = [this](const std::string& type, const std::string& timeframe) {
-        m_browser.loadList(type, timeframe);
+        m_browser.loadList(type, timeframe, m_window.listView());
+    };
+    services.saveListView = [this](const browser::ListView& view) {
+        return m_settings.setAll(browser::kViewSection,
+                                 {{browser::kOpenBalancesKey, view.openBalances ? "1" : "0"},
+                                  {browser::kUnpaidOnlyKey, view.unpaidOnly ? "1" : "0"}});
     };
     m_window.setServices(std::move(services));
+    m_window.setListView(browser::listViewSettings(m_settings));
     m_gateway.onCompanyFileChanged([this] { m_company.retrieveCompanyInfo(); });
 
     imports::ImportWindowServices importServices;

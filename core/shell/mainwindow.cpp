@@ -50,6 +50,33 @@ void MainWindow::refresh() {
     }
 }
 
+void MainWindow::setListView(const browser::ListView& view) {
+    if (view != m_view) {
+        m_view = view;
+        notify(kViewOpenBalances);
+        notify(kViewUnpaidOnly);
+    }
+}
+
+void MainWindow::chooseListView(const browser::ListView& view) {
+    if (view == m_view) {
+        return;
+    }
+    if (m_services.saveListView) {
+        if (Status saved = m_services.saveListView(view); !saved) {
+            m_ui.messageBox(
+                "The view was not kept for the next start: " + saved.error().description + ".");
+        }
+    }
+    setListView(view);
+    // The shown document list again, as its menu entry would load it (not the web update's
+    // items, which hide the send controls).
+    if (!m_documentType.empty() && control(kSendButton).visible) {
+        ui::BusyScope busy(m_ui);
+        runLoader(m_documentType);
+    }
+}
+
 void MainWindow::openHelp() {
     m_ui.openWithDesktop(m_folder.filePath(kHelpFile));
 }

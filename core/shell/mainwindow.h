@@ -12,6 +12,8 @@
 #include <string_view>
 #include <vector>
 
+#include "browser/loaders.h"
+#include "common/result.h"
 #include "ui/documentwindow.h"
 #include "ui/listmodel.h"
 #include "ui/windowmodel.h"
@@ -39,6 +41,10 @@ inline constexpr const char* kEditCompanyEntry = "editcompanyinfo";
 // What shows the company text and the progress; changes of them come under these names.
 inline constexpr const char* kCompanyLabel = "Label1";
 inline constexpr const char* kProgressBar = "ProgressBar1";
+// The "&View" menu's checkable entries; a change of the list's view comes under both names.
+inline constexpr const char* kViewMenu = "ViewMenu";
+inline constexpr const char* kViewOpenBalances = "viewOpenBalances";
+inline constexpr const char* kViewUnpaidOnly = "viewUnpaidOnly";
 // The controls whose state the window keeps.
 inline constexpr const char* kMainWindowControls[] = {
     kListView,     kTimeframeCombo, kRefreshButton,   kSendButton,
@@ -55,6 +61,8 @@ struct MainWindowServices {
     std::function<void()> ensureDefaultRecords;
     // Runs the list loader of a document type with the selected timeframe.
     std::function<void(const std::string& documentType, const std::string& timeframe)> loadList;
+    // Keeps the list's view for the next start (the settings' "View" section).
+    std::function<Status(const browser::ListView& view)> saveListView;
 };
 
 // Changes are told under the control names: kTimeframeCombo for the timeframes, kPreviewCheck
@@ -75,6 +83,13 @@ public:
     void refresh();
     // A ListView1 column-header click.
     void columnClicked(int column) { m_list.sortByColumn(column); }
+    // How the lists show their documents (browser::ListView); the loaders read it.
+    const browser::ListView& listView() const { return m_view; }
+    // For this run only (the start-up's settings, the command line's options).
+    void setListView(const browser::ListView& view);
+    // The "&View" menu's entries: keep the choice and load the shown list again with it.
+    void chooseListView(const browser::ListView& view);
+
     // Help: opens the help page with the desktop's program.
     void openHelp();
 
@@ -130,6 +145,7 @@ private:
     int m_timeframeIndex = -1;
     bool m_preview = false;
     int m_progress = -1;
+    browser::ListView m_view;
     ui::ListModel m_list;
     xml::Document m_listDocument;
     std::string m_sentLogText;

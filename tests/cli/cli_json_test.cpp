@@ -65,5 +65,39 @@ TEST_F(Cli, ListHeadsEveryColumn) {
     EXPECT_EQ(err.find(" \n"), std::string::npos) << err;
 }
 
+// --open adds each invoice's number and open balance after the status, --unpaid leaves out the
+// paid ones, and --json rows carry both.
+TEST_F(Cli, ListOpenAndUnpaid) {
+    ASSERT_EQ(newDemo(), 0) << err;
+    ASSERT_EQ(dorvane("list Invoice --timeframe ALL --json", "sandbox"), 0) << err;
+    EXPECT_FALSE(Json::parse(out)["rows"][0].contains("openBalance")) << "off by default";
+    ASSERT_EQ(dorvane("list Invoice --timeframe ALL --open --json", "sandbox"), 0) << err;
+    const Json open = Json::parse(out);
+    ASSERT_EQ(dorvane("list Invoice --timeframe ALL --unpaid --json", "sandbox"), 0) << err;
+    const Json unpaid = Json::parse(out);
+    EXPECT_EQ(open["columns"].back(), "Open Balance");
+    std::vector<std::string> owing;
+    for (const Json& row : open["rows"]) {
+        EXPECT_EQ(row["state"], row["cells"][5]) << "the status column, not the last";
+        EXPECT_EQ(row["number"], row["cells"][6]);
+        EXPECT_EQ(row["openBalance"], row["cells"][7]);
+        if (std::stod(row["openBalance"].get<std::string>()) > 0) {
+            owing.push_back(row["key"]);
+        }
+    }
+    std::vector<std::string> listed;
+    for (const Json& row : unpaid["rows"]) {
+        listed.push_back(row["key"]);
+    }
+    EXPECT_EQ(listed, owing);
+    EXPECT_LT(listed.size(), open["rows"].size()) << "the demo has paid invoices";
+
+    ASSERT_EQ(dorvane("list Invoice --timeframe ALL --unpaid", "sandbox"), 0) << err;
+    EXPECT_EQ(out.substr(0, out.find('\n')),
+              "Checked\tDate\tInvoice ID\tCustomer:Job\tBalance\tEMail\tStatus\tNo.\tOpen "
+              "Balance");
+    EXPECT_EQ(std::ranges::count(out, '\n'), static_cast<long>(listed.size()) + 1);
+}
+
 }  // namespace
 }  // namespace dorvane::test

@@ -58,6 +58,7 @@ private slots:
 
     void controlsAndMenusCarryTheirNames();
     void menuEntriesAndButtonsReachCore();
+    void viewEntriesToggleTheColumns();
     void headerClicksSortAndCheckBoxesReachCore();
     void rowsShowTheirStatusIcons();
     void windowFollowsCore();
@@ -124,17 +125,26 @@ void Form3Test::useRecordingLoader(std::vector<std::vector<std::string>> rows,
     window().setServices(
         {.loadCompanyInfo = {},
          .ensureDefaultRecords = {},
-         .loadList = [this, rows, during](const std::string& type, const std::string& timeframe) {
-             m_loads << QString::fromStdString(type + "/" + timeframe);
-             ui::ListModel& list = window().list();
-             list.clear();
-             list.setColumns({{"Customer", 0}, {"Amount", 0}, {"Status", 0}});
-             for (const auto& cells : rows) {
-                 list.addRow(listRow(true, 3, cells));
-             }
-             if (during) {
-                 during();
-             }
+         .loadList =
+             [this, rows, during](const std::string& type, const std::string& timeframe) {
+                 m_loads << QString::fromStdString(type + "/" + timeframe);
+                 ui::ListModel& list = window().list();
+                 list.clear();
+                 list.setColumns({{"Customer", 0}, {"Amount", 0}, {"Status", 0}});
+                 if (window().listView().extraColumns()) {
+                     list.setColumns(
+                         {{"Customer"}, {"Amount"}, {"Status"}, {"No."}, {"Open Balance"}});
+                 }
+                 for (const auto& cells : rows) {
+                     list.addRow(listRow(true, 3, cells));
+                 }
+                 if (during) {
+                     during();
+                 }
+             },
+         .saveListView = [this](const browser::ListView& view) -> Status {
+             m_loads << QStringLiteral("saved %1 %2").arg(view.openBalances).arg(view.unpaidOnly);
+             return Ok{};
          }});
 }
 
@@ -175,6 +185,29 @@ void Form3Test::menuEntriesAndButtonsReachCore() {
     QCOMPARE(m_loads.size(), 1);
     click("RefreshBtn");
     QCOMPARE(m_loads.back(), QStringLiteral("Statement/ThisMonthToDate"));
+}
+
+// The "&View" entries are checkable and reach core, which keeps the choice and loads the list
+// again; the entries show core's view.
+void Form3Test::viewEntriesToggleTheColumns() {
+    QCOMPARE(control<QMenu>(shell::kViewMenu)->title(), QStringLiteral("&View"));
+    auto* open = control<QAction>(shell::kViewOpenBalances);
+    auto* unpaid = control<QAction>(shell::kViewUnpaidOnly);
+    QCOMPARE(open->text(), QStringLiteral("Numbers and open balances"));
+    QCOMPARE(unpaid->text(), QStringLiteral("Unpaid only"));
+    QVERIFY(open->isCheckable() && unpaid->isCheckable() && !open->isChecked());
+    trigger("SelectInvoice");
+    QCOMPARE(listView()->columnCount(), 3);
+    m_loads.clear();
+    open->trigger();
+    QCOMPARE(m_loads,
+             QStringList({QStringLiteral("saved 1 0"), QStringLiteral("Invoice/ThisWeekToDate")}));
+    QCOMPARE(listView()->columnCount(), 5);
+    QCOMPARE(listView()->headerItem()->text(4), QStringLiteral("Open Balance"));
+    open->trigger();
+    QCOMPARE(listView()->columnCount(), 3);
+    window().setListView({.unpaidOnly = true});
+    QVERIFY(unpaid->isChecked() && !open->isChecked());
 }
 
 void Form3Test::headerClicksSortAndCheckBoxesReachCore() {
@@ -370,15 +403,18 @@ void Form3Test::typeSelectionShowsTheBusyPointerAndKeepsPainting() {
 
     Qt::CursorShape during = Qt::ArrowCursor;
     int paintsBeforeYield = -1;
-    app.window().setServices({.loadCompanyInfo = {},
-                              .ensureDefaultRecords = {},
-                              .loadList = [&](const std::string&, const std::string&) {
-                                  const QCursor* cursor = QGuiApplication::overrideCursor();
-                                  during = cursor == nullptr ? Qt::ArrowCursor : cursor->shape();
-                                  app.window().setStatusText("parsing information ... 100 of 300");
-                                  paintsBeforeYield = paints.count;
-                                  ui.yield();
-                              }});
+    app.window().setServices(
+        {.loadCompanyInfo = {},
+         .ensureDefaultRecords = {},
+         .loadList =
+             [&](const std::string&, const std::string&) {
+                 const QCursor* cursor = QGuiApplication::overrideCursor();
+                 during = cursor == nullptr ? Qt::ArrowCursor : cursor->shape();
+                 app.window().setStatusText("parsing information ... 100 of 300");
+                 paintsBeforeYield = paints.count;
+                 ui.yield();
+             },
+         .saveListView = {}});
     view.findChild<QAction*>(QStringLiteral("SelectInvoice"))->trigger();
 
     QCOMPARE(during, Qt::WaitCursor);
