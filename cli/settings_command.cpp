@@ -205,7 +205,8 @@ constexpr Command kSettingsCommand{
     .details =
         "  Sections and keys ignore case; a value never set reads as its default.\n"
         "  dorvane settings list shows every setting with what it means and takes.\n"
-        "  Sections: SMTP, Settings, Import, Handheld, Web, QuickBooks, WebConnector.\n",
+        "  Sections: SMTP, Settings, Documents, View, Import, Handheld, Web, QuickBooks,\n"
+        "  WebConnector.\n",
     .subcommands = kSettingsSubcommands,
     .overview = "settings list|get|set ...",
 };

@@ -114,9 +114,10 @@ TEST_F(Cli, SettingsAreListedCheckedAndReadWithTheirDefaults) {
         {"settings list", 0, "SMTP Pwd = (set)\n"},
         {"settings list", 0, "      1  Outlook, which Linux lacks"},
         {"settings list", 0, "WebConnector CompanyFile = \"\" (default)"},
-        {"settings list Bogus", 64, "the sections are SMTP Settings Documents View Import Handheld Web"},
+        {"settings list Bogus", 64,
+         "the sections are SMTP Settings Documents View Import Handheld Web"},
         {"settings frob", 64, "unknown command 'frob'"},
-        {"settings --help", 0, "Sections: SMTP, Settings, Import, Handheld, Web, QuickBooks"},
+        {"settings --help", 0, "Sections: SMTP, Settings, Documents, View, Import, Handheld, Web,"},
     };
     for (const Case& c : cases) {
         const std::string before = readFile(home / "cfg" / "dorvane" / "DV01.ini");
