@@ -300,8 +300,9 @@ QWidget* PreferencesDialog::buildDocumentsPage() {
 
     auto* pageSize = new QComboBox(page);
     pageSize->setObjectName(QStringLiteral("pageSizeCombo"));
-    for (const mail::PageSizeCaption& choice : mail::kPageSizeCaptions) {
-        pageSize->addItem(QString::fromUtf8(choice.caption));
+    for (const platform::SettingChoice& choice : platform::kPageSizeChoices) {
+        pageSize->addItem(QStringLiteral("%1: %2").arg(QString::fromUtf8(choice.value),
+                                                       QString::fromUtf8(choice.meaning)));
     }
     pageSize->setCurrentIndex(documents.pageSizeIndex());
     connect(pageSize, &QComboBox::currentIndexChanged, this,

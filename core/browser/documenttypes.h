@@ -8,7 +8,10 @@
 
 #include <array>
 #include <cstddef>
+#include <string>
 #include <string_view>
+
+#include "xml/xml.h"
 
 namespace dorvane::browser {
 
@@ -234,6 +237,11 @@ constexpr std::size_t columnCount(const DocumentType& type) {
 constexpr std::size_t statusColumn(const DocumentType& type) {
     return columnCount(type) - 1;
 }
+
+// What is open of a record of `type` as the record says it: its `remaining` element, "0.00"
+// for a type paid when made, a customer's TotalBalance (else Balance); empty when the type asks
+// for no payment or the record does not say.
+std::string openBalanceText(const DocumentType& type, xml::Node record);
 
 // The type of that name (exact case); nullptr for none.
 const DocumentType* findDocumentType(std::string_view name);

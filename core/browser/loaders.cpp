@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "browser/loaders.h"
 
-#include <cstdio>
 #include <cstdlib>
 #include <unordered_map>
 #include <utility>
@@ -63,9 +62,7 @@ std::string money(const std::string& text) {
     if (text.empty()) {
         return text;
     }
-    char out[64];
-    std::snprintf(out, sizeof out, "%.2f", number(text));
-    return out;
+    return text::twoDecimals(number(text));
 }
 
 }  // namespace
@@ -398,10 +395,7 @@ void DocumentBrowser::loadStatements(const DocumentType& type) {
             continue;
         }
         std::string balance = customer.valueOf("Balance");
-        std::string open = customer.valueOf("TotalBalance");
-        if (open.empty()) {
-            open = balance;
-        }
+        std::string open = openBalanceText(type, customer);
         if (hidden(type, open)) {
             continue;
         }

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cctype>
 #include <charconv>
+#include <cstdio>
 
 namespace dorvane::text {
 
@@ -77,6 +78,12 @@ std::optional<std::int16_t> toInt16(std::string_view in) {
         return std::nullopt;
     }
     return v;
+}
+
+std::string twoDecimals(double amount) {
+    char out[64];
+    std::snprintf(out, sizeof out, "%.2f", amount);
+    return out;
 }
 
 std::string signedDecimal(std::uint32_t code) {

@@ -22,6 +22,9 @@ std::vector<std::string> split(std::string_view in, char sep);
 // text is not a number or does not fit.
 std::optional<std::int16_t> toInt16(std::string_view in);
 
+// An amount as two decimals ("1234.50"), no thousands separator.
+std::string twoDecimals(double amount);
+
 // A signed 32-bit code as decimal text (0x80040416 becomes -2147220458).
 std::string signedDecimal(std::uint32_t code);
 

@@ -2,7 +2,6 @@
 #include "mail/documentextras.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <glib.h>
@@ -14,12 +13,6 @@
 
 namespace dorvane::mail {
 namespace {
-
-std::string money(double value) {
-    char buf[64];
-    std::snprintf(buf, sizeof buf, "%.2f", value);
-    return buf;
-}
 
 double number(const std::string& text) {
     return std::strtod(text.c_str(), nullptr);
@@ -104,8 +97,8 @@ DocumentFacts documentFacts(const browser::DocumentType& type, xml::Node record,
         f.customer = record.valueOf("FullName");
         f.number = record.valueOf("AccountNumber");
         f.date = record.valueOf("PrintDate");
-        const double balance = number(record.valueOf("TotalBalance"));
-        f.balance = money(balance);
+        const std::string open = browser::openBalanceText(type, record);
+        f.balance = text::twoDecimals(number(open.empty() ? record.valueOf("TotalBalance") : open));
         f.total = f.balance;
         return f;
     }
@@ -120,13 +113,10 @@ DocumentFacts documentFacts(const browser::DocumentType& type, xml::Node record,
     const double total = !totalAmount.empty() ? number(totalAmount)
                                               : number(record.valueOf("Subtotal")) +
                                                     number(record.valueOf("SalesTaxTotal"));
-    f.total = money(total);
-    const std::string remaining = record.selectOne("BalanceRemaining")
-                                      ? record.valueOf("BalanceRemaining")
-                                      : record.valueOf("CreditRemaining");
-    // A sales receipt is paid when it is made.
-    const bool paid = std::string_view(type.name) == "SalesReceipt";
-    f.balance = money(paid ? 0.0 : remaining.empty() ? total : number(remaining));
+    f.total = text::twoDecimals(total);
+    // Where the type asks for no payment (an estimate, an order), what it is about is its total.
+    const std::string open = browser::openBalanceText(type, record);
+    f.balance = text::twoDecimals(open.empty() ? total : number(open));
     return f;
 }
 
@@ -260,6 +250,15 @@ pdf::PageSetup pageSetup(const platform::MailSettings& settings, std::string_vie
     }
     page.marginPoints = std::clamp(settings.marginPoints, 18, 144);
     return page;
+}
+
+Result<AttachedFile> pdfAttachment(const std::string& html, const pdf::PageSetup& page,
+                                   std::string name, std::string_view title) {
+    auto bytes = pdf::renderPdf(html, page, title);
+    if (!bytes) {
+        return bytes.error();
+    }
+    return AttachedFile{std::move(name), "application", "pdf", std::move(bytes).value()};
 }
 
 std::string pdfFileName(const browser::DocumentType& type, const DocumentFacts& facts) {

@@ -17,6 +17,7 @@
 #include <string_view>
 
 #include "common/result.h"
+#include "mail/mimecompose.h"
 #include "pdf/pdf.h"
 #include "xml/xml.h"
 
@@ -98,6 +99,10 @@ std::string coverHtml(std::string_view text);
 // The PDF's page: the settings' page size ("auto": Letter for a company in the US or Canada
 // or of no known country, A4 otherwise) and margin.
 pdf::PageSetup pageSetup(const platform::MailSettings& settings, std::string_view companyCountry);
+
+// The PDF copy of `html` as a message carries it, under `name`.
+Result<AttachedFile> pdfAttachment(const std::string& html, const pdf::PageSetup& page,
+                                   std::string name, std::string_view title);
 
 // "Invoice-1041.pdf"; for a document without a number the name shown in its row
 // ("Statement-Kristy Abercrombie.pdf"); characters a file name cannot hold become "-".

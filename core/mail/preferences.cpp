@@ -97,7 +97,7 @@ std::vector<std::string> DocumentOptionsModel::typesWithWords() {
 }
 
 int DocumentOptionsModel::pageSizeIndex() const {
-    const std::span<const PageSizeCaption> choices(kPageSizeCaptions);
+    const std::span<const platform::SettingChoice> choices(platform::kPageSizeChoices);
     const auto found = std::find_if(choices.begin(), choices.end(), [this](const auto& choice) {
         return text::equalsIgnoreCase(pageSize, choice.value);
     });
@@ -105,8 +105,8 @@ int DocumentOptionsModel::pageSizeIndex() const {
 }
 
 void DocumentOptionsModel::choosePageSize(int index) {
-    if (index >= 0 && index < static_cast<int>(std::size(kPageSizeCaptions))) {
-        pageSize = kPageSizeCaptions[index].value;
+    if (index >= 0 && index < static_cast<int>(std::size(platform::kPageSizeChoices))) {
+        pageSize = platform::kPageSizeChoices[index].value;
     }
 }
 

@@ -76,19 +76,6 @@ public:
     Status save(platform::SettingsStore& store) const;
 };
 
-// The "Documents" page's page sizes, in the order it lists them: the setting's value and the
-// caption the page shows for it.
-struct PageSizeCaption {
-    const char* value;
-    const char* caption;
-};
-
-inline constexpr PageSizeCaption kPageSizeCaptions[] = {
-    {"auto", "auto (Letter in the US and Canada, A4 elsewhere)"},
-    {"Letter", "Letter"},
-    {"A4", "A4"},
-};
-
 // The preferences' "Documents" page: the PDF copy, the pay-now link and, per document type
 // that is mailed, the sender's own subject and cover text. OK writes only what changed, so a
 // person who never opens the page leaves the settings as they were.
@@ -110,7 +97,8 @@ public:
     // The types whose words can be set, in menu order.
     static std::vector<std::string> typesWithWords();
 
-    // Where `pageSize` stands in kPageSizeCaptions (letter case aside); -1 for a stored value
+    // Where `pageSize` stands in the setting's choices (platform::kPageSizeChoices, letter
+    // case aside); -1 for a stored value
     // that is none of them, which stays as it is until a choice is made.
     int pageSizeIndex() const;
     void choosePageSize(int index);

@@ -227,27 +227,23 @@ void DocumentSender::addExtras(const RunPlan& plan, const Extras& extras, const 
     }
     out.pdfPage = pay + header + html;
     out.pdfName = pdfFileName(plan.type, facts);
-    out.page =
-        (words.cover.empty() ? std::string() : coverHtml(fillPlaceholders(words.cover, facts))) +
-        out.pdfPage;
+    const std::string cover = fillPlaceholders(words.cover, facts);
+    out.page = (cover.empty() ? std::string() : coverHtml(cover)) + out.pdfPage;
     if (preview) {
         return;
     }
     if (!words.subject.empty()) {
         out.subject = fillPlaceholders(words.subject, facts);
     }
-    if (!words.cover.empty()) {
-        out.extras.plainText = fillPlaceholders(words.cover, facts);
-    }
+    out.extras.plainText = cover;
     if (m_settings.attachPdf != 0) {
-        auto pdfBytes = pdf::renderPdf(out.pdfPage, extras.page, text::trim(out.subject));
-        if (!pdfBytes) {
-            out.html.emplace(Error{pdfBytes.error().code, "its PDF copy could not be made: " +
-                                                              pdfBytes.error().description});
+        auto pdf = pdfAttachment(out.pdfPage, extras.page, out.pdfName, text::trim(out.subject));
+        if (!pdf) {
+            out.html.emplace(Error{pdf.error().code,
+                                   "its PDF copy could not be made: " + pdf.error().description});
             return;
         }
-        out.extras.files.push_back(
-            AttachedFile{out.pdfName, "application", "pdf", std::move(pdfBytes).value()});
+        out.extras.files.push_back(std::move(pdf).value());
     }
 }
 
@@ -370,11 +366,8 @@ void DocumentSender::runRows(const RunPlan& plan) {
         } else if (preview) {
             previewText += "<DIV style='page-break-after:always'>" + rendered.page + "</div>";
             if (m_pdfRequest) {
-                auto bytes = pdf::renderPdf(rendered.pdfPage, extras.page, rendered.pdfName);
-                m_pdfRequest->file =
-                    bytes ? Result<AttachedFile>(AttachedFile{rendered.pdfName, "application",
-                                                              "pdf", std::move(bytes).value()})
-                          : Result<AttachedFile>(bytes.error());
+                m_pdfRequest->file = pdfAttachment(rendered.pdfPage, extras.page, rendered.pdfName,
+                                                   rendered.pdfName);
             } else if (m_settings.attachPdf != 0) {
                 previewPdfPages.push_back(std::move(rendered.pdfPage));
             }

@@ -78,7 +78,7 @@ inline constexpr SettingChoice kConnectionChoices[] = {
 };
 
 inline constexpr SettingChoice kPageSizeChoices[] = {
-    {"auto", "Letter for a company in the US or Canada (or of no country), A4 otherwise"},
+    {"auto", "Letter in the US, Canada or with no country; A4 elsewhere"},
     {"Letter", "8.5 x 11 inches"},
     {"A4", "210 x 297 mm"},
 };
