@@ -1,0 +1,140 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "remind/reminderlog.h"
+
+#include <charconv>
+#include <ctime>
+
+#include "xml/xml.h"
+
+namespace dorvane::remind {
+namespace {
+
+void field(std::string& out, std::string_view tag, std::string_view value) {
+    out += '<';
+    out += tag;
+    out += '>';
+    out += xml::escapeText(value);
+    out += "</";
+    out += tag;
+    out += '>';
+}
+
+// The text of <tag>...</tag> inside one record line, unescaped; "" when absent.
+std::string valueOf(std::string_view line, std::string_view tag) {
+    const std::string open = "<" + std::string(tag) + ">";
+    const std::string close = "</" + std::string(tag) + ">";
+    const std::size_t from = line.find(open);
+    if (from == std::string_view::npos) {
+        return {};
+    }
+    const std::size_t start = from + open.size();
+    const std::size_t end = line.find(close, start);
+    if (end == std::string_view::npos) {
+        return {};
+    }
+    std::string_view raw = line.substr(start, end - start);
+    std::string out;
+    out.reserve(raw.size());
+    for (std::size_t i = 0; i < raw.size(); ++i) {
+        if (raw[i] != '&') {
+            out += raw[i];
+            continue;
+        }
+        static constexpr std::pair<std::string_view, char> kEntities[] = {
+            {"&amp;", '&'}, {"&lt;", '<'}, {"&gt;", '>'}, {"&quot;", '"'}, {"&apos;", '\''}};
+        bool known = false;
+        for (const auto& [entity, c] : kEntities) {
+            if (raw.substr(i).starts_with(entity)) {
+                out += c;
+                i += entity.size() - 1;
+                known = true;
+                break;
+            }
+        }
+        if (!known) {
+            out += '&';
+        }
+    }
+    return out;
+}
+
+}  // namespace
+
+std::string reminderDateText(std::chrono::system_clock::time_point when) {
+    const std::time_t t = std::chrono::system_clock::to_time_t(when);
+    std::tm local{};
+    localtime_r(&t, &local);
+    char buf[32];
+    std::strftime(buf, sizeof buf, "%Y-%m-%dT%H:%M:%S", &local);
+    return buf;
+}
+
+std::string reminderRecord(const ReminderRecord& r) {
+    const std::string_view root = r.test ? "TestReminder" : "Reminder";
+    std::string out = "<" + std::string(root) + ">";
+    field(out, "TxnID", r.txnId);
+    field(out, "Stage", std::to_string(r.stage));
+    field(out, "RefNumber", r.refNumber);
+    field(out, "Customer", r.customer);
+    field(out, "TxnDate", r.txnDate);
+    field(out, "DueDate", r.dueDate);
+    field(out, "Balance", r.balance);
+    field(out, "SentTo", r.sentTo);
+    field(out, "SentDate", r.sentDate);
+    out += "</" + std::string(root) + ">\r\n";
+    return out;
+}
+
+std::vector<ReminderRecord> parseReminderLog(std::string_view text) {
+    std::vector<ReminderRecord> records;
+    while (!text.empty()) {
+        const std::size_t eol = text.find('\n');
+        std::string_view line = text.substr(0, eol);
+        text = eol == std::string_view::npos ? std::string_view{} : text.substr(eol + 1);
+        const bool test = line.starts_with("<TestReminder>");
+        if (!test && !line.starts_with("<Reminder>")) {
+            continue;
+        }
+        ReminderRecord r;
+        r.test = test;
+        r.txnId = valueOf(line, "TxnID");
+        const std::string stage = valueOf(line, "Stage");
+        std::from_chars(stage.data(), stage.data() + stage.size(), r.stage);
+        if (r.txnId.empty() || r.stage < 1) {
+            continue;
+        }
+        r.refNumber = valueOf(line, "RefNumber");
+        r.customer = valueOf(line, "Customer");
+        r.txnDate = valueOf(line, "TxnDate");
+        r.dueDate = valueOf(line, "DueDate");
+        r.balance = valueOf(line, "Balance");
+        r.sentTo = valueOf(line, "SentTo");
+        r.sentDate = valueOf(line, "SentDate");
+        records.push_back(std::move(r));
+    }
+    return records;
+}
+
+void ReminderLogIndex::add(std::string_view text) {
+    for (ReminderRecord& r : parseReminderLog(text)) {
+        if (!r.test) {
+            m_sent.emplace(std::move(r.txnId), r.stage);
+        }
+    }
+}
+
+bool ReminderLogIndex::reminded(std::string_view txnId, int stage) const {
+    return stageOf(txnId) >= stage;
+}
+
+int ReminderLogIndex::stageOf(std::string_view txnId) const {
+    // The pairs of one invoice sort together, by stage; the last is the latest stage.
+    auto it = m_sent.lower_bound(std::pair<std::string, int>(std::string(txnId), 1 << 30));
+    if (it == m_sent.begin()) {
+        return 0;
+    }
+    --it;
+    return it->first == txnId ? it->second : 0;
+}
+
+}  // namespace dorvane::remind
