@@ -38,11 +38,15 @@ enum class OpenBalance {
     Customer,   // the customer's balance: TotalBalance, else Balance
 };
 
+// A row has no such cell.
+inline constexpr std::size_t kNoCell = static_cast<std::size_t>(-1);
+
 // The cells of a row that the send run reads: 0 is the row text, then the sub-items.
 struct RowCells {
     std::size_t key;  // TxnID or ListID (the name for timesheets)
     std::size_t name;
     std::size_t email;
+    std::size_t amount = kNoCell;  // what the window adds up under the list
 };
 
 struct DocumentType {
@@ -52,6 +56,8 @@ struct DocumentType {
     // The "&E-Mail" menu entry that selects the type: its control name and caption.
     const char* menuEntry;
     const char* menuCaption;
+    // What the heading above the list calls its documents ("Invoices").
+    const char* title;
 
     // The list.
     const char* requestTemplate;         // in the program folder
@@ -74,7 +80,7 @@ struct DocumentType {
     bool sentLog = false;              // a document that went out is recorded in the sent log
 };
 
-inline constexpr RowCells kDocumentCells{1, 2, 4};
+inline constexpr RowCells kDocumentCells{1, 2, 4, 3};
 inline constexpr RowCells kTimesheetCells{1, 1, 3};
 
 inline constexpr DocumentType kDocumentTypes[] = {
@@ -82,6 +88,7 @@ inline constexpr DocumentType kDocumentTypes[] = {
         .name = "Invoice",
         .menuEntry = "SelectInvoice",
         .menuCaption = "&Invoice",
+        .title = "Invoices",
         .requestTemplate = "CompanyInvoiceGetRq.xml",
         .recordPath = "/QBXML/QBXMLMsgsRs/InvoiceQueryRs/InvoiceRet",
         .columns = {"Date", "Invoice ID", "Customer:Job", "Balance", "EMail", "Status"},
@@ -102,6 +109,7 @@ inline constexpr DocumentType kDocumentTypes[] = {
         .name = "Estimate",
         .menuEntry = "SelectEstimate",
         .menuCaption = "&Estimate",
+        .title = "Estimates",
         .requestTemplate = "CompanyEstimateGetRq.xml",
         .recordPath = "/QBXML/QBXMLMsgsRs/EstimateQueryRs/EstimateRet",
         .columns = {"Date", "Estimate ID", "Customer", "Balance", "EMail", "Status"},
@@ -120,6 +128,7 @@ inline constexpr DocumentType kDocumentTypes[] = {
         .name = "CreditMemo",
         .menuEntry = "SelectCreditMemo",
         .menuCaption = "&Credit Memo",
+        .title = "Credit Memos",
         .requestTemplate = "CompanyCreditMemoGetRq.xml",
         .recordPath = "/QBXML/QBXMLMsgsRs/CreditMemoQueryRs/CreditMemoRet",
         .columns = {"Date", "ID", "Customer", "Balance", "EMail", "Status"},
@@ -140,6 +149,7 @@ inline constexpr DocumentType kDocumentTypes[] = {
         .name = "SalesReceipt",
         .menuEntry = "SelectReceipts",
         .menuCaption = "&Sales Receipt",
+        .title = "Sales Receipts",
         .requestTemplate = "CompanySalesReceiptGetRq.xml",
         .recordPath = "/QBXML/QBXMLMsgsRs/SalesReceiptQueryRs/SalesReceiptRet",
         .columns = {"Date", "ID", "Customer", "Balance", "EMail", "Status"},
@@ -161,6 +171,7 @@ inline constexpr DocumentType kDocumentTypes[] = {
         .name = "PurchaseOrder",
         .menuEntry = "SelectPO",
         .menuCaption = "&PurchaseOrder",
+        .title = "Purchase Orders",
         .requestTemplate = "CompanyPOGetRq.xml",
         .recordPath = "/QBXML/QBXMLMsgsRs/PurchaseOrderQueryRs/PurchaseOrderRet",
         .columns = {"Date", "PO ID", "Vendor", "Balance", "EMail", "Status"},
@@ -180,6 +191,7 @@ inline constexpr DocumentType kDocumentTypes[] = {
         .name = "TimesheetA",
         .menuEntry = "selectTimesheetA",
         .menuCaption = "Timesheets/Entity",
+        .title = "Timesheets by Entity",
         .requestTemplate = "EntityTimesheetGetRq.xml",
         .recordPath = "/QBXML/QBXMLMsgsRs/TimeTrackingQueryRs/TimeTrackingRet",
         .columns = {"Date", "Entity", "Duration[MM]", "EMail", "Status", nullptr},
@@ -191,6 +203,7 @@ inline constexpr DocumentType kDocumentTypes[] = {
         .name = "Timesheet",
         .menuEntry = "SelectTimesheets",
         .menuCaption = "Timesheets/Customer",
+        .title = "Timesheets by Customer",
         .requestTemplate = "EntityTimesheetGetRq.xml",
         .recordPath = "/QBXML/QBXMLMsgsRs/TimeTrackingQueryRs/TimeTrackingRet",
         .columns = {"Date", "Customer", "Duration[MM]", "EMail", "Status", nullptr},
@@ -207,6 +220,7 @@ inline constexpr DocumentType kDocumentTypes[] = {
         .name = "Statement",
         .menuEntry = "SelectStatements",
         .menuCaption = "&Statements",
+        .title = "Statements",
         .requestTemplate = "CustomerStatementGetRq.xml",
         .recordPath = "/QBXML/QBXMLMsgsRs/CustomerQueryRs/CustomerRet",
         .columns = {"", "ID", "Customer", "Balance", "EMail", "Status"},

@@ -298,9 +298,11 @@ void DocumentSender::runRows(const RunPlan& plan) {
         if (m_pdfRequest) {
             return i == m_pdfRequest->row;
         }
+        // A row the search hides is never mailed unseen, checked or not.
         const ui::ListRow& row = list.row(i);
-        return row.checked && (!cell(row, plan.emailCell).empty() || preview ||
-                               m_settings.alwaysBcc == 1 || m_settings.altEmail == 1);
+        return row.checked && !row.hidden &&
+               (!cell(row, plan.emailCell).empty() || preview || m_settings.alwaysBcc == 1 ||
+                m_settings.altEmail == 1);
     };
     auto renderRow = [&](std::string key) {
         Rendered out;

@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Dorvane — "Send Email": rendering the checked documents and mailing them, or previewing.
 //
-// A run walks the rows of the list on show. Each checked row with an address (or any
-// checked row when previewing, or when blind copies or the address prompt are on) is
-// rendered with its type's style sheet from the list's own answer, and either mailed through
-// the transport the settings name or gathered into one preview page. A document that went out
-// loses its check mark, and a transaction document is recorded in the sent log: its record is
-// added to the file right after the message, so that a run killed half-way never mails a
-// document twice, and the whole log is written back at the end of the run. A run whose
-// sent log cannot be written sends nothing, or stops right after the message it could not
-// note, so that no document is mailed twice.
+// A run walks the rows of the list on show, never one its search hides. Each checked row with
+// an address (or any checked row when previewing, or when blind copies or the address prompt
+// are on) is rendered with its type's style sheet from the list's own answer, and either mailed
+// through the transport the settings name or gathered into one preview page. A document that
+// went out loses its check mark, and a transaction document is recorded in the sent log: its
+// record is added to the file right after the message, so that a run killed half-way never mails
+// a document twice, and the whole log is written back at the end of the run. A run whose sent
+// log cannot be written sends nothing, or stops right after the message it could not note, so
+// that no document is mailed twice.
 #pragma once
 
 #include <functional>

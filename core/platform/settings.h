@@ -167,6 +167,15 @@ inline constexpr KnownSetting kKnownSettings[] = {
      "the name the Web Connector shows for this program"},
     {"WebConnector", "CompanyFile", SettingType::Text, "",
      "the company file the Web Connector opens; empty: the one open in QuickBooks"},
+    {"Window", "Width", SettingType::Number, "0",
+     "the main window's width in pixels as it was closed; 0: the width of the first start",
+     kNoChoices, 0, 10000},
+    {"Window", "Height", SettingType::Number, "0",
+     "the main window's height in pixels as it was closed; 0: the height of the first start",
+     kNoChoices, 0, 10000},
+    {"Window", "Columns", SettingType::Text, "",
+     "the column widths each document list had, as TYPE:WIDTH,WIDTH,...;TYPE:...; a type "
+     "without them gets the list's own"},
 };
 
 // Section and key names compare without regard to ASCII case, as the store does.

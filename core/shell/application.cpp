@@ -64,8 +64,12 @@ Application::Application(ui::UiPort& ui, const StartOptions& options,
                                  {{browser::kOpenBalancesKey, view.openBalances ? "1" : "0"},
                                   {browser::kUnpaidOnlyKey, view.unpaidOnly ? "1" : "0"}});
     };
+    services.saveLayout = [this](const WindowLayout& layout) {
+        return saveWindowLayout(m_settings, layout);
+    };
     m_window.setServices(std::move(services));
     m_window.setListView(browser::listViewSettings(m_settings));
+    m_window.setLayout(windowLayoutSettings(m_settings));
     m_gateway.onCompanyFileChanged([this] { m_company.retrieveCompanyInfo(); });
 
     imports::ImportWindowServices importServices;

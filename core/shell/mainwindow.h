@@ -8,6 +8,7 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,7 +22,8 @@
 
 namespace dorvane::platform {
 class ProgramFolder;
-}
+class SettingsStore;
+}  // namespace dorvane::platform
 
 namespace dorvane::ui {
 class UiPort;
@@ -45,12 +47,49 @@ inline constexpr const char* kProgressBar = "ProgressBar1";
 inline constexpr const char* kViewMenu = "ViewMenu";
 inline constexpr const char* kViewOpenBalances = "viewOpenBalances";
 inline constexpr const char* kViewUnpaidOnly = "viewUnpaidOnly";
+// Above the list its heading and the search box, below it the counts and the ticked total; the
+// heading and the counts change under their names.
+inline constexpr const char* kListHeading = "listHeading";
+inline constexpr const char* kListSearch = "listSearch";
+inline constexpr const char* kListSummary = "listSummary";
 // The controls whose state the window keeps.
 inline constexpr const char* kMainWindowControls[] = {
     kListView,     kTimeframeCombo, kRefreshButton,   kSendButton,
     kPreviewCheck, kImportButton,   kUpdateWebButton, kEditCompanyEntry,
 };
 inline constexpr const char* kHelpFile = "\\DorvaneHelp.htm";
+
+// The window's size and each document list's column widths, kept for the next start (the
+// settings' "Window" section). A size of 0 is the one the window has at its first start; a type
+// without widths gets the list's own.
+struct WindowLayout {
+    int width = 0;
+    int height = 0;
+    std::map<std::string, std::vector<int>, std::less<>> columns;  // by document type
+
+    bool operator==(const WindowLayout&) const = default;
+};
+inline constexpr const char* kWindowSection = "Window";
+WindowLayout windowLayoutSettings(const platform::SettingsStore& settings);
+Status saveWindowLayout(platform::SettingsStore& settings, const WindowLayout& layout);
+
+// What `send --only/--again` made of the rows it names.
+struct ChosenRow {
+    enum class Outcome {
+        Ticked,      // goes as the list says
+        Again,       // was sent before and goes again
+        SentBefore,  // was sent before and stays (no --again)
+        NoAddress,   // was sent before and has no address to go to again
+        Unticked,    // the list does not send it (no address, balanced, ...)
+    };
+    std::string id;
+    int row = -1;
+    Outcome outcome = Outcome::Ticked;
+};
+struct RowChoice {
+    std::vector<std::string> unknown;  // IDs that name no row; then nothing was changed
+    std::vector<ChosenRow> rows;
+};
 
 // What the window does through other subsystems. Each is optional; an empty one does
 // nothing.
@@ -63,6 +102,8 @@ struct MainWindowServices {
     std::function<void(const std::string& documentType, const std::string& timeframe)> loadList;
     // Keeps the list's view for the next start (the settings' "View" section).
     std::function<Status(const browser::ListView& view)> saveListView;
+    // Keeps the window's size and column widths for the next start.
+    std::function<Status(const WindowLayout& layout)> saveLayout;
 };
 
 // Changes are told under the control names: kTimeframeCombo for the timeframes, kPreviewCheck
@@ -89,6 +130,37 @@ public:
     void setListView(const browser::ListView& view);
     // The "&View" menu's entries: keep the choice and load the shown list again with it.
     void chooseListView(const browser::ListView& view);
+
+    // The heading above the list: the shown documents and the timeframe they were listed for
+    // ("Invoices — This Month To Date"); empty while no document list shows.
+    std::string listHeading() const;
+    // Below the list: its rows (of how many, while the search hides some), the ticked ones
+    // and the total of their amounts (of their open balances with the view's column on); no
+    // total for a list without amounts, nothing before the first list.
+    std::string listSummary() const;
+    // The search box: shows only the rows with a cell that contains `text` (any case); a
+    // hidden row is never sent, and keeps its tick for when the search is cleared.
+    void search(std::string text) { m_list.setFilter(std::move(text)); }
+    // A click on a row's check box: ticking a document that was already sent asks whether to
+    // send it again, and No leaves it unticked. Answers whether the row is ticked now.
+    bool tickRow(int row, bool checked);
+    // The row of a document of the shown list, named by its TxnID or number (a statement's or
+    // timesheet's customer: its ListID or name); -1 for none.
+    int rowOfDocument(std::string_view id) const;
+    // Ticks what a send run mails: with `ids` only their rows (each by rowOfDocument), an
+    // already-sent one only with `again`; without them and with `again` every already-sent row
+    // too. An unknown ID changes nothing.
+    RowChoice chooseRows(const std::vector<std::string>& ids, bool again);
+
+    // The window's size and column widths as kept (the start-up's settings).
+    const WindowLayout& layout() const { return m_layout; }
+    void setLayout(WindowLayout layout) { m_layout = std::move(layout); }
+    // The column widths kept for the document list on show; null for none.
+    const std::vector<int>* columnWidths() const;
+    // The person changed the shown document list's column widths.
+    void keepColumnWidths(std::vector<int> widths);
+    // The window closes at this size: keeps it and the column widths for the next start.
+    void saveLayout(int width, int height);
 
     // Help: opens the help page with the desktop's program.
     void openHelp();
@@ -134,12 +206,18 @@ public:
 
 private:
     void runLoader(const std::string& type);
+    // The type of the document list on show; null while none shows (or the web update's items).
+    const browser::DocumentType* shownType() const;
+    // "Invoice 80 to Karen Kowalski": a row's document, as a question names it.
+    std::string documentLabel(const browser::DocumentType& type, int row) const;
 
     ui::UiPort& m_ui;
     const platform::ProgramFolder& m_folder;
     MainWindowServices m_services;
 
     std::string m_documentType;
+    std::string m_listTimeframe;  // of the list on show
+    WindowLayout m_layout;
     std::string m_companyText;
     std::vector<std::string> m_timeframes;
     int m_timeframeIndex = -1;

@@ -8,6 +8,13 @@
 #include "common/memory.h"
 
 namespace dorvane::ui {
+namespace {
+
+char asciiLower(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+}  // namespace
 
 void ListModel::clear() {
     m_columns.clear();
@@ -21,6 +28,7 @@ void ListModel::setRows(std::vector<ListRow> rows) {
         if (r.cells.size() < m_columns.size()) {
             r.cells.resize(m_columns.size());
         }
+        applyFilter(r);
     }
     if (m_sorted) {
         applySort();
@@ -35,6 +43,7 @@ void ListModel::setColumns(std::vector<ListColumn> columns) {
 
 int ListModel::addRow(ListRow row) {
     row.cells.resize(std::max(row.cells.size(), m_columns.size()));
+    applyFilter(row);
     auto at = m_rows.end();
     if (m_sorted) {
         const auto col = static_cast<std::size_t>(m_sortColumn);
@@ -86,9 +95,37 @@ void ListModel::setCell(int row, int column, std::string text) {
         r.cells.resize(static_cast<std::size_t>(column) + 1);
     }
     r.cells[static_cast<std::size_t>(column)] = std::move(text);
+    applyFilter(r);
     if (m_observer) {
         m_observer->rowChanged(row);
     }
+}
+
+void ListModel::setFilter(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(), asciiLower);
+    if (text == m_filter) {
+        return;
+    }
+    m_filter = std::move(text);
+    for (ListRow& r : m_rows) {
+        applyFilter(r);
+    }
+    notifyReset();
+}
+
+int ListModel::shownCount() const {
+    return static_cast<int>(
+        std::count_if(m_rows.begin(), m_rows.end(), [](const ListRow& r) { return !r.hidden; }));
+}
+
+void ListModel::applyFilter(ListRow& row) const {
+    // The search text is lower case already: each cell is compared without a copy.
+    auto same = [](char cell, char wanted) { return asciiLower(cell) == wanted; };
+    row.hidden = !m_filter.empty() &&
+                 std::none_of(row.cells.begin(), row.cells.end(), [&](const std::string& c) {
+                     return std::search(c.begin(), c.end(), m_filter.begin(), m_filter.end(),
+                                        same) != c.end();
+                 });
 }
 
 void ListModel::sortByColumn(int column) {

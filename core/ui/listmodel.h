@@ -19,6 +19,7 @@ struct ListRow {
     int icon = 0;                    // 1-based index into the window's icon list; 0 = none
     std::vector<std::string> cells;  // one per column
     std::string key;                 // the record's identifier (TxnID, ListID, ...)
+    bool hidden = false;             // left out by the list's search; keeps its check mark
 };
 
 enum class SortOrder { Ascending, Descending };
@@ -55,6 +56,15 @@ public:
     void setIcon(int row, int icon);
     void setCell(int row, int column, std::string text);
 
+    // The search: rows none of whose cells contain `text` (ignoring ASCII case) are hidden;
+    // "" shows every row again, with its check mark as it was. It stays through clear() and
+    // applies to the rows that come later.
+    void setFilter(std::string text);
+    const std::string& filter() const { return m_filter; }
+    // Whether a row is shown (not hidden by the search).
+    bool shown(int row) const { return !this->row(row).hidden; }
+    int shownCount() const;
+
     // A click on a column header: a new column sorts ascending, the same column again flips
     // the order. Cells compare as text.
     void sortByColumn(int column);
@@ -67,12 +77,14 @@ public:
 private:
     void applySort();
     void notifyReset();
+    void applyFilter(ListRow& row) const;
 
     std::vector<ListColumn> m_columns;
     std::vector<ListRow> m_rows;
     int m_sortColumn = -1;  // no column yet: the first click on any column sorts ascending
     SortOrder m_sortOrder = SortOrder::Ascending;
     bool m_sorted = false;
+    std::string m_filter;  // lower case
     ListObserver* m_observer = nullptr;
 };
 

@@ -33,6 +33,13 @@ protected:
         }
         return out;
     }
+    void mailThrough(const test::SmtpTestServer& smtp) {
+        ASSERT_TRUE(app->settings()
+                        .setEntries({{"SMTP", "Hostname", "127.0.0.1"},
+                                     {"SMTP", "Port", smtp.portText()},
+                                     {"Settings", "MailOption", "0"}})
+                        .ok());
+    }
     static std::vector<std::string> own(const ui::ListRow& row, const browser::DocumentType& t) {
         return {row.cells.begin(), row.cells.begin() + browser::columnCount(t)};
     }
@@ -126,11 +133,7 @@ TEST_F(ListViewTest, NumbersOpenBalancesAndUnpaidOnly) {
 // run over the unpaid invoices mails exactly the rows the list checked.
 TEST_F(ListViewTest, TheMenuKeepsTheChoiceAndASendRunMailsTheListedRows) {
     const test::SmtpTestServer smtp;
-    ASSERT_TRUE(app->settings()
-                    .setEntries({{"SMTP", "Hostname", "127.0.0.1"},
-                                 {"SMTP", "Port", smtp.portText()},
-                                 {"Settings", "MailOption", "0"}})
-                    .ok());
+    mailThrough(smtp);
     load("Invoice", {}, "ThisMonthToDate");
     const int all = app->window().list().rowCount();
     app->window().chooseListView({.unpaidOnly = true});
@@ -156,6 +159,116 @@ TEST_F(ListViewTest, TheMenuKeepsTheChoiceAndASendRunMailsTheListedRows) {
     app->sender().sendSelectedDocuments();
     EXPECT_EQ(sent, checked);
     EXPECT_EQ(smtp.record().accepted().size(), checked.size());
+}
+
+// The heading names the list and its timeframe; the counts under it follow ticks, the search
+// and the view's open balances (a list without amounts only counts).
+TEST_F(ListViewTest, TheHeadingCountsAndSearchFollowTheList) {
+    MainWindow& window = app->window();
+    window.startUp();  // the timeframes
+    EXPECT_EQ(window.listSummary(), "") << "no list yet";
+    load("Invoice", {}, "ThisMonthToDate");
+    EXPECT_EQ(window.listHeading(), "Invoices — This Month To Date");
+    struct Case {
+        const char* search;
+        const char* summary;
+    };
+    const Case cases[] = {
+        {"", "11 rows · 7 ticked · ticked total 6,909.65"},
+        {"PINECREST", "2 of 11 rows shown · 2 ticked · ticked total 637.00"},
+        {"no such text", "0 of 11 rows shown · 0 ticked · ticked total 0.00"},
+    };
+    for (const Case& c : cases) {
+        window.search(c.search);
+        EXPECT_EQ(window.listSummary(), c.summary) << c.search;
+    }
+    window.search("pinecrest");
+    const ui::ListModel& list = window.list();
+    for (int r = 0; r < list.rowCount(); ++r) {
+        EXPECT_EQ(list.shown(r), list.row(r).cells[2].starts_with("Pinecrest")) << r;
+    }
+    const int patio = window.rowOfDocument("5");
+    ASSERT_TRUE(list.shown(patio));
+    EXPECT_FALSE(window.tickRow(patio, false));
+    EXPECT_EQ(window.listSummary(), "2 of 11 rows shown · 1 ticked · ticked total 190.00");
+    window.search("");
+    EXPECT_EQ(window.listSummary(), "11 rows · 6 ticked · ticked total 6,462.65")
+        << "the hidden rows come back with their ticks";
+
+    load("Invoice", {.openBalances = true}, "ThisMonthToDate");
+    EXPECT_EQ(window.listSummary(), "11 rows · 7 ticked · ticked open balance 7,055.74");
+    load("Timesheet", {}, "ALL");
+    EXPECT_EQ(window.listHeading(), "Timesheets by Customer — All");
+    EXPECT_EQ(window.listSummary().find("total"), std::string::npos) << window.listSummary();
+}
+
+// A ticked row the search hides is not mailed; ticking a document sent before asks, and Yes
+// mails it again (a second record in the sent log), No leaves it.
+TEST_F(ListViewTest, ASendRunMailsOnlyShownRowsAndAsksBeforeSendingAgain) {
+    const test::SmtpTestServer smtp;
+    mailThrough(smtp);
+    MainWindow& window = app->window();
+    window.startUp();
+    load("Invoice", {}, "ThisMonthToDate");
+    window.search("pinecrest");
+    std::vector<std::string> sent;
+    app->sender().onRowProcessed([&](const mail::RowOutcome& o) {
+        EXPECT_TRUE(o.sent) << o.why;
+        sent.push_back(o.name);
+    });
+    app->sender().sendSelectedDocuments();
+    EXPECT_EQ(sent, (std::vector<std::string>{"Pinecrest Apartments",
+                                              "Pinecrest Apartments:Backyard Patio 2"}));
+    EXPECT_EQ(smtp.record().accepted().size(), 2u);
+    window.search("");
+    EXPECT_EQ(window.listSummary(), "11 rows · 5 ticked · ticked total 6,272.65");
+
+    window.refresh();
+    const int patio = window.rowOfDocument("5");
+    const std::string txn = window.list().row(patio).key;
+    EXPECT_EQ(browser::rowStatus(*browser::findDocumentType("Invoice"), window.list().row(patio)),
+              browser::kAlreadySent);
+    for (int r = 0; r < window.list().rowCount(); ++r) {
+        window.tickRow(r, false);
+    }
+    ui.answers = {ui::Answer::No};
+    EXPECT_FALSE(window.tickRow(patio, true));
+    EXPECT_FALSE(window.list().row(patio).checked);
+    ASSERT_EQ(ui.messages.size(), 1u);
+    EXPECT_EQ(ui.messages[0].text,
+              "Invoice 5 to Pinecrest Apartments:Backyard Patio 2 was already sent. Send it "
+              "again?");
+    EXPECT_EQ(ui.messages[0].buttons, ui::Buttons::YesNo);
+    ui.answers = {ui::Answer::Yes};
+    EXPECT_TRUE(window.tickRow(patio, true));
+    sent.clear();
+    app->sender().sendSelectedDocuments();
+    EXPECT_EQ(sent, std::vector<std::string>{"Pinecrest Apartments:Backyard Patio 2"});
+    const std::string log = test::readFile(app->folder().filePath(browser::kSentLogFile));
+    std::size_t records = 0;
+    for (std::size_t at = log.find("<TxnID>" + txn + "<"); at != std::string::npos;
+         at = log.find("<TxnID>" + txn + "<", at + 1)) {
+        ++records;
+    }
+    EXPECT_EQ(records, 2u) << log;
+}
+
+// The window's layout comes back from the settings as it was kept; what is not a width of a
+// known type is passed over.
+TEST_F(ListViewTest, TheWindowLayoutIsKeptInTheSettings) {
+    EXPECT_EQ(windowLayoutSettings(app->settings()), WindowLayout{}) << "the first start";
+    const WindowLayout kept{
+        .width = 900, .height = 600, .columns = {{"Invoice", {90, 120}}, {"Statement", {60}}}};
+    ASSERT_TRUE(saveWindowLayout(app->settings(), kept).ok());
+    EXPECT_EQ(windowLayoutSettings(app->settings()), kept);
+    ASSERT_TRUE(app->settings()
+                    .setAll("Window", {{"Width", "-5"},
+                                       {"Columns",
+                                        "Bogus:1,2;Invoice:90,x;Estimate:;Statement:60,70;"
+                                        "CreditMemo:0,40"}})
+                    .ok());
+    EXPECT_EQ(windowLayoutSettings(app->settings()),
+              (WindowLayout{.height = 600, .columns = {{"Statement", {60, 70}}}}));
 }
 
 }  // namespace
