@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// `dorvane send TYPE [--timeframe NAME] [--preview] [--pdf]` and `dorvane pdf TYPE ID`.
+// `dorvane send TYPE [--only ID ...] [--again] [--timeframe NAME] [--preview] [--pdf]` and
+// `dorvane pdf TYPE ID`.
 #include <algorithm>
 #include <filesystem>
 #include <ostream>
@@ -33,15 +34,31 @@ struct SendCounts {
     int sent = 0, failed = 0, noAddress = 0, already = 0, tests = 0, notTried = 0;
 };
 
+// The rows --only and --again chose, and what became of them.
+struct Choice {
+    bool only = false;  // the other rows do not count
+    std::vector<shell::ChosenRow> rows;
+
+    const shell::ChosenRow* of(int row) const {
+        auto found = std::find_if(rows.begin(), rows.end(),
+                                  [row](const shell::ChosenRow& c) { return c.row == row; });
+        return found == rows.end() ? nullptr : &*found;
+    }
+    bool again(int row) const {
+        const shell::ChosenRow* c = of(row);
+        return c && c->outcome == shell::ChosenRow::Outcome::Again;
+    }
+};
+
 SendCounts countSend(const browser::DocumentType& type, const ui::ListModel& list,
-                     const std::vector<mail::RowOutcome>& outcomes) {
+                     const std::vector<mail::RowOutcome>& outcomes, const Choice& choice) {
     SendCounts n;
     for (const mail::RowOutcome& o : outcomes) {
         (o.test ? n.tests : o.sent ? n.sent : n.failed) += 1;
     }
     for (int r = 0; r < list.rowCount(); ++r) {
         const ui::ListRow& row = list.row(r);
-        if (row.checked || processed(outcomes, r)) {
+        if (row.checked || processed(outcomes, r) || (choice.only && !choice.of(r))) {
             continue;
         }
         const std::string& status = browser::rowStatus(type, row);
@@ -52,22 +69,30 @@ SendCounts countSend(const browser::DocumentType& type, const ui::ListModel& lis
     return n;
 }
 
-const char* outcomeName(const mail::RowOutcome& o, bool preview) {
-    return preview ? "preview" : o.test ? "test" : o.sent ? "sent" : "failed";
+const char* outcomeName(const mail::RowOutcome& o, bool preview, const Choice& choice) {
+    return preview                         ? "preview"
+           : o.test                        ? "test"
+           : o.sent && choice.again(o.row) ? "sent again"
+           : o.sent                        ? "sent"
+                                           : "failed";
 }
 
 // The run for a script: per document its outcome, then the counts the summary says.
 void printSendJson(CommandContext& ctx, const Invocation& args,
-                   const std::vector<mail::RowOutcome>& outcomes, bool preview) {
+                   const std::vector<mail::RowOutcome>& outcomes, bool preview,
+                   const Choice& choice) {
     Json doc{{"type", args.operands[0]},
              {"timeframe", *args.value("--timeframe")},
              {"preview", preview},
              {"documents", Json::array()}};
     for (const mail::RowOutcome& o : outcomes) {
-        Json row{{"outcome", outcomeName(o, preview)},
+        Json row{{"outcome", outcomeName(o, preview, choice)},
                  {"key", o.key},
                  {"name", o.name},
                  {"recipient", o.recipient}};
+        if (choice.again(o.row)) {
+            row["again"] = true;
+        }
         if (!preview && !o.sent) {
             row["why"] = o.why.empty() ? "not sent" : o.why;
         }
@@ -75,7 +100,7 @@ void printSendJson(CommandContext& ctx, const Invocation& args,
     }
     if (!preview) {
         const SendCounts n = countSend(*browser::findDocumentType(args.operands[0]),
-                                       ctx.app.window().list(), outcomes);
+                                       ctx.app.window().list(), outcomes, choice);
         doc["counts"] = {{"sent", n.sent},           {"failed", n.failed},
                          {"noAddress", n.noAddress}, {"alreadySent", n.already},
                          {"test", n.tests},          {"notTried", n.notTried}};
@@ -86,9 +111,9 @@ void printSendJson(CommandContext& ctx, const Invocation& args,
 // The end of a send run: the window's closing status when something went out (or the run
 // says why it stopped), then the counts, the reason of each failure and a test run's note.
 void printSendSummary(CommandContext& ctx, const Invocation& args,
-                      const std::vector<mail::RowOutcome>& outcomes) {
-    const auto [sent, failed, noAddress, already, tests, notTried] =
-        countSend(*browser::findDocumentType(args.operands[0]), ctx.app.window().list(), outcomes);
+                      const std::vector<mail::RowOutcome>& outcomes, const Choice& choice) {
+    const auto [sent, failed, noAddress, already, tests, notTried] = countSend(
+        *browser::findDocumentType(args.operands[0]), ctx.app.window().list(), outcomes, choice);
     const std::string& status = ctx.app.window().statusText();
     const bool ranThrough = !ctx.app.sender().runEndText().empty();
     if (!status.empty() && (sent + tests > 0 || status != ctx.app.sender().runEndText())) {
@@ -129,6 +154,9 @@ int checkSendArgs(Invocation& args, std::ostream& err) {
     if (const int rc = checkListArgs(args, err); rc != kExitOk) {
         return rc;
     }
+    if (args.operands.size() > 1 && !args.has("--only")) {
+        return usageError(args.path, "extra argument '" + args.operands[1] + "'", err);
+    }
     for (const browser::DocumentType& type : browser::kDocumentTypes) {
         if (type.name == args.operands[0] && type.styleSheet == nullptr) {
             return usageError(args.path,
@@ -142,10 +170,58 @@ int checkSendArgs(Invocation& args, std::ostream& err) {
     return kExitOk;
 }
 
+// --only ID ... and --again: ticks the rows they name, or every already-sent one; says what stays
+// and why. An ID that names no row stops the run before anything is sent (false).
+bool chooseRows(CommandContext& ctx, const Invocation& args, Choice& choice) {
+    choice.only = args.has("--only");
+    if (!choice.only && !args.has("--again")) {
+        return true;
+    }
+    // --only A B C: the IDs after TYPE belong to --only.
+    std::vector<std::string> ids(args.operands.begin() + 1, args.operands.end());
+    for (const auto& [option, value] : args.given) {
+        if (option == "--only") {
+            ids.push_back(value);
+        }
+    }
+    shell::MainWindow& window = ctx.app.window();
+    shell::RowChoice chosen = window.chooseRows(ids, args.has("--again"));
+    const std::string& type = args.operands[0];
+    if (!chosen.unknown.empty()) {
+        for (const std::string& id : chosen.unknown) {
+            ctx.err << "No " << type << " '" << id << "' in the list of "
+                    << *args.value("--timeframe") << ".\n";
+        }
+        ctx.err << "Nothing was sent. `dorvane list " << type
+                << " --timeframe ALL` shows them all; give a number or ID of the list (or pick "
+                   "the timeframe with --timeframe).\n";
+        return false;
+    }
+    const std::size_t nameCell = browser::findDocumentType(type)->cells.name;
+    for (const shell::ChosenRow& c : chosen.rows) {
+        const ui::ListRow& row = window.list().row(c.row);
+        const std::string name =
+            nameCell < row.cells.size() ? " (" + row.cells[nameCell] + ")" : "";
+        if (c.outcome == shell::ChosenRow::Outcome::SentBefore) {
+            ctx.err << type << " " << c.id << name
+                    << " was sent before and is not sent now; --again sends it again.\n";
+        } else if (c.outcome == shell::ChosenRow::Outcome::NoAddress) {
+            ctx.err << type << " " << c.id << name
+                    << " was sent before and has no e-mail address now: not sent again.\n";
+        }
+    }
+    choice.rows = std::move(chosen.rows);
+    return true;
+}
+
 int send(CommandContext& ctx, const Invocation& args) {
     int rc = loadList(ctx, args);
     if (rc != kExitOk) {
         return rc;
+    }
+    Choice choice;
+    if (!chooseRows(ctx, args, choice)) {
+        return kExitFailed;
     }
     const bool preview = args.has("--preview");
     auto& window = ctx.app.window();
@@ -158,14 +234,14 @@ int send(CommandContext& ctx, const Invocation& args) {
     const bool json = args.has("--json");
     sender.onRowProcessed([&](const mail::RowOutcome& o) {
         if (!json) {
-            ctx.out << outcomeName(o, preview) << '\t' << o.key << '\t' << o.name << '\t'
+            ctx.out << outcomeName(o, preview, choice) << '\t' << o.key << '\t' << o.name << '\t'
                     << o.recipient << '\n';
         }
         outcomes.push_back(o);
     });
     sender.sendSelectedDocuments();
     if (json) {
-        printSendJson(ctx, args, outcomes, preview);
+        printSendJson(ctx, args, outcomes, preview, choice);
     }
     if (preview) {
         if (!window.statusText().empty()) {
@@ -173,37 +249,13 @@ int send(CommandContext& ctx, const Invocation& args) {
         }
         return kExitOk;
     }
-    printSendSummary(ctx, args, outcomes);
+    printSendSummary(ctx, args, outcomes, choice);
     const bool allWent = std::all_of(outcomes.begin(), outcomes.end(),
                                      [](const mail::RowOutcome& o) { return o.sent; });
     return allWent && untried(ctx.app.window().list(), outcomes) == 0 ? kExitOk : kExitFailed;
 }
 
 }  // namespace
-
-// The row of the document a `pdf` operand names: its TxnID or number (a statement's or
-// timesheet's customer: its ListID or name); -1 for none.
-int rowOfDocument(CommandContext& ctx, const browser::DocumentType& type, const std::string& id) {
-    auto& window = ctx.app.window();
-    const auto& list = window.list();
-    std::string key = id;
-    if (type.shape == browser::ListShape::Transactions) {
-        for (const xml::Node record : window.listDocument().selectAll(type.recordPath)) {
-            if (record.valueOf("RefNumber") == id) {
-                key = record.valueOf("TxnID");
-                break;
-            }
-        }
-    }
-    for (int r = 0; r < list.rowCount(); ++r) {
-        const ui::ListRow& row = list.row(r);
-        auto cell = [&](std::size_t i) { return i < row.cells.size() ? row.cells[i] : ""; };
-        if (cell(type.cells.key) == key || cell(type.cells.name) == id) {
-            return r;
-        }
-    }
-    return -1;
-}
 
 int checkPdfArgs(Invocation& args, std::ostream& err) {
     if (!args.value("--timeframe")) {
@@ -221,7 +273,7 @@ int writePdf(CommandContext& ctx, const Invocation& args) {
         return rc;
     }
     const browser::DocumentType& type = *browser::findDocumentType(args.operands[0]);
-    const int row = rowOfDocument(ctx, type, args.operands[1]);
+    const int row = ctx.app.window().rowOfDocument(args.operands[1]);
     if (row < 0) {
         ctx.err << "No " << type.name << " '" << args.operands[1] << "' in the list of "
                 << *args.value("--timeframe") << " (`dorvane list " << type.name
@@ -247,6 +299,12 @@ int writePdf(CommandContext& ctx, const Invocation& args) {
 }
 
 constexpr Option kSendOptions[] = {
+    {"--only", 0, "ID",
+     "send only these documents, each by its number or TxnID (a\nstatement's or timesheet's "
+     "customer: name or ListID; more\nmay follow: --only ID1 ID2 ...)"},
+    {"--again", 0, "",
+     "send documents that were sent before once more (with\n--only: those named; without: every "
+     "one of the list)"},
     kTimeframeOption,
     {"--preview", 0, "", "render the documents into preview.htm instead of mailing\nthem"},
     {"--pdf", 0, "",
@@ -263,7 +321,7 @@ constexpr Option kPdfOptions[] = {
 
 constexpr Command kSendCommand{
     .name = "send",
-    .synopsis = "TYPE [--timeframe NAME] [--preview] [--pdf] [--json]",
+    .synopsis = "TYPE [--only ID ...] [--again] [--timeframe NAME] [--preview] [--pdf] [--json]",
     .summary =
         "list as above, then mail the checked documents (or render them\n"
         "into preview.htm); exit status 1 when one did not go out",
@@ -274,10 +332,14 @@ constexpr Command kSendCommand{
         "  recipient; then the counts. Exit status 1 when a document did not go out; 64\n"
         "  for TimesheetA, which has no document to mail. --json: per document its outcome,\n"
         "  id, name, recipient (and why it failed), then the counts. --pdf attaches a PDF\n"
-        "  copy of each document for this run (Documents AttachPdf 1 does for every run).\n",
+        "  copy of each document for this run (Documents AttachPdf 1 does for every run).\n"
+        "  --only sends just the documents named (an already-sent one only with --again,\n"
+        "  which says so); exit status 1, with nothing sent, when an ID is not in the list.\n"
+        "  --again sends documents that were sent before once more: their line says\n"
+        "  \"sent again\", and the sent log gets one more record for each.\n",
     .options = kSendOptions,
     .minOperands = 1,
-    .maxOperands = 1,
+    .maxOperands = kAnyNumber,
     .operandNames = "TYPE",
     .needs = Needs::StartUp,
     .check = checkSendArgs,

@@ -25,6 +25,23 @@ std::string sentRecord(const std::string& txn) {
     return "<Invoice><TxnID>" + txn + "</TxnID><SentDate>x</SentDate></Invoice>\r\n";
 }
 
+// Four invoices: Able's, two of Baker's and one of Carr, who has no address.
+void writeInvoiceAnswers(const std::filesystem::path& qb) {
+    writeFile(qb / "CompanyQueryRs.xml",
+              qbAnswer(qbRs("CompanyQueryRs",
+                            "<CompanyRet><CompanyName>Harbor Lane Joinery"
+                            "</CompanyName><Email>office@example.com</Email>"
+                            "</CompanyRet>")));
+    writeFile(
+        qb / "InvoiceQueryRs.xml",
+        qbAnswer(qbRs("InvoiceQueryRs",
+                      invoiceRet("11-1", "C1", "Able Co") + invoiceRet("11-2", "C2", "Baker") +
+                          invoiceRet("11-3", "C3", "Carr") + invoiceRet("11-4", "C2", "Baker")) +
+                 qbRs("CustomerQueryRs", customerRet("C1", "able@example.test") +
+                                             customerRet("C2", "baker@example.test") +
+                                             customerRet("C3", ""))));
+}
+
 // Four invoices: Able's address is refused by the server in the first case, Carr has none,
 // and 11-4 is in the sent log unless a case says otherwise.
 TEST_F(Cli, ASendRunEndsWithItsCounts) {
@@ -83,19 +100,7 @@ TEST_F(Cli, ASendRunEndsWithItsCounts) {
           "sent"},
          {"failed "}},
     };
-    writeFile(home / "qb" / "CompanyQueryRs.xml",
-              qbAnswer(qbRs("CompanyQueryRs",
-                            "<CompanyRet><CompanyName>Harbor Lane Joinery"
-                            "</CompanyName><Email>office@example.com</Email>"
-                            "</CompanyRet>")));
-    writeFile(
-        home / "qb" / "InvoiceQueryRs.xml",
-        qbAnswer(qbRs("InvoiceQueryRs",
-                      invoiceRet("11-1", "C1", "Able Co") + invoiceRet("11-2", "C2", "Baker") +
-                          invoiceRet("11-3", "C3", "Carr") + invoiceRet("11-4", "C2", "Baker")) +
-                 qbRs("CustomerQueryRs", customerRet("C1", "able@example.test") +
-                                             customerRet("C2", "baker@example.test") +
-                                             customerRet("C3", ""))));
+    writeInvoiceAnswers(home / "qb");
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         std::filesystem::remove_all(home / "cfg");
@@ -138,6 +143,70 @@ TEST_F(Cli, ASendRunEndsWithItsCounts) {
     EXPECT_EQ(out,
               "sent\t11-1\tAble Co\table@example.test\n"
               "sent\t11-2\tBaker\tbaker@example.test\n");
+}
+
+// --only sends just the rows named, by number; an already-sent one goes only with --again, which
+// says so; an unknown ID stops the run before anything is mailed. 11-4 is in the sent log.
+TEST_F(Cli, OnlyAndAgainChooseWhatASendRunMails) {
+    struct Case {
+        const char* args;
+        int rc;
+        const char* out;
+        std::vector<std::string> errHas;
+        std::size_t mailed;
+    };
+    const Case cases[] = {
+        {"--only 11-2",
+         0,
+         "sent\t11-2\tBaker\tbaker@example.test\n",
+         {"1 sent, 0 failed, 0 skipped for a missing e-mail address, 0 already sent\n"},
+         1},
+        {"--only 11-2 11-9 Nobody",
+         1,
+         "",
+         {"No Invoice '11-9' in the list of ThisWeekToDate.\nNo Invoice 'Nobody'",
+          "Nothing was sent."},
+         0},
+        {"--only 11-4 11-3",
+         0,
+         "",
+         {"Invoice 11-4 (Baker) was sent before and is not sent now; --again sends it again.\n",
+          "0 sent, 0 failed, 1 skipped for a missing e-mail address, 1 already sent\n"},
+         0},
+        {"--only 11-4 --again", 0, "sent again\t11-4\tBaker\tbaker@example.test\n", {"1 sent,"}, 1},
+        {"--again",
+         0,
+         "sent\t11-1\tAble Co\table@example.test\nsent\t11-2\tBaker\tbaker@example.test\n"
+         "sent again\t11-4\tBaker\tbaker@example.test\n",
+         {"3 sent,"},
+         3},
+        {"11-2", 64, "", {"dorvane send: extra argument '11-2'"}, 0},
+    };
+    writeInvoiceAnswers(home / "qb");
+    copyProgram(".xslt");
+    const std::filesystem::path log = home / "program" / "EmailsSent.log";
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.args);
+        writeFile(log, sentRecord("11-4"));
+        SmtpTestServer server;
+        for (const std::string& s :
+             {std::string("SMTP Hostname 127.0.0.1"), "SMTP Port " + server.portText()}) {
+            ASSERT_EQ(dorvane("settings set " + s), 0) << err;
+        }
+        EXPECT_EQ(dorvane("send Invoice " + std::string(c.args)), c.rc) << err;
+        EXPECT_EQ(out, c.out);
+        for (const std::string& has : c.errHas) {
+            EXPECT_NE(err.find(has), std::string::npos) << has << "\nin:\n" << err;
+        }
+        EXPECT_EQ(server.record().accepted().size(), c.mailed);
+        // A re-send is one more record of the same TxnID, in the usual form.
+        const std::string written = readFile(log);
+        const std::string record = "<Invoice><TxnID>11-4</TxnID><SentDate>";
+        const std::size_t second = written.find(record, written.find(record) + 1);
+        EXPECT_EQ(second != std::string::npos,
+                  std::string_view(c.args).find("again") != std::string_view::npos)
+            << written;
+    }
 }
 
 // One document's PDF copy from the demo company: found by its number or TxnID, written where
