@@ -6,11 +6,13 @@
 
 #include <QAction>
 #include <QCheckBox>
+#include <QCloseEvent>
 #include <QComboBox>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QIcon>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
@@ -94,7 +96,8 @@ MainWindowView::MainWindowView(shell::Application& app, QWidget* parent)
         m_webConnectorWait->addStatusBar(status);
     }
 
-    resize(820, 560);
+    const shell::WindowLayout& layout = m_app.window().layout();
+    resize(layout.width > 0 ? layout.width : 820, layout.height > 0 ? layout.height : 560);
 
     m_binding =
         std::make_unique<WindowBinding>(m_app.window(), *this, *m_statusPanel,
@@ -223,6 +226,20 @@ void MainWindowView::buildCentralWidget() {
     m_companyLabel->setTextInteractionFlags(Qt::TextSelectableByMouse);
     m_companyLabel->setAlignment(Qt::AlignLeft | Qt::AlignTop);
 
+    m_listHeading = new QLabel(central);
+    m_listHeading->setObjectName(name(shell::kListHeading));
+    m_listHeading->setTextFormat(Qt::PlainText);
+    QFont headingFont = m_listHeading->font();
+    headingFont.setBold(true);
+    m_listHeading->setFont(headingFont);
+    m_listSearch = new QLineEdit(central);
+    m_listSearch->setObjectName(name(shell::kListSearch));
+    m_listSearch->setPlaceholderText(QStringLiteral("Search the list"));
+    m_listSearch->setClearButtonEnabled(true);
+    m_listSummary = new QLabel(central);
+    m_listSummary->setObjectName(name(shell::kListSummary));
+    m_listSummary->setTextFormat(Qt::PlainText);
+
     m_listView = new QTreeWidget(central);
     m_listView->setObjectName(name(shell::kListView));
     m_listView->setRootIsDecorated(false);
@@ -252,6 +269,10 @@ void MainWindowView::buildCentralWidget() {
     top->addWidget(refresh);
     top->addStretch(1);
 
+    auto* heading = new QHBoxLayout;
+    heading->addWidget(m_listHeading, 1);
+    heading->addWidget(m_listSearch);
+
     auto* bottom = new QHBoxLayout;
     bottom->addWidget(importButton);
     bottom->addStretch(1);
@@ -262,7 +283,9 @@ void MainWindowView::buildCentralWidget() {
     auto* layout = new QVBoxLayout(central);
     layout->addLayout(top);
     layout->addWidget(m_companyLabel);
+    layout->addLayout(heading);
     layout->addWidget(m_listView, 1);
+    layout->addWidget(m_listSummary);
     layout->addLayout(bottom);
     setCentralWidget(central);
 
@@ -282,6 +305,10 @@ void MainWindowView::buildCentralWidget() {
     connect(m_listView, &QTreeWidget::itemChanged, this, &MainWindowView::onItemChanged);
     connect(m_listView->header(), &QHeaderView::sectionClicked, this,
             &MainWindowView::onHeaderClicked);
+    connect(m_listView->header(), &QHeaderView::sectionResized, this,
+            [this](int column) { columnResized(column); });
+    connect(m_listSearch, &QLineEdit::textChanged, this,
+            [this](const QString& text) { m_app.window().search(toStdString(text)); });
 }
 
 void MainWindowView::renderAll() {
@@ -291,6 +318,7 @@ void MainWindowView::renderAll() {
     previewChanged();
     progressChanged();
     listViewChanged();
+    headingChanged();
     listReset();
 }
 
@@ -305,6 +333,8 @@ void MainWindowView::modelChanged(std::string_view what) {
         progressChanged();
     } else if (what == shell::kViewOpenBalances || what == shell::kViewUnpaidOnly) {
         listViewChanged();
+    } else if (what == shell::kListHeading) {
+        headingChanged();
     }
 }
 
@@ -341,6 +371,20 @@ void MainWindowView::listViewChanged() {
     m_viewUnpaidOnly->setChecked(view.unpaidOnly);
 }
 
+void MainWindowView::headingChanged() {
+    m_listHeading->setText(toQString(m_app.window().listHeading()));
+}
+
+void MainWindowView::scheduleSummary() {
+    if (!m_summaryPending) {
+        m_summaryPending = true;
+        QTimer::singleShot(0, this, [this] {
+            m_summaryPending = false;
+            m_listSummary->setText(toQString(m_app.window().listSummary()));
+        });
+    }
+}
+
 void MainWindowView::progressChanged() {
     const int percent = m_app.window().progress();
     if (percent >= 0) {
@@ -374,7 +418,13 @@ void MainWindowView::listReset() {
         items << item;
     }
     m_listView->addTopLevelItems(items);
+    for (int i = 0; i < list.rowCount(); ++i) {
+        if (list.row(i).hidden) {
+            items[i]->setHidden(true);
+        }
+    }
     fitColumns();
+    scheduleSummary();
 
     QHeaderView* header = m_listView->header();
     header->setSortIndicatorShown(list.sorted());
@@ -397,15 +447,19 @@ void MainWindowView::rowAdded(int row) {
     auto* item = new QTreeWidgetItem;
     renderRow(item, list.row(row));
     m_listView->insertTopLevelItem(row, item);
+    item->setHidden(list.row(row).hidden);
     scheduleColumnFit();
+    scheduleSummary();
 }
 
 // Columns take the share of the list's width or the width core gives them, else their
 // contents' width; the first column, which also holds the check box and the icon, is never
 // narrower than its contents. While a loader adds rows one by one this happens once whenever
-// the event loop runs, not once per row.
+// the event loop runs, not once per row. Widths the person gave a document list's columns (kept
+// in core, for the next start too) win; the last column takes the rest of the width.
 void MainWindowView::fitColumns() {
     m_fitPending = false;
+    const QScopedValueRollback fitting(m_fitting, true);
     const auto& columns = m_app.window().list().columns();
     for (int i = 0; i < static_cast<int>(columns.size()); ++i) {
         const auto& column = columns[static_cast<std::size_t>(i)];
@@ -419,6 +473,24 @@ void MainWindowView::fitColumns() {
             m_listView->setColumnWidth(i, std::max(width, i == 0 ? m_listView->columnWidth(0) : 0));
         }
     }
+    if (const std::vector<int>* kept = m_app.window().columnWidths()) {
+        for (int i = 0; i + 1 < m_listView->columnCount() && i < static_cast<int>(kept->size());
+             ++i) {
+            m_listView->setColumnWidth(i, (*kept)[static_cast<std::size_t>(i)]);
+        }
+    }
+}
+
+void MainWindowView::columnResized(int column) {
+    const int last = m_listView->columnCount() - 1;
+    if (m_fitting || m_rendering || column >= last) {
+        return;
+    }
+    std::vector<int> widths;
+    for (int i = 0; i < last; ++i) {
+        widths.push_back(m_listView->columnWidth(i));
+    }
+    m_app.window().keepColumnWidths(std::move(widths));
 }
 
 void MainWindowView::scheduleColumnFit() {
@@ -437,6 +509,8 @@ void MainWindowView::rowChanged(int row) {
     }
     const QScopedValueRollback rendering(m_rendering, true);
     renderRow(item, list.row(row));
+    item->setHidden(list.row(row).hidden);
+    scheduleSummary();
 }
 
 void MainWindowView::renderRow(QTreeWidgetItem* item, const ui::ListRow& row) {
@@ -461,9 +535,11 @@ void MainWindowView::onItemChanged(QTreeWidgetItem* item, int column) {
     if (row < 0 || row >= list.rowCount()) {
         return;
     }
+    // Core may refuse the tick (a document sent before, not to be sent again): the box then
+    // shows core's state again.
     const bool checked = item->checkState(0) == Qt::Checked;
-    if (list.row(row).checked != checked) {
-        list.setChecked(row, checked);
+    if (list.row(row).checked != checked && m_app.window().tickRow(row, checked) != checked) {
+        rowChanged(row);
     }
 }
 
@@ -475,6 +551,12 @@ void MainWindowView::onHeaderClicked(int column) {
             listReset();  // the order changed even if nobody said so
         }
     });
+}
+
+void MainWindowView::closeEvent(QCloseEvent* event) {
+    const QSize size = isMaximized() || isFullScreen() ? normalGeometry().size() : this->size();
+    m_app.window().saveLayout(size.width(), size.height());
+    QMainWindow::closeEvent(event);
 }
 
 void MainWindowView::runCommand(const std::function<void()>& command) {

@@ -3,7 +3,9 @@
 //
 // Every control carries its control name as objectName. The window keeps no state of its
 // own: caption, visibility, the timeframe box, the preview check box, company and status
-// texts, the progress bar and the document list all come from core through its observers.
+// texts, the progress bar, the document list with its heading and counts all come from core
+// through its observers. The search box's text, a check box clicked, the column widths the
+// person drags and the size the window closes with go to core.
 // Type selection, Refresh, Send Email, the preferences dialog and the company menus call core.
 // While one of these runs (core lets the event loop run during long jobs, so the window stays
 // painted), further commands are ignored rather than started inside it; the import window
@@ -30,6 +32,7 @@ class QCheckBox;
 class QComboBox;
 class QIcon;
 class QLabel;
+class QLineEdit;
 class QProgressBar;
 class QPushButton;
 class QTreeWidget;
@@ -60,6 +63,10 @@ public:
     // The file names of the row icons below the program folder, index 0 = icon 1.
     static QStringList iconFiles();
 
+protected:
+    // Keeps the window's size and the lists' column widths for the next start.
+    void closeEvent(QCloseEvent* event) override;
+
 signals:
     void importRequested();             // ImportBtn
     void updateWebRequested();          // UpdateWebBtn
@@ -80,6 +87,9 @@ private:
     void previewChanged();
     void progressChanged();
     void listViewChanged();
+    void headingChanged();
+    // The counts under the list, brought up to date once the event loop runs.
+    void scheduleSummary();
 
     // ui::ListObserver
     void listReset() override;
@@ -88,6 +98,7 @@ private:
 
     void renderRow(QTreeWidgetItem* item, const ui::ListRow& row);
     void fitColumns();
+    void columnResized(int column);
     void scheduleColumnFit();
     void onItemChanged(QTreeWidgetItem* item, int column);
     void onHeaderClicked(int column);
@@ -104,6 +115,9 @@ private:
     QComboBox* m_timeframeCombo = nullptr;
     QLabel* m_companyLabel = nullptr;
     QLabel* m_statusPanel = nullptr;
+    QLabel* m_listHeading = nullptr;
+    QLineEdit* m_listSearch = nullptr;
+    QLabel* m_listSummary = nullptr;
     QCheckBox* m_previewCheck = nullptr;
     QProgressBar* m_progressBar = nullptr;
     QAction* m_viewOpenBalances = nullptr;
@@ -113,6 +127,8 @@ private:
     bool m_commandRunning = false;             // set while a command runs in core
     int m_resets = 0;
     bool m_fitPending = false;
+    bool m_fitting = false;  // set while the window itself sizes the columns
+    bool m_summaryPending = false;
     // The wait for the Web Connector in the status bars; only with that connection.
     WebConnectorWait* m_webConnectorWait = nullptr;
 };

@@ -119,6 +119,7 @@ void MainWindow::startUp() {
 
 void MainWindow::selectDocumentType(const std::string& type) {
     m_documentType = type;
+    m_documentsShown = true;
     setCaption("Dorvane " + type);
     {
         ui::BusyScope busy(m_ui);
@@ -165,7 +166,7 @@ void MainWindow::chooseListView(const browser::ListView& view) {
 }
 
 const browser::DocumentType* MainWindow::shownType() const {
-    if (m_documentType.empty() || !control(kSendButton).visible) {
+    if (m_documentType.empty() || !m_documentsShown) {
         return nullptr;
     }
     return browser::findDocumentType(m_documentType);
@@ -352,6 +353,7 @@ void MainWindow::showSendControls(bool show) {
     setControlVisible(kSendButton, show);
     setControlVisible(kPreviewCheck, show);
     setControlVisible(kUpdateWebButton, !show);
+    m_documentsShown = show;
     notify(kListHeading);
 }
 

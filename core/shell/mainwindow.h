@@ -216,7 +216,8 @@ private:
     MainWindowServices m_services;
 
     std::string m_documentType;
-    std::string m_listTimeframe;  // of the list on show
+    std::string m_listTimeframe;    // of the list on show
+    bool m_documentsShown = false;  // the list is the document type's, not the web update's
     WindowLayout m_layout;
     std::string m_companyText;
     std::vector<std::string> m_timeframes;

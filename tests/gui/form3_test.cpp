@@ -12,6 +12,7 @@
 #include <QComboBox>
 #include <QGuiApplication>
 #include <QHeaderView>
+#include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
 #include <QProgressBar>
@@ -24,6 +25,7 @@
 #include "gui/mainwindowview.h"
 #include "gui/qtuiport.h"
 #include "guitestsupport.h"
+#include "platform/settings.h"
 #include "shell/application.h"
 #include "support/mailservers.h"
 #include "support/testsupport.h"
@@ -60,6 +62,8 @@ private slots:
     void menuEntriesAndButtonsReachCore();
     void viewEntriesToggleTheColumns();
     void headerClicksSortAndCheckBoxesReachCore();
+    void searchHidesRowsAndTheCountsFollow();
+    void sizeAndColumnWidthsAreKept();
     void rowsShowTheirStatusIcons();
     void windowFollowsCore();
     void commandsReachTheirHooks();
@@ -91,6 +95,8 @@ private:
     void useRecordingLoader(std::vector<std::vector<std::string>> rows = {},
                             std::function<void()> during = {});
     void clickHeader(int section);
+    // A start of the window over the program folder, as the program makes it.
+    void start();
 
     std::unique_ptr<TempDir> m_home;
     std::unique_ptr<ScriptedUi> m_ui;
@@ -103,6 +109,12 @@ void Form3Test::init() {
     m_home = std::make_unique<TempDir>();
     std::filesystem::copy(programSource() / "icons", m_home->path() / "icons");
     m_ui = std::make_unique<ScriptedUi>();
+    start();
+}
+
+void Form3Test::start() {
+    m_view.reset();
+    m_app.reset();
     m_app = std::make_unique<shell::Application>(
         *m_ui, shell::StartOptions{m_home->path().string()}, noQuickBooks());
     m_view = std::make_unique<gui::MainWindowView>(*m_app);
@@ -145,7 +157,11 @@ void Form3Test::useRecordingLoader(std::vector<std::vector<std::string>> rows,
          .saveListView = [this](const browser::ListView& view) -> Status {
              m_loads << QStringLiteral("saved %1 %2").arg(view.openBalances).arg(view.unpaidOnly);
              return Ok{};
-         }});
+         },
+         .saveLayout =
+             [this](const shell::WindowLayout& layout) {
+                 return shell::saveWindowLayout(m_app->settings(), layout);
+             }});
 }
 
 void Form3Test::clickHeader(int section) {
@@ -255,6 +271,73 @@ void Form3Test::headerClicksSortAndCheckBoxesReachCore() {
     QCOMPARE(tree->topLevelItem(2)->checkState(0), Qt::Unchecked);
     window().list().setCell(2, 2, "sent");
     QCOMPARE(tree->topLevelItem(2)->text(2), QStringLiteral("sent"));
+}
+
+// The heading names the list; the search box hides the rows without the text, and the counts
+// under the list follow the search and the check boxes. A document sent before is ticked only
+// when the person says Yes to sending it again.
+void Form3Test::searchHidesRowsAndTheCountsFollow() {
+    useRecordingLoader({{"2026-11-02", "T1", "Acme", "100.00", "acme@x.test", "Ready to send"},
+                        {"2026-11-03", "T2", "Bolt", "1250.50", "bolt@x.test", "Ready to send"},
+                        {"2026-11-04", "T3", "Crane", "9.00", "crane@x.test", "Already sent"}});
+    trigger("SelectInvoice");
+    window().list().setChecked(2, false);
+    auto* summary = control<QLabel>(shell::kListSummary);
+    auto summaryShown = [summary] {
+        QCoreApplication::processEvents();
+        return summary->text();
+    };
+    QCOMPARE(control<QLabel>(shell::kListHeading)->text(),
+             QStringLiteral("Invoices — This Week To Date"));
+    QCOMPARE(summaryShown(), QStringLiteral("3 rows · 2 ticked · ticked total 1,350.50"));
+
+    auto* search = control<QLineEdit>(shell::kListSearch);
+    QCOMPARE(search->placeholderText(), QStringLiteral("Search the list"));
+    typeInto(search, QStringLiteral("BOL"));
+    QTreeWidget* tree = listView();
+    QVERIFY(tree->topLevelItem(0)->isHidden() && !tree->topLevelItem(1)->isHidden() &&
+            tree->topLevelItem(2)->isHidden());
+    QCOMPARE(summaryShown(),
+             QStringLiteral("1 of 3 rows shown · 1 ticked · ticked total 1,250.50"));
+    typeInto(search, QString());
+    QVERIFY(!tree->topLevelItem(0)->isHidden() && !tree->topLevelItem(2)->isHidden());
+
+    tree->setFocus();
+    tree->setCurrentItem(tree->topLevelItem(2));
+    m_ui->answers = {ui::Answer::No};
+    QTest::keyClick(tree, Qt::Key_Space);
+    QCOMPARE(m_ui->texts().back(),
+             std::string("Invoice to Crane was already sent. Send it again?"));
+    QCOMPARE(tree->topLevelItem(2)->checkState(0), Qt::Unchecked);
+    QVERIFY(!window().list().row(2).checked);
+    m_ui->answers = {ui::Answer::Yes};
+    QTest::keyClick(tree, Qt::Key_Space);
+    QVERIFY(window().list().row(2).checked);
+    QCOMPARE(summaryShown(), QStringLiteral("3 rows · 3 ticked · ticked total 1,359.50"));
+}
+
+// A first start looks as it always did; the size and a document list's column widths the
+// window closed with come back at the next start.
+void Form3Test::sizeAndColumnWidthsAreKept() {
+    TempDir config;
+    ScopedEnvironment useConfig("XDG_CONFIG_HOME", config.path().string());
+    start();
+    QCOMPARE(m_view->size(), QSize(820, 560));
+    trigger("SelectInvoice");
+    const int first = listView()->columnWidth(0);
+    listView()->header()->resizeSection(1, 150);
+    m_view->resize(900, 650);
+    QVERIFY(m_view->close());
+    const platform::SettingsStore& kept = m_app->settings();
+    QCOMPARE(kept.get("Window", "Width"), std::string("900"));
+    QCOMPARE(kept.get("Window", "Height"), std::string("650"));
+    QCOMPARE(kept.get("Window", "Columns"), "Invoice:" + std::to_string(first) + ",150");
+
+    start();
+    QCOMPARE(m_view->size(), QSize(900, 650));
+    trigger("SelectInvoice");
+    QCOMPARE(listView()->columnWidth(0), first);
+    QCOMPARE(listView()->columnWidth(1), 150);
 }
 
 void Form3Test::rowsShowTheirStatusIcons() {
@@ -414,7 +497,8 @@ void Form3Test::typeSelectionShowsTheBusyPointerAndKeepsPainting() {
                  paintsBeforeYield = paints.count;
                  ui.yield();
              },
-         .saveListView = {}});
+         .saveListView = {},
+         .saveLayout = {}});
     view.findChild<QAction*>(QStringLiteral("SelectInvoice"))->trigger();
 
     QCOMPARE(during, Qt::WaitCursor);
