@@ -66,6 +66,7 @@ extern const Command kRequestCommand;
 extern const Command kListCommand;
 extern const Command kSendCommand;
 extern const Command kPdfCommand;
+extern const Command kRemindCommand;
 extern const Command kCompanyCommand;
 extern const Command kImportCommand;
 extern const Command kImportBatchCommand;

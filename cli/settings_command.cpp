@@ -206,7 +206,7 @@ constexpr Command kSettingsCommand{
         "  Sections and keys ignore case; a value never set reads as its default.\n"
         "  dorvane settings list shows every setting with what it means and takes.\n"
         "  Sections: SMTP, Settings, Documents, View, Import, Handheld, Web, QuickBooks,\n"
-        "  WebConnector, Window.\n",
+        "  WebConnector, Window, Reminders.\n",
     .subcommands = kSettingsSubcommands,
     .overview = "settings list|get|set ...",
 };

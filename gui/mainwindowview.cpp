@@ -28,6 +28,7 @@
 #include "browser/documenttypes.h"
 #include "gui/importwindowview.h"
 #include "gui/qtstrings.h"
+#include "gui/reminderswindowview.h"
 #include "gui/webconnectorwait.h"
 #include "gui/windowbinding.h"
 #include "mail/preferences.h"
@@ -150,6 +151,9 @@ void MainWindowView::buildMenus() {
                     runCommand([this, type] { m_app.window().selectDocumentType(type); });
                 });
     }
+    email->addSeparator();
+    connect(addEntry(email, "remindersAction", "Overdue &Reminders..."), &QAction::triggered, this,
+            [this] { runCommand([this] { openRemindersWindow(); }); });
 
     QMenu* options = addMenu(bar, "Options", "&Preferences");
     connect(addEntry(options, "Parameter", "&Parameter"), &QAction::triggered, this,
@@ -597,6 +601,19 @@ void MainWindowView::openImportWindow() {
     m_importView->show();
     m_importView->raise();
     m_importView->activateWindow();
+}
+
+// The window is made once and kept; each opening plans the reminders afresh.
+void MainWindowView::openRemindersWindow() {
+    if (m_remindersView == nullptr) {
+        m_remindersView = new RemindersWindowView(
+            m_app.remindersWindow(), this,
+            [this](const std::function<void()>& command) { runCommand(command); });
+    }
+    m_remindersView->show();
+    m_remindersView->raise();
+    m_remindersView->activateWindow();
+    m_app.remindersWindow().open();
 }
 
 void MainWindowView::showAbout() {

@@ -41,6 +41,7 @@ class QTreeWidgetItem;
 namespace dorvane::gui {
 
 class ImportWindowView;
+class RemindersWindowView;
 class WebConnectorWait;
 
 class WindowBinding;
@@ -107,6 +108,7 @@ private:
     void runCommand(const std::function<void()>& command);
     void showPreferences();
     void openImportWindow();
+    void openRemindersWindow();
 
     shell::Application& m_app;
     std::unique_ptr<WindowBinding> m_binding;
@@ -122,9 +124,10 @@ private:
     QProgressBar* m_progressBar = nullptr;
     QAction* m_viewOpenBalances = nullptr;
     QAction* m_viewUnpaidOnly = nullptr;
-    ImportWindowView* m_importView = nullptr;  // Form1, made on first use
-    bool m_rendering = false;                  // set while core's state is copied into the widgets
-    bool m_commandRunning = false;             // set while a command runs in core
+    ImportWindowView* m_importView = nullptr;        // Form1, made on first use
+    RemindersWindowView* m_remindersView = nullptr;  // made on first use
+    bool m_rendering = false;       // set while core's state is copied into the widgets
+    bool m_commandRunning = false;  // set while a command runs in core
     int m_resets = 0;
     bool m_fitPending = false;
     bool m_fitting = false;  // set while the window itself sizes the columns

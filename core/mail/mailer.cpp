@@ -308,6 +308,42 @@ bool Mailer::sendViaOutlook(const MailContext&, std::string_view, std::string_vi
     return false;
 }
 
+bool Mailer::deliver(const MailContext& context, std::string_view sender,
+                     std::string_view recipient, std::string_view subject, std::string_view html,
+                     std::string_view attachmentText, const MessageExtras& extras,
+                     std::string& whyNot) {
+    const platform::MailSettings& settings = context.settings;
+    const std::string bcc =
+        settings.bcc == 1 && !settings.bccAdr.empty() ? settings.bccAdr : std::string();
+    switch (settings.mailOption) {
+        case 1:
+            if (!outlookConnected()) {
+                whyNot = "Outlook could not be reached";
+                return false;
+            }
+            context.status("Connected to Outlook");
+            return sendViaOutlook(context, sender, recipient, subject, html, attachmentText, bcc);
+        case 0:
+            return composeAndSendSmtp(context, sender, recipient, subject, html, attachmentText,
+                                      bcc, extras);
+        case 2: {
+            bool result =
+                deliverDirect(context, sender, recipient, subject, html, attachmentText, extras);
+            if (!bcc.empty()) {
+                for (const std::string& copy : text::split(bcc, ';')) {
+                    result =
+                        deliverDirect(context, sender, copy, subject, html, attachmentText, extras);
+                }
+            }
+            return result;
+        }
+        default:
+            whyNot = "no mail transport is chosen (Settings MailOption " +
+                     std::to_string(settings.mailOption) + ")";
+            return false;
+    }
+}
+
 void Mailer::disconnect() {
     m_smtp.disconnect();
 }

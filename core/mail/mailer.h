@@ -124,6 +124,13 @@ public:
                         std::string_view recipient, std::string_view subject, std::string_view html,
                         std::string_view attachmentText, std::string_view bccAddresses);
 
+    // Hands one message to the transport the run's settings name (MailOption), with the blind
+    // copies the settings ask for (BCC, BCCAdr). True when it went out; otherwise `whyNot` says
+    // why when the transport did not (lastFailure has what it said).
+    bool deliver(const MailContext& context, std::string_view sender, std::string_view recipient,
+                 std::string_view subject, std::string_view html, std::string_view attachmentText,
+                 const MessageExtras& extras, std::string& whyNot);
+
     // Ends the run's connection.
     void disconnect();
 

@@ -488,35 +488,8 @@ bool DocumentSender::sendDocumentMail(const std::string& sender, std::string& re
             return false;
         }
     }
-    MailContext ctx = context();
-    switch (m_settings.mailOption) {
-        case 1:
-            if (!m_mailer.outlookConnected()) {
-                m_notSentReason = "Outlook could not be reached";
-                return false;
-            }
-            m_window.setStatusText("Connected to Outlook");
-            return m_mailer.sendViaOutlook(ctx, sender, recipient, subject, html, attachmentText,
-                                           bcc);
-        case 0:
-            return m_mailer.composeAndSendSmtp(ctx, sender, recipient, subject, html,
-                                               attachmentText, bcc, extras);
-        case 2: {
-            bool result = m_mailer.deliverDirect(ctx, sender, recipient, subject, html,
-                                                 attachmentText, extras);
-            if (!bcc.empty()) {
-                for (const std::string& copy : text::split(bcc, ';')) {
-                    result = m_mailer.deliverDirect(ctx, sender, copy, subject, html,
-                                                    attachmentText, extras);
-                }
-            }
-            return result;
-        }
-        default:
-            m_notSentReason = "no mail transport is chosen (Settings MailOption " +
-                              std::to_string(m_settings.mailOption) + ")";
-            return false;
-    }
+    return m_mailer.deliver(context(), sender, recipient, subject, html, attachmentText, extras,
+                            m_notSentReason);
 }
 
 std::string DocumentSender::companyHeaderHtml() {

@@ -26,9 +26,9 @@ constexpr std::array kLegacyRecords = {"EmailsSent.log", "BatchImport.log", "com
 constexpr const char* kSentLog = "EmailsSent.log";
 
 // Files only the program writes: a release never brings them, whatever it carries.
-constexpr std::array kProgramWritten = {"EmailsSent.log",  "BatchImport.log", "QBXMLReq.txt",
-                                        "QBXMLResult.txt", "smtptrace.txt",   "themail.txt",
-                                        "preview.htm",     kShippedManifest};
+constexpr std::array kProgramWritten = {"EmailsSent.log", "BatchImport.log", "Reminders.log",
+                                        "QBXMLReq.txt",   "QBXMLResult.txt", "smtptrace.txt",
+                                        "themail.txt",    "preview.htm",     kShippedManifest};
 
 bool isSeedOnly(const std::string& relative) {
     return std::find(kSeedOnly.begin(), kSeedOnly.end(), relative) != kSeedOnly.end();

@@ -113,6 +113,28 @@ bool isGuid(std::string_view value) {
     return true;
 }
 
+}  // namespace
+
+std::optional<std::array<int, 3>> parseDayList(std::string_view text) {
+    const std::vector<std::string> parts = text::split(text, ',');
+    if (parts.size() != 3) {
+        return std::nullopt;
+    }
+    std::array<int, 3> days{};
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+        if (!isWholeNumberIn(parts[i], 0, 3650)) {
+            return std::nullopt;
+        }
+        days[i] = std::stoi(std::string(text::trim(parts[i])));
+        if (i > 0 && days[i] <= days[i - 1]) {
+            return std::nullopt;
+        }
+    }
+    return days;
+}
+
+namespace {
+
 bool isAllowed(const KnownSetting& s, std::string_view value) {
     const std::string_view t = text::trim(value);
     switch (s.type) {
@@ -154,6 +176,8 @@ bool isAllowed(const KnownSetting& s, std::string_view value) {
             return t.empty() || isGuid(t);
         case SettingType::Hash:
             return false;
+        case SettingType::DayList:
+            return parseDayList(t).has_value();
     }
     return false;
 }
@@ -224,6 +248,9 @@ std::string allowedValues(const KnownSetting& s) {
             return "a GUID as {XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX}, or nothing";
         case SettingType::Hash:
             return "nothing: it is written with the password it hashes";
+        case SettingType::DayList:
+            return "three increasing numbers of days from 0 to 3650, separated with commas "
+                   "(1,15,30)";
     }
     return {};
 }

@@ -8,6 +8,7 @@
 // with mode 0600 because it holds the mail password, and replaced atomically on every write.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <filesystem>
 #include <map>
@@ -42,6 +43,7 @@ enum class SettingType {
     Account,    // "[TYPE] NAME", as the import preferences list QuickBooks' accounts
     Guid,       // {XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX}; empty until the program makes one
     Hash,       // a password's hash, written only by the command that takes the password
+    DayList,    // three increasing whole numbers of days, separated with commas
 };
 
 struct SettingChoice {
@@ -176,6 +178,21 @@ inline constexpr KnownSetting kKnownSettings[] = {
     {"Window", "Columns", SettingType::Text, "",
      "the column widths each document list had, as TYPE:WIDTH,WIDTH,...;TYPE:...; a type "
      "without them gets the list's own"},
+    {"Reminders", "Days", SettingType::DayList, "1,15,30",
+     "days past the due date at which the friendly, the firm and the final reminder of an open "
+     "invoice are due (remind --days for one run)"},
+    {"Reminders", "FriendlySubject", SettingType::Text, "Payment reminder - invoice no. {number}",
+     "the friendly reminder's subject; {number}, {customer}, {company}, {total}, {currency}"},
+    {"Reminders", "FirmSubject", SettingType::Text, "Second reminder - invoice no. {number}",
+     "the firm reminder's subject, as FriendlySubject"},
+    {"Reminders", "FinalSubject", SettingType::Text, "Final notice - invoice no. {number}",
+     "the final reminder's subject, as FriendlySubject"},
+    {"Reminders", "FriendlyText", SettingType::Text, "",
+     "the friendly reminder's opening words; empty: those of reminder-friendly.xslt"},
+    {"Reminders", "FirmText", SettingType::Text, "",
+     "the firm reminder's opening words; empty: those of reminder-firm.xslt"},
+    {"Reminders", "FinalText", SettingType::Text, "",
+     "the final reminder's opening words; empty: those of reminder-final.xslt"},
 };
 
 // Section and key names compare without regard to ASCII case, as the store does.
@@ -229,6 +246,10 @@ const KnownSetting* nearestSetting(std::string_view section, std::string_view ke
 // nearest known one), and a value of the wrong type or outside the allowed ones, saying what
 // is allowed.
 Status checkSetting(std::string_view section, std::string_view key, std::string_view value);
+
+// "1,15,30": three whole numbers of days from 0 to 3650, each larger than the one before
+// (blanks around them allowed); nullopt for anything else.
+std::optional<std::array<int, 3>> parseDayList(std::string_view text);
 
 // What `type` takes, for people: "a port from 1 to 65535", "0 (off) or 1 (on)".
 std::string allowedValues(const KnownSetting& setting);

@@ -16,6 +16,8 @@
 #include "platform/settings.h"
 #include "qbgateway/defaultrecords.h"
 #include "qbgateway/gateway.h"
+#include "remind/reminders.h"
+#include "remind/reminderswindow.h"
 #include "shell/mainwindow.h"
 #include "webconnector/service.h"
 #include "webupdate/webupdate.h"
@@ -53,6 +55,8 @@ public:
     qbgateway::DefaultRecords& defaultRecords() { return m_defaults; }
     browser::DocumentBrowser& browser() { return m_browser; }
     mail::DocumentSender& sender() { return m_sender; }
+    remind::Reminders& reminders() { return m_reminders; }
+    remind::RemindersWindow& remindersWindow() { return m_remindersWindow; }
     imports::ImportSettingsSource& importSettings() { return m_importSettings; }
     imports::ImportWindow& importWindow() { return m_importWindow; }
     batch::BatchImport& batchImport() { return m_batchImport; }
@@ -74,6 +78,8 @@ private:
     qbgateway::DefaultRecords m_defaults;
     browser::DocumentBrowser m_browser;
     mail::DocumentSender m_sender;
+    remind::Reminders m_reminders;
+    remind::RemindersWindow m_remindersWindow;
     imports::ImportSettingsSource m_importSettings;
     imports::ImportWindow m_importWindow;
     batch::BatchImport m_batchImport;

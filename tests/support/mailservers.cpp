@@ -215,6 +215,9 @@ SmtpTestServer::SmtpTestServer(SmtpServerOptions options) {
     if (options.quiet) {
         args.push_back("--quiet");
     }
+    if (options.dataDelayMs > 0) {
+        args.insert(args.end(), {"--data-delay", std::to_string(options.dataDelayMs)});
+    }
     m_process =
         std::make_unique<ServerProcess>("smtp_server.py", std::move(args), m_dir / "smtp.log");
 }

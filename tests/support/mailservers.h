@@ -84,7 +84,8 @@ struct SmtpServerOptions {
     std::vector<std::string> authMechanisms;  // offered mechanisms; empty: LOGIN and PLAIN
     std::filesystem::path tlsCertificate;     // offers STARTTLS with this certificate
     std::filesystem::path tlsKey;
-    bool quiet = false;  // record messages without their content
+    bool quiet = false;   // record messages without their content
+    int dataDelayMs = 0;  // waits this long before answering a message's data
 };
 
 // A running helper process that printed "READY <port>".
