@@ -86,30 +86,38 @@ std::string reminderRecord(const ReminderRecord& r) {
 }
 
 std::vector<ReminderRecord> parseReminderLog(std::string_view text) {
+    // Records are found by their tags, not by line: a log read as a program file has lost its
+    // line breaks. Values are escaped, so a tag inside a record is always the record's own.
+    constexpr std::string_view kOpen = "<Reminder>", kTestOpen = "<TestReminder>";
     std::vector<ReminderRecord> records;
-    while (!text.empty()) {
-        const std::size_t eol = text.find('\n');
-        std::string_view line = text.substr(0, eol);
-        text = eol == std::string_view::npos ? std::string_view{} : text.substr(eol + 1);
-        const bool test = line.starts_with("<TestReminder>");
-        if (!test && !line.starts_with("<Reminder>")) {
-            continue;
+    std::size_t pos = 0;
+    while (pos < text.size()) {
+        const std::size_t plain = text.find(kOpen, pos);
+        const std::size_t test = text.find(kTestOpen, pos);
+        if (plain == std::string_view::npos && test == std::string_view::npos) {
+            break;
         }
         ReminderRecord r;
-        r.test = test;
-        r.txnId = valueOf(line, "TxnID");
-        const std::string stage = valueOf(line, "Stage");
+        r.test = test < plain;
+        const std::size_t from = r.test ? test : plain;
+        const std::string_view close = r.test ? "</TestReminder>" : "</Reminder>";
+        std::size_t to = text.find(close, from);
+        to = to == std::string_view::npos ? text.size() : to + close.size();
+        const std::string_view record = text.substr(from, to - from);
+        pos = to;
+        r.txnId = valueOf(record, "TxnID");
+        const std::string stage = valueOf(record, "Stage");
         std::from_chars(stage.data(), stage.data() + stage.size(), r.stage);
         if (r.txnId.empty() || r.stage < 1) {
             continue;
         }
-        r.refNumber = valueOf(line, "RefNumber");
-        r.customer = valueOf(line, "Customer");
-        r.txnDate = valueOf(line, "TxnDate");
-        r.dueDate = valueOf(line, "DueDate");
-        r.balance = valueOf(line, "Balance");
-        r.sentTo = valueOf(line, "SentTo");
-        r.sentDate = valueOf(line, "SentDate");
+        r.refNumber = valueOf(record, "RefNumber");
+        r.customer = valueOf(record, "Customer");
+        r.txnDate = valueOf(record, "TxnDate");
+        r.dueDate = valueOf(record, "DueDate");
+        r.balance = valueOf(record, "Balance");
+        r.sentTo = valueOf(record, "SentTo");
+        r.sentDate = valueOf(record, "SentDate");
         records.push_back(std::move(r));
     }
     return records;

@@ -12,7 +12,7 @@
 // the same fields: on record, but the invoice still counts as not reminded.
 //
 // Every value is escaped as element text, so no value can end a record early or forge one.
-// The reader takes what it recognises and skips lines it does not.
+// The reader takes what it recognises and skips what it does not.
 #pragma once
 
 #include <chrono>
@@ -47,7 +47,8 @@ std::string reminderDateText(std::chrono::system_clock::time_point when = clock:
 // One record, line break included.
 std::string reminderRecord(const ReminderRecord& record);
 
-// Every record of a log text, in file order; lines that are not records are skipped.
+// Every record of a log text, in file order, with or without the line breaks between them;
+// text that is not a record is skipped.
 std::vector<ReminderRecord> parseReminderLog(std::string_view text);
 
 // Which invoice went out at which stage (test copies left out).

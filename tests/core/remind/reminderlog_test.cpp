@@ -35,7 +35,15 @@ TEST(ReminderLog, RecordsReadBackAndIndexAnswersByStage) {
     EXPECT_TRUE(records[2].test);
     EXPECT_EQ(records[3].sentDate, "2026-11-18T10:00:00");
 
-    const ReminderLogIndex index(log);
+    std::string joined;  // as a program file reads it: no line breaks
+    for (char c : log) {
+        if (c != '\r' && c != '\n') {
+            joined += c;
+        }
+    }
+    EXPECT_EQ(parseReminderLog(joined).size(), 4u);
+
+    const ReminderLogIndex index(joined);
     EXPECT_EQ(index.stageOf("A-1"), 2);
     EXPECT_TRUE(index.reminded("A-1", 1));
     EXPECT_FALSE(index.reminded("A-1", 3));
