@@ -42,7 +42,7 @@ constexpr const Command* kCommands[] = {
     &kListCommand,        &kSendCommand,         &kPdfCommand,     &kImportCommand,
     &kImportBatchCommand, &kWebupdateCommand,    &kCompanyCommand, &kSettingsCommand,
     &kHandheldCommand,    &kWebconnectorCommand, &kRequestCommand, &kSandboxCommand,
-    &kCheckCommand,       &kHelpCommand,         &kVersionCommand,
+    &kHistoryCommand,     &kCheckCommand,        &kHelpCommand,    &kVersionCommand,
 };
 
 constexpr Option kGlobalOptions[] = {
