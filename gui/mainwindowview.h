@@ -37,6 +37,7 @@ class QTreeWidgetItem;
 
 namespace dorvane::gui {
 
+class HistoryWindowView;
 class ImportWindowView;
 class WebConnectorWait;
 
@@ -96,6 +97,7 @@ private:
     void runCommand(const std::function<void()>& command);
     void showPreferences();
     void openImportWindow();
+    void openHistoryWindow();
 
     shell::Application& m_app;
     std::unique_ptr<WindowBinding> m_binding;
@@ -108,9 +110,10 @@ private:
     QProgressBar* m_progressBar = nullptr;
     QAction* m_viewOpenBalances = nullptr;
     QAction* m_viewUnpaidOnly = nullptr;
-    ImportWindowView* m_importView = nullptr;  // Form1, made on first use
-    bool m_rendering = false;                  // set while core's state is copied into the widgets
-    bool m_commandRunning = false;             // set while a command runs in core
+    ImportWindowView* m_importView = nullptr;    // Form1, made on first use
+    HistoryWindowView* m_historyView = nullptr;  // made on first use
+    bool m_rendering = false;       // set while core's state is copied into the widgets
+    bool m_commandRunning = false;  // set while a command runs in core
     int m_resets = 0;
     bool m_fitPending = false;
     // The wait for the Web Connector in the status bars; only with that connection.

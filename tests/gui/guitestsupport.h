@@ -88,5 +88,6 @@ inline void press(QWidget* dialog, const char* button) {
 // The suites; main.cpp runs them all.
 int runForm3Tests(int argc, char** argv);
 int runQtUiPortTests(int argc, char** argv);
+int runHistoryWindowTests(int argc, char** argv);
 
 }  // namespace dorvane::test

@@ -9,5 +9,6 @@ int main(int argc, char** argv) {
     int failures = 0;
     failures += dorvane::test::runForm3Tests(argc, argv);
     failures += dorvane::test::runQtUiPortTests(argc, argv);
+    failures += dorvane::test::runHistoryWindowTests(argc, argv);
     return failures == 0 ? 0 : 1;
 }
