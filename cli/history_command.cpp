@@ -44,10 +44,11 @@ std::string oneLine(std::string cell) {
 int history(CommandContext& ctx, const Invocation& args) {
     const std::vector<history::Event> all =
         history::joinHistory(history::readLogs(ctx.app.folder()));
-    const std::vector<history::Event> shown = history::filterHistory(all, filterOf(args));
+    const std::vector<const history::Event*> shown = history::filterHistory(all, filterOf(args));
     if (args.has("--json")) {
         Json doc = Json::array();
-        for (const history::Event& e : shown) {
+        for (const history::Event* event : shown) {
+            const history::Event& e = *event;
             doc.push_back({{"when", e.when},
                            {"event", e.event},
                            {"type", e.type},
@@ -73,9 +74,9 @@ int history(CommandContext& ctx, const Invocation& args) {
         sep = "\t";
     }
     ctx.out << '\n';
-    for (const history::Event& e : shown) {
+    for (const history::Event* e : shown) {
         sep = "";
-        for (std::string& cell : history::historyCells(e)) {
+        for (std::string& cell : history::historyCells(*e)) {
             ctx.out << sep << oneLine(std::move(cell));
             sep = "\t";
         }

@@ -105,7 +105,9 @@ private:
             const auto value = text();
             const auto close = tag();
             if (close.empty()) {
-                addField(record, child, value);  // cut off: what it holds still counts
+                if (m_at == m_text.size()) {
+                    addField(record, child, value);  // the log's last record, cut off
+                }
                 return;
             }
             if (close.size() != child.size() + 1 || !close.starts_with('/') ||
@@ -227,11 +229,12 @@ void fillFrom(Event& e, const platform::Activity& a) {
     }
 }
 
-// The events of one log in file order: an event whose date does not read sorts with the one
-// before it.
-void addDated(std::vector<Event>& out, std::vector<Event> events) {
+// Dates the events of one log, from `from` on, in file order: an event whose date does not read
+// sorts with the one before it.
+void dateAll(std::vector<Event>& events, std::size_t from) {
     std::string previous;
-    for (Event& e : events) {
+    for (std::size_t i = from; i < events.size(); ++i) {
+        Event& e = events[i];
         e.sortKey = sortableDate(e.when);
         e.dated = !e.sortKey.empty();
         if (e.dated) {
@@ -239,7 +242,6 @@ void addDated(std::vector<Event>& out, std::vector<Event> events) {
         } else {
             e.sortKey = previous;
         }
-        out.push_back(std::move(e));
     }
 }
 
@@ -359,11 +361,16 @@ LogTexts readLogs(const platform::ProgramFolder& folder) {
 
 std::vector<Event> joinHistory(const LogTexts& logs) {
     Details details(platform::parseActivityLog(logs.activity));
-    std::vector<Event> events;
-    addDated(events, sentEvents(logs.sent, details));
-    addDated(events, reminderEvents(logs.reminders));
-    addDated(events, importLogEvents(logs.imports, details));
-    addDated(events, exchangeImportEvents(details));
+    std::vector<Event> events = sentEvents(logs.sent, details);
+    dateAll(events, 0);
+    for (std::vector<Event> more :
+         {reminderEvents(logs.reminders), importLogEvents(logs.imports, details),
+          exchangeImportEvents(details)}) {
+        const std::size_t from = events.size();
+        events.insert(events.end(), std::make_move_iterator(more.begin()),
+                      std::make_move_iterator(more.end()));
+        dateAll(events, from);
+    }
     std::stable_sort(events.begin(), events.end(),
                      [](const Event& a, const Event& b) { return a.sortKey < b.sortKey; });
     return events;
@@ -445,7 +452,7 @@ bool isIsoDate(std::string_view date) {
            sortableDate(date).starts_with(date);
 }
 
-std::vector<Event> filterHistory(std::span<const Event> events, const Filter& filter) {
+std::vector<const Event*> filterHistory(std::span<const Event> events, const Filter& filter) {
     const std::string type = text::toLower(text::trim(filter.type));
     const std::string customer(text::trim(filter.customer));
     auto typeMatches = [&](const Event& e) {
@@ -463,7 +470,7 @@ std::vector<Event> filterHistory(std::span<const Event> events, const Filter& fi
                (text::equalsIgnoreCase(type, std::string_view(e.type).substr(0, arrow)) ||
                 text::equalsIgnoreCase(type, std::string_view(e.type).substr(arrow + 5)));
     };
-    std::vector<Event> out;
+    std::vector<const Event*> out;
     for (const Event& e : events) {
         const std::string_view day = std::string_view(e.sortKey).substr(0, 10);
         if ((!filter.since.empty() || !filter.until.empty()) && !e.dated) {
@@ -474,28 +481,23 @@ std::vector<Event> filterHistory(std::span<const Event> events, const Filter& fi
             !containsIgnoringCase(e.party, customer)) {
             continue;
         }
-        out.push_back(e);
+        out.push_back(&e);
     }
     return out;
 }
 
-std::array<std::size_t, kEventNames.size()> countEvents(std::span<const Event> events) {
+std::string summaryText(std::span<const Event* const> events) {
+    if (events.empty()) {
+        return "No events";
+    }
     std::array<std::size_t, kEventNames.size()> counts{};
-    for (const Event& e : events) {
-        const auto it = std::find(kEventNames.begin(), kEventNames.end(), e.event);
+    for (const Event* e : events) {
+        const auto it = std::find(kEventNames.begin(), kEventNames.end(), e->event);
         if (it != kEventNames.end()) {
             ++counts[static_cast<std::size_t>(it - kEventNames.begin())];
         }
     }
-    return counts;
-}
-
-std::string summaryText(std::span<const Event> events) {
-    if (events.empty()) {
-        return "No events";
-    }
     std::string out = std::to_string(events.size()) + (events.size() == 1 ? " event:" : " events:");
-    const auto counts = countEvents(events);
     const char* sep = " ";
     for (std::size_t i = 0; i < counts.size(); ++i) {
         if (counts[i] != 0) {
@@ -504,6 +506,15 @@ std::string summaryText(std::span<const Event> events) {
         }
     }
     return out;
+}
+
+std::string summaryText(std::span<const Event> events) {
+    std::vector<const Event*> all;
+    all.reserve(events.size());
+    for (const Event& e : events) {
+        all.push_back(&e);
+    }
+    return summaryText(all);
 }
 
 }  // namespace dorvane::history

@@ -78,11 +78,12 @@ struct Filter {
 };
 
 // The events that pass. With a date bound, an event whose date could not be read is left out.
-std::vector<Event> filterHistory(std::span<const Event> events, const Filter& filter);
+// They stay where they are: a filter costs a pointer per event that passes.
+std::vector<const Event*> filterHistory(std::span<const Event> events, const Filter& filter);
 
-// How many events of each kind, in kEventNames order.
-std::array<std::size_t, kEventNames.size()> countEvents(std::span<const Event> events);
-// "3 events: 2 sent, 1 import" (kinds without events left out); "No events".
+// "3 events: 2 sent, 1 import" (kinds without events left out, the others in kEventNames
+// order); "No events".
 std::string summaryText(std::span<const Event> events);
+std::string summaryText(std::span<const Event* const> events);
 
 }  // namespace dorvane::history

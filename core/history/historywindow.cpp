@@ -35,11 +35,11 @@ bool HistoryWindow::setFilter(Filter filter) {
 }
 
 void HistoryWindow::show() {
-    const std::vector<Event> shown = filterHistory(m_events, m_filter);
+    const std::vector<const Event*> shown = filterHistory(m_events, m_filter);
     std::vector<ui::ListRow> rows;
     rows.reserve(shown.size());
-    for (const Event& e : shown) {
-        rows.push_back({.cells = historyCells(e), .key = e.txnId});
+    for (const Event* e : shown) {
+        rows.push_back({.cells = historyCells(*e), .key = e->txnId});
     }
     m_list.setRows(std::move(rows));
     m_counts = summaryText(shown);

@@ -125,7 +125,7 @@ TEST(History, JoinsEveryLogRecordWithItsDetailsInOrderOfTime) {
     EXPECT_EQ(summaryText(events),
               "12 events: 4 sent, 1 sent again, 1 test, 1 reminder 2, 2 import, 1 receipt "
               "import, 1 batch import, 1 receipt or batch import");
-    EXPECT_EQ(summaryText({}), "No events");
+    EXPECT_EQ(summaryText(std::span<const Event>{}), "No events");
 }
 
 TEST(History, HostileLogsNeverBreakTheRecordsAround) {
