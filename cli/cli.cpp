@@ -39,10 +39,11 @@ constexpr Command kVersionCommand{
 
 // The commands, in the order the general help lists them.
 constexpr const Command* kCommands[] = {
-    &kListCommand,     &kSendCommand,        &kPdfCommand,          &kRemindCommand,
-    &kImportCommand,   &kImportBatchCommand, &kWebupdateCommand,    &kCompanyCommand,
-    &kSettingsCommand, &kHandheldCommand,    &kWebconnectorCommand, &kRequestCommand,
-    &kSandboxCommand,  &kCheckCommand,       &kHelpCommand,         &kVersionCommand,
+    &kListCommand,    &kSendCommand,     &kPdfCommand,         &kRemindCommand,
+    &kHistoryCommand, &kImportCommand,   &kImportBatchCommand, &kWebupdateCommand,
+    &kCompanyCommand, &kSettingsCommand, &kHandheldCommand,    &kWebconnectorCommand,
+    &kRequestCommand, &kSandboxCommand,  &kCheckCommand,       &kHelpCommand,
+    &kVersionCommand,
 };
 
 constexpr Option kGlobalOptions[] = {

@@ -75,6 +75,7 @@ extern const Command kHandheldCommand;
 extern const Command kWebconnectorCommand;
 extern const Command kSandboxCommand;
 extern const Command kCheckCommand;
+extern const Command kHistoryCommand;
 
 extern const Command kSettingsCommand;
 

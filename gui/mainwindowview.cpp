@@ -26,6 +26,7 @@
 #include <QVBoxLayout>
 
 #include "browser/documenttypes.h"
+#include "gui/historywindowview.h"
 #include "gui/importwindowview.h"
 #include "gui/qtstrings.h"
 #include "gui/reminderswindowview.h"
@@ -179,6 +180,9 @@ void MainWindowView::buildMenus() {
             listViewChanged();  // a refused or busy command leaves the entries as they were
         });
     }
+    view->addSeparator();
+    connect(addEntry(view, "viewHistory", "&History..."), &QAction::triggered, this,
+            [this] { runCommand([this] { openHistoryWindow(); }); });
 
     QMenu* web = addMenu(bar, "webupdate", "Web-Update");
     const std::array<std::pair<const char*, const char*>, 3> webEntries{{
@@ -614,6 +618,13 @@ void MainWindowView::openRemindersWindow() {
     m_remindersView->raise();
     m_remindersView->activateWindow();
     m_app.remindersWindow().open();
+}
+
+void MainWindowView::openHistoryWindow() {
+    if (m_historyView == nullptr) {
+        m_historyView = new HistoryWindowView(m_app.historyWindow(), this);
+    }
+    m_historyView->reloadAndShow();
 }
 
 void MainWindowView::showAbout() {

@@ -40,6 +40,7 @@ class QTreeWidgetItem;
 
 namespace dorvane::gui {
 
+class HistoryWindowView;
 class ImportWindowView;
 class RemindersWindowView;
 class WebConnectorWait;
@@ -109,6 +110,7 @@ private:
     void showPreferences();
     void openImportWindow();
     void openRemindersWindow();
+    void openHistoryWindow();
 
     shell::Application& m_app;
     std::unique_ptr<WindowBinding> m_binding;
@@ -126,6 +128,7 @@ private:
     QAction* m_viewUnpaidOnly = nullptr;
     ImportWindowView* m_importView = nullptr;        // Form1, made on first use
     RemindersWindowView* m_remindersView = nullptr;  // made on first use
+    HistoryWindowView* m_historyView = nullptr;      // made on first use
     bool m_rendering = false;       // set while core's state is copied into the widgets
     bool m_commandRunning = false;  // set while a command runs in core
     int m_resets = 0;

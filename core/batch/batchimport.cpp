@@ -10,6 +10,7 @@
 #include "import/exchangefile.h"
 #include "import/importsurface.h"
 #include "import/receipt.h"
+#include "platform/activitylog.h"
 #include "platform/programfolder.h"
 #include "platform/settings.h"
 #include "qbgateway/gateway.h"
@@ -652,6 +653,12 @@ bool BatchImport::processRecords(const xml::Document& document, const std::vecto
                             " is in QuickBooks, but " + imports::kBatchLogFile +
                             " could not be written (" + logged.error().description + ").");
             }
+            platform::noteActivity(m_folder, {.event = std::string(platform::kActivityBatch),
+                                              .type = "SalesReceipt",
+                                              .txnId = txnId,
+                                              .amount = amount,
+                                              .party = company,
+                                              .outcome = "booked"});
             if (batch) {
                 m_window.setImportStatusText(imports::kReceiptAddedStatus);
                 line("Sales receipt for " + company + " " + amount + " added.");

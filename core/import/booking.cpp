@@ -3,6 +3,7 @@
 
 #include "common/text.h"
 #include "import/exchangefile.h"
+#include "platform/activitylog.h"
 #include "qbgateway/gateway.h"
 #include "qbgateway/response.h"
 
@@ -39,8 +40,10 @@ Booking sendAddRequest(qbgateway::Gateway& gateway, ui::UiPort& ui, std::string_
     if (response.empty()) {
         return {ImportOutcome::Unreachable, std::nullopt};
     }
-    const bool ok = qbgateway::isResponseOK(response, ui);
-    Booking booking{ok ? ImportOutcome::Added : ImportOutcome::Refused, std::nullopt};
+    const Status judged = qbgateway::checkResponseStatus(response, &ui);
+    const bool ok = judged.ok();
+    Booking booking{ok ? ImportOutcome::Added : ImportOutcome::Refused, std::nullopt,
+                    ok ? std::string() : judged.error().description};
     auto answer = xml::Document::parse(response);
     if (ok && answer) {
         if (const xml::Node ret = answer->selectOne("/QBXML/QBXMLMsgsRs/*/*")) {
@@ -48,6 +51,53 @@ Booking sendAddRequest(qbgateway::Gateway& gateway, ui::UiPort& ui, std::string_
         }
     }
     return booking;
+}
+
+void noteBooking(const platform::ProgramFolder& folder, DocumentKind kind, const xml::Node& source,
+                 std::string_view request, const Booking& booking) {
+    std::string_view root = rootElementName(kind);  // "InvoiceRet"
+    if (root.ends_with("Ret")) {
+        root.remove_suffix(3);
+    }
+    platform::Activity a{.event = std::string(platform::kActivityImport),
+                         .kind = std::string(root)};
+    for (const BookedKind& k : kBookedKinds) {
+        if (request.find("<" + std::string(k.add) + ">") != std::string_view::npos) {
+            a.type = bookedType(k);
+            break;
+        }
+    }
+    if (booking.added) {
+        a.number = booking.added->refNumber;
+        a.amount = booking.added->total;
+        a.party = booking.added->party;
+    }
+    // What QuickBooks did not describe, the document that came in says.
+    if (source) {
+        if (a.number.empty()) {
+            a.number = source.valueOf("RefNumber");
+        }
+        for (const char* amount : {"TotalAmount", "Subtotal", "Amount"}) {
+            if (a.amount.empty()) {
+                a.amount = source.valueOf(amount);
+            }
+        }
+        if (a.party.empty()) {
+            a.party = source.valueOf("//CompanyRet/CompanyName");
+        }
+    }
+    switch (booking.outcome) {
+        case ImportOutcome::Added:
+            a.outcome = "booked";
+            break;
+        case ImportOutcome::Refused:
+            a.outcome = "refused: " + booking.refusal;
+            break;
+        default:
+            a.outcome = "QuickBooks not reached";
+            break;
+    }
+    platform::noteActivity(folder, std::move(a));
 }
 
 }  // namespace dorvane::imports

@@ -7,10 +7,15 @@
 #include <string>
 #include <string_view>
 
+#include "import/exchangefile.h"
 #include "xml/xml.h"
 
 namespace dorvane::qbgateway {
 class Gateway;
+}
+
+namespace dorvane::platform {
+class ProgramFolder;
 }
 
 namespace dorvane::ui {
@@ -68,9 +73,15 @@ AddedRecord addedRecord(const xml::Node& ret);
 struct Booking {
     ImportOutcome outcome = ImportOutcome::NotSent;  // Added, Refused or Unreachable
     std::optional<AddedRecord> added;                // what QuickBooks took, when it says
+    std::string refusal{};                           // QuickBooks' reason, when Refused
 };
 
 // Sends one add request (the prolog in front) and judges the answer; a refusal is shown.
 Booking sendAddRequest(qbgateway::Gateway& gateway, ui::UiPort& ui, std::string_view body);
+
+// Notes in the activity log what became of an exchange file's add request: `source` is the
+// document that came in (its root), `kind` its kind ("Invoice").
+void noteBooking(const platform::ProgramFolder& folder, DocumentKind kind, const xml::Node& source,
+                 std::string_view request, const Booking& booking);
 
 }  // namespace dorvane::imports

@@ -429,7 +429,10 @@ bool ImportWindow::convertAndSend(const Conversion& conversion) {
     if (!converted.request || !passesDuplicateGuard(*converted.request)) {
         return false;
     }
-    if (!sendAddRequest(*converted.request)) {
+    const bool added = sendAddRequest(*converted.request);
+    noteBooking(m_folder, conversion.kind, selectConversionRoot(m_document, conversion.kind),
+                *converted.request, m_booking);
+    if (!added) {
         setImportStatusText(kErrorStatus);
         return false;
     }
@@ -442,6 +445,7 @@ bool ImportWindow::convertAndSend(const Conversion& conversion) {
 bool ImportWindow::sendAddRequest(std::string_view body) {
     const Booking booking = imports::sendAddRequest(m_gateway, m_ui, body);
     m_outcome = booking.outcome;
+    m_booking = booking;
     if (booking.added) {
         m_report.added.push_back(*booking.added);
     }

@@ -229,6 +229,7 @@ private:
     xml::Document m_document;
     std::string m_documentKind;
     ImportOutcome m_outcome = ImportOutcome::None;
+    Booking m_booking;  // the last add request's
     ImportReport m_report;
 };
 

@@ -6,6 +6,7 @@
 #include "import/exchangefile.h"
 #include "import/importlog.h"
 #include "import/receipt.h"
+#include "platform/activitylog.h"
 #include "platform/programfolder.h"
 #include "ui/uiport.h"
 
@@ -94,7 +95,15 @@ void ReceiptImport::logBooked(const xml::Document& receipt) {
                             " could not be written (" + logged.error().description +
                             "). A later batch import may add this transaction again.",
                         ui::kProgramTitle, ui::Icon::Exclamation);
+        return;
     }
+    platform::noteActivity(m_folder,
+                           {.event = std::string(platform::kActivityReceipt),
+                            .type = "SalesReceipt",
+                            .txnId = txnId,
+                            .amount = std::string(text::trim(receipt.valueOf("//Amount"))),
+                            .party = std::string(text::trim(receipt.valueOf("//Company"))),
+                            .outcome = "booked"});
 }
 
 }  // namespace dorvane::imports

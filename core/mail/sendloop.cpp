@@ -16,6 +16,7 @@
 #include "common/text.h"
 #include "company/companyinfo.h"
 #include "mail/documentextras.h"
+#include "platform/activitylog.h"
 #include "platform/programfolder.h"
 #include "ui/documentwindow.h"
 #include "ui/uiport.h"
@@ -48,6 +49,21 @@ std::unordered_map<std::string, std::vector<xml::Node>> groupBy(const xml::Docum
         groups[n.valueOf(key)].push_back(n);
     }
     return groups;
+}
+
+// The details of a document the sent log just noted, for the history.
+void noteSent(const platform::ProgramFolder& folder, const browser::DocumentType& type,
+              const xml::Node& record, const RowOutcome& outcome) {
+    platform::noteActivity(
+        folder,
+        {.event = std::string(outcome.test ? platform::kActivityTest : platform::kActivitySent),
+         .type = type.name,
+         .txnId = outcome.key,
+         .number = record ? record.valueOf("RefNumber") : std::string(),
+         .amount = record && type.amount ? record.valueOf(type.amount) : std::string(),
+         .party = outcome.name,
+         .address = outcome.recipient,
+         .outcome = outcome.test ? "test copy" : "sent"});
 }
 
 }  // namespace
@@ -399,8 +415,10 @@ void DocumentSender::runRows(const RunPlan& plan) {
                         outcome.test ? browser::testSentRecord(outcome.key, plan.logType, recipient)
                                      : browser::sentRecord(outcome.key, plan.logType);
                     m_window.sentLogText() += record;
-                    if (Status noted = m_folder.appendProgramFile(record, browser::kSentLogFile);
-                        !noted) {
+                    Status noted = m_folder.appendProgramFile(record, browser::kSentLogFile);
+                    if (noted) {
+                        noteSent(m_folder, plan.type, rendered.record, outcome);
+                    } else {
                         // Whatever goes out after this is never logged and would be mailed
                         // again by the next run: stop here.
                         logBroken = true;

@@ -54,7 +54,8 @@ Application::Application(ui::UiPort& ui, const StartOptions& options,
       m_batchImport(m_importWindow, ui, m_folder, m_gateway, m_importSettings),
       m_webUpdater(m_window, m_folder, m_gateway, m_settings, ui),
       m_handheld(ui, m_folder, m_gateway, m_importWindow,
-                 handheld::folderDeviceFactory(m_settings)) {
+                 handheld::folderDeviceFactory(m_settings)),
+      m_historyWindow(m_folder) {
     MainWindowServices services;
     services.loadCompanyInfo = [this] { m_company.retrieveCompanyInfo(); };
     services.ensureDefaultRecords = [this] { m_defaults.ensureDefaultRecords(); };

@@ -10,6 +10,7 @@
 #include "browser/loaders.h"
 #include "company/companyinfo.h"
 #include "handheld/timetracksync.h"
+#include "history/historywindow.h"
 #include "import/importwindow.h"
 #include "mail/sendloop.h"
 #include "platform/programfolder.h"
@@ -62,6 +63,7 @@ public:
     batch::BatchImport& batchImport() { return m_batchImport; }
     handheld::TimeTrackingSync& handheld() { return m_handheld; }
     webupdate::WebUpdater& webUpdater() { return m_webUpdater; }
+    history::HistoryWindow& historyWindow() { return m_historyWindow; }
     // The Web Connector service when the connection goes through it, else null.
     webconnector::Service* webConnector() { return m_webConnector.get(); }
 
@@ -85,6 +87,7 @@ private:
     batch::BatchImport m_batchImport;
     webupdate::WebUpdater m_webUpdater;
     handheld::TimeTrackingSync m_handheld;
+    history::HistoryWindow m_historyWindow;
 };
 
 }  // namespace dorvane::shell

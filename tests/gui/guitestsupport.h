@@ -89,5 +89,6 @@ inline void press(QWidget* dialog, const char* button) {
 int runForm3Tests(int argc, char** argv);
 int runQtUiPortTests(int argc, char** argv);
 int runRemindersWindowTests(int argc, char** argv);
+int runHistoryWindowTests(int argc, char** argv);
 
 }  // namespace dorvane::test

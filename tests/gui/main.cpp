@@ -10,5 +10,6 @@ int main(int argc, char** argv) {
     failures += dorvane::test::runForm3Tests(argc, argv);
     failures += dorvane::test::runQtUiPortTests(argc, argv);
     failures += dorvane::test::runRemindersWindowTests(argc, argv);
+    failures += dorvane::test::runHistoryWindowTests(argc, argv);
     return failures == 0 ? 0 : 1;
 }
