@@ -11,7 +11,7 @@
   <xsl:output method="html" indent="no" encoding="US-ASCII"/>
 
   <xsl:variable name="title">FINAL NOTICE</xsl:variable>
-  <xsl:variable name="opening">Despite our earlier reminders, the invoices below are still unpaid. Please pay the total due now. If we do not receive payment, we will have to take further steps to collect it.</xsl:variable>
+  <xsl:variable name="opening">The invoices below are long past their due date and still unpaid. Please pay the total due now. If we do not receive payment, we will have to take further steps to collect it.</xsl:variable>
   <xsl:variable name="closing">If you have paid in the meantime, please disregard this notice.</xsl:variable>
 
 </xsl:stylesheet>

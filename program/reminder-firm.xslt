@@ -11,7 +11,7 @@
   <xsl:output method="html" indent="no" encoding="US-ASCII"/>
 
   <xsl:variable name="title">SECOND REMINDER</xsl:variable>
-  <xsl:variable name="opening">We have not yet received payment for the invoices below, although we reminded you of them. Please pay the open balance within the next few days, or let us know if there is a problem with them.</xsl:variable>
+  <xsl:variable name="opening">We have not yet received payment for the invoices below, which are now well past their due date. Please pay the open balance within the next few days, or let us know if there is a problem with them.</xsl:variable>
   <xsl:variable name="closing">Thank you for your prompt attention.</xsl:variable>
 
 </xsl:stylesheet>

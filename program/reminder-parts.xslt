@@ -36,7 +36,12 @@
       <tr><td style="padding:0 0 14px 0;{$title-style}"><xsl:value-of select="$title"/></td></tr>
       <tr>
         <td style="padding:0 0 12px 0;">
-          <xsl:text>Dear </xsl:text><xsl:value-of select="Customer/Name"/><xsl:text>,</xsl:text>
+          <xsl:text>Dear </xsl:text>
+          <xsl:choose>
+            <xsl:when test="normalize-space(Customer/Greeting) != ''"><xsl:value-of select="Customer/Greeting"/></xsl:when>
+            <xsl:otherwise><xsl:value-of select="Customer/Name"/></xsl:otherwise>
+          </xsl:choose>
+          <xsl:text>,</xsl:text>
         </td>
       </tr>
       <tr>
@@ -64,7 +69,12 @@
             </tr>
             <xsl:for-each select="Invoice">
               <tr>
-                <td style="{$cell-style}"><xsl:value-of select="RefNumber"/></td>
+                <td style="{$cell-style}">
+                  <xsl:value-of select="RefNumber"/>
+                  <xsl:if test="normalize-space(Job) != ''">
+                    <br/><span style="font-size:11px;color:#666666;"><xsl:value-of select="Job"/></span>
+                  </xsl:if>
+                </td>
                 <td style="{$cell-style}">
                   <xsl:call-template name="date"><xsl:with-param name="value" select="TxnDate"/></xsl:call-template>
                 </td>

@@ -29,6 +29,26 @@ namespace {
 constexpr const char* kStageNames[kStageCount] = {"friendly", "firm", "final"};
 constexpr const char* kStageKeys[kStageCount] = {"Friendly", "Firm", "Final"};
 
+// Whom a reminder greets: the customer's contact by name ("Ms. Ann Lee"), else the company's
+// name, else the customer's name as QuickBooks lists it.
+std::string greetingFor(const xml::Node& customer, const std::string& name) {
+    if (!customer) {
+        return name;
+    }
+    std::string person;
+    for (const char* part : {"Salutation", "FirstName", "LastName"}) {
+        const std::string value{text::trim(customer.valueOf(part))};
+        if (!value.empty()) {
+            person += (person.empty() ? "" : " ") + value;
+        }
+    }
+    if (!customer.valueOf("FirstName").empty() || !customer.valueOf("LastName").empty()) {
+        return person;
+    }
+    const std::string company{text::trim(customer.valueOf("CompanyName"))};
+    return company.empty() ? name : company;
+}
+
 std::optional<std::chrono::sys_days> parseDate(std::string_view iso) {
     int y = 0;
     unsigned m = 0, d = 0;
@@ -149,6 +169,10 @@ PlanResult Reminders::plan(std::optional<ReminderDays> days) {
     browser::RecipientLookup recipients(m_folder, m_gateway, m_ui);
     recipients.indexListDocument(m_answer);
 
+    std::map<std::string, xml::Node, std::less<>> customers;  // by full name
+    for (xml::Node c : m_answer.selectAll("/QBXML/QBXMLMsgsRs/CustomerQueryRs/CustomerRet")) {
+        customers.emplace(c.valueOf("FullName"), c);
+    }
     std::map<std::pair<std::string, int>, PlannedReminder> messages;  // by customer and stage
     for (xml::Node invoice : m_answer.selectAll("/QBXML/QBXMLMsgsRs/InvoiceQueryRs/InvoiceRet")) {
         OverdueInvoice due;
@@ -171,12 +195,24 @@ PlanResult Reminders::plan(std::optional<ReminderDays> days) {
         due.refNumber = invoice.valueOf("RefNumber");
         due.balance = amountText(cents(due.balance));
         due.record = invoice;
-        const std::string customer = invoice.valueOf("CustomerRef/FullName");
+        // A job's invoices go to its customer, in the customer's message.
+        const std::string fullName = invoice.valueOf("CustomerRef/FullName");
+        const std::string customer = fullName.substr(0, fullName.find(':'));
+        if (fullName.size() > customer.size()) {
+            due.job = fullName.substr(customer.size() + 1);
+        }
         PlannedReminder& message = messages[{customer, stage}];
         if (message.invoices.empty()) {
-            message.customerId = invoice.valueOf("CustomerRef/ListID");
+            const auto found = customers.find(customer);
+            const xml::Node record = found != customers.end() ? found->second : xml::Node();
+            const std::string jobId = invoice.valueOf("CustomerRef/ListID");
+            message.customerId = record ? record.valueOf("ListID") : jobId;
             message.customer = customer;
+            message.greeting = greetingFor(record, customer);
             message.email = recipients.getCustomerEmail(message.customerId);
+            if (message.email.empty() && message.customerId != jobId) {
+                message.email = recipients.getCustomerEmail(jobId);
+            }
             message.stage = stage;
         }
         message.invoices.push_back(std::move(due));
@@ -269,6 +305,7 @@ Result<std::string> Reminders::render(const Rendering& r, const PlannedReminder&
     root.appendElement("CompanyName", r.companyName);
     xml::Node customer = root.appendElement("Customer");
     customer.appendElement("Name", message.customer);
+    customer.appendElement("Greeting", message.greeting);
     customer.appendElement("Email", message.email);
     std::string numbers;
     std::string currency;
@@ -280,6 +317,7 @@ Result<std::string> Reminders::render(const Rendering& r, const PlannedReminder&
         xml::Node row = root.appendElement("Invoice");
         row.appendElement("TxnID", invoice.txnId);
         row.appendElement("RefNumber", invoice.refNumber);
+        row.appendElement("Job", invoice.job);
         row.appendElement("TxnDate", invoice.txnDate);
         row.appendElement("DueDate", invoice.dueDate);
         row.appendElement("DaysOverdue", std::to_string(invoice.daysOverdue));

@@ -69,14 +69,17 @@ struct OverdueInvoice {
     std::string dueDate;  // the invoice's date when it names none
     int daysOverdue = 0;
     std::string balance;  // BalanceRemaining, two decimals
+    std::string job;      // the customer's job the invoice is for; empty: the customer's own
     xml::Node record;     // the InvoiceRet in the plan's answer
 };
 
-// One message: a customer's overdue invoices of one stage.
+// One message: a customer's overdue invoices of one stage, those of the customer's jobs
+// included.
 struct PlannedReminder {
     std::string customerId;
-    std::string customer;
-    std::string email;  // empty: QuickBooks has no address for the customer
+    std::string customer;  // the customer's name, without a job
+    std::string greeting;  // whom "Dear ..." names: the contact's name, else the customer's
+    std::string email;     // empty: QuickBooks has no address for the customer
     int stage = 0;
     std::vector<OverdueInvoice> invoices;
     std::string total;  // two decimals

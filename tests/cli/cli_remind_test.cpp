@@ -55,7 +55,7 @@ TEST_F(CliRemind, AsksThenSaysWhatBecameOfEachReminder) {
     EXPECT_EQ(out,
               "Able Co\t1 friendly\t501,502\t170.00\table@example.test\tsent\n"
               "Able Co\t3 final\t503\t80.00\table@example.test\tsent\n"
-              "Baker\t2 firm\t601\t30.00\tbaker@example.test\tsent\n"
+              "Baker\t2 firm\t601,604\t70.00\tbaker@example.test\tsent\n"
               "Carr\t2 firm\t701\t70.00\t-\tnot sent: QuickBooks has no e-mail address for Carr: "
               "enter one for the customer in QuickBooks\n");
     EXPECT_NE(err.find("3 sent, 1 not sent; noted in "), std::string::npos) << err;
@@ -98,7 +98,7 @@ TEST_F(CliRemind, ARunKilledAfterAnAcceptedReminderSendsEachOnlyOnce) {
     EXPECT_EQ(messages, (std::map<std::string, int>{
                             {"able@example.test Final notice - invoice no. 503", 1},
                             {"able@example.test Payment reminder - invoice no. 501, 502", 1},
-                            {"baker@example.test Second reminder - invoice no. 601", 1}}));
+                            {"baker@example.test Second reminder - invoice no. 601, 604", 1}}));
 }
 
 }  // namespace

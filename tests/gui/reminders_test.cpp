@@ -59,7 +59,7 @@ void RemindersWindowTest::theMenuOpensTheListOfPlannedRemindersToTickAndPreview(
              (QStringList{
                  QStringLiteral("[x] Able Co|1 friendly|501, 502|170.00|able@example.test|Ready"),
                  QStringLiteral("[x] Able Co|3 final|503|80.00|able@example.test|Ready"),
-                 QStringLiteral("[x] Baker|2 firm|601|30.00|baker@example.test|Ready"),
+                 QStringLiteral("[x] Baker|2 firm|601, 604|70.00|baker@example.test|Ready"),
                  QStringLiteral("[ ] Carr|2 firm|701|70.00||No e-mail address")}));
 
     // A tick taken off leaves that message out of the preview.

@@ -5,8 +5,9 @@
 // With the days 1,15,30 and nothing reminded yet the reminders due are:
 //   Able Co   stage 1: 501 (8 days past due, 120.00) and 502 (3 days, 50.00)
 //   Able Co   stage 3: 503 (48 days, never reminded: the final one only)
-//   Baker     stage 2: 601 (24 days, 30.00); 602 is paid (the payment goes to the oldest
-//             invoice), 603 is not due yet
+//   Baker     stage 2: 601 (24 days, 30.00) and 604 of its job Baker:Kitchen (21 days,
+//             40.00, the job without an address of its own); 602 is paid (the payment goes to
+//             the oldest invoice), 603 is not due yet
 //   Carr      stage 2: 701 (17 days), without an e-mail address
 #pragma once
 
@@ -27,14 +28,18 @@ inline std::string overdueInvoice(const std::string& customer, const std::string
 }
 
 inline std::string overdueCompanyRequest() {
-    auto customer = [](const std::string& name, const std::string& email) {
-        return "<CustomerAddRq><CustomerAdd><Name>" + name + "</Name>" +
+    auto customer = [](const std::string& name, const std::string& email,
+                       const std::string& more = "") {
+        return "<CustomerAddRq><CustomerAdd><Name>" + name + "</Name>" + more +
                (email.empty() ? "" : "<Email>" + email + "</Email>") +
                "</CustomerAdd></CustomerAddRq>";
     };
     return "<?xml version=\"1.0\" ?><?qbxml version=\"13.0\"?><QBXML><QBXMLMsgsRq "
            "onError=\"stopOnError\">" +
-           customer("Able Co", "able@example.test") + customer("Baker", "baker@example.test") +
+           customer("Able Co", "able@example.test") +
+           customer("Baker", "baker@example.test",
+                    "<FirstName>Bea</FirstName><LastName>Baker</LastName>") +
+           customer("Kitchen", "", "<ParentRef><FullName>Baker</FullName></ParentRef>") +
            customer("Carr", "") +
            "<ItemServiceAddRq><ItemServiceAdd><Name>Labor</Name><SalesOrPurchase><Price>10.00"
            "</Price><AccountRef><FullName>Sales</FullName></AccountRef></SalesOrPurchase>"
@@ -45,6 +50,7 @@ inline std::string overdueCompanyRequest() {
            overdueInvoice("Baker", "601", "2026-10-25", "30.00") +
            overdueInvoice("Baker", "602", "2026-10-20", "45.00", "2026-08-01") +
            overdueInvoice("Baker", "603", "2026-12-01", "99.00") +
+           overdueInvoice("Baker:Kitchen", "604", "2026-10-28", "40.00") +
            overdueInvoice("Carr", "701", "2026-11-01", "70.00") +
            "<ReceivePaymentAddRq><ReceivePaymentAdd><CustomerRef><FullName>Baker</FullName>"
            "</CustomerRef><TotalAmount>45.00</TotalAmount><IsAutoApply>true</IsAutoApply>"

@@ -81,7 +81,7 @@ protected:
 
 const std::string kAble1 = "Able Co 1 501,502 170.00 able@example.test";
 const std::string kAble3 = "Able Co 3 503 80.00 able@example.test";
-const std::string kBaker2 = "Baker 2 601 30.00 baker@example.test";
+const std::string kBaker2 = "Baker 2 601,604 70.00 baker@example.test";
 const std::string kCarr2 = "Carr 2 701 70.00 ";
 
 // The HTML part of a message, and the names of its PDF files.
@@ -158,8 +158,13 @@ TEST_F(RemindTest, EachInvoiceGetsEachStageOnceAndAPaidOneNoMore) {
         EXPECT_NE(first.find(expected), std::string::npos) << expected;
     }
     EXPECT_EQ(first.find("503"), std::string::npos);
+    // A job's invoice goes into its customer's message, which greets the customer's contact.
+    const std::string baker = htmlOf(accepted[2]);
+    for (const char* expected : {"Dear Bea Baker,", "Kitchen", "604", "70.00"}) {
+        EXPECT_NE(baker.find(expected), std::string::npos) << expected;
+    }
     const auto records = log();
-    ASSERT_EQ(records.size(), 4u);
+    ASSERT_EQ(records.size(), 5u);
     EXPECT_EQ(records[0].refNumber, "501");
     EXPECT_EQ(records[2].stage, 3);
     EXPECT_EQ(records[3].sentTo, "baker@example.test");
@@ -183,7 +188,7 @@ TEST_F(RemindTest, EachInvoiceGetsEachStageOnceAndAPaidOneNoMore) {
         "</ReceivePaymentAddRq></QBXMLMsgsRq></QBXML>");
     EXPECT_EQ(plan(ReminderDays{1, 2, 5}),
               (Lines{"Able Co 2 502 50.00 able@example.test",
-                     "Baker 3 601 30.00 baker@example.test", "Carr 3 701 70.00 "}));
+                     "Baker 3 601,604 70.00 baker@example.test", "Carr 3 701 70.00 "}));
 }
 
 TEST_F(RemindTest, TestModeSendsToTheTestAddressWithPdfCopiesAndPayLinks) {
