@@ -238,7 +238,8 @@ void dateAll(std::vector<Event>& events, std::size_t from) {
         e.sortKey = sortableDate(e.when);
         e.dated = !e.sortKey.empty();
         if (e.dated) {
-            previous = e.sortKey;
+            // Every log's dates read alike: "YYYY-MM-DD HH:MM:SS".
+            previous = e.when = e.sortKey;
         } else {
             e.sortKey = previous;
         }

@@ -37,7 +37,7 @@ inline constexpr std::array<std::string_view, 11> kEventNames = {
 };
 
 struct Event {
-    std::string when;     // as the log wrote it
+    std::string when;     // YYYY-MM-DD HH:MM:SS; as the log wrote it when it does not read
     std::string sortKey;  // "YYYY-MM-DD HH:MM:SS" read from `when`; see `dated`
     bool dated = false;   // `when` read as a date; otherwise sortKey is the previous record's
     std::string event;    // one of kEventNames
