@@ -91,9 +91,15 @@ std::vector<ReminderRecord> parseReminderLog(std::string_view text) {
     constexpr std::string_view kOpen = "<Reminder>", kTestOpen = "<TestReminder>";
     std::vector<ReminderRecord> records;
     std::size_t pos = 0;
+    // The next start of each kind, searched again only once passed: one pass over the text.
+    std::size_t plain = text.find(kOpen), test = text.find(kTestOpen);
     while (pos < text.size()) {
-        const std::size_t plain = text.find(kOpen, pos);
-        const std::size_t test = text.find(kTestOpen, pos);
+        if (plain < pos) {
+            plain = text.find(kOpen, pos);
+        }
+        if (test < pos) {
+            test = text.find(kTestOpen, pos);
+        }
         if (plain == std::string_view::npos && test == std::string_view::npos) {
             break;
         }
