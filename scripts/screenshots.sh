@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Draws the README's pictures (docs/*.png) from the real program, offscreen: the main window
 # on the sandbox's demo company, an invoice as it is mailed, the import window with a
-# vendor's invoice and the preferences' QuickBooks connection page. Needs a build with the window
+# vendor's invoice, the overdue reminders window and the preferences' pages. Needs a build with the window
 # (scripts/setup.sh build).
 set -euo pipefail
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)

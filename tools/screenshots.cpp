@@ -8,6 +8,7 @@
 #include <fstream>
 #include <iostream>
 
+#include <QAction>
 #include <QApplication>
 #include <QPushButton>
 #include <QTabWidget>
@@ -154,6 +155,20 @@ int main(int argc, char** argv) {
             if (!save(*importWindow, out / "import-window.png")) {
                 status = 1;
             }
+        }
+
+        // The overdue reminders the demo company has due, as the E-Mail menu opens them.
+        if (auto* action = window.findChild<QAction*>(QStringLiteral("remindersAction"))) {
+            action->trigger();
+        }
+        if (auto* reminders = window.findChild<QWidget*>(QStringLiteral("RemindersWindow"))) {
+            reminders->resize(900, 420);
+            if (!save(*reminders, out / "reminders-window.png")) {
+                status = 1;
+            }
+            reminders->close();
+        } else {
+            status = 1;
         }
 
         // The preferences' QuickBooks connection page, filled in as an office fills it in.
