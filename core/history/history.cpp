@@ -361,16 +361,21 @@ LogTexts readLogs(const platform::ProgramFolder& folder) {
 }
 
 std::vector<Event> joinHistory(const LogTexts& logs) {
-    Details details(platform::parseActivityLog(logs.activity));
-    std::vector<Event> events = sentEvents(logs.sent, details);
-    dateAll(events, 0);
-    for (std::vector<Event> more :
-         {reminderEvents(logs.reminders), importLogEvents(logs.imports, details),
-          exchangeImportEvents(details)}) {
+    std::vector<Event> events;
+    auto add = [&events](std::vector<Event> more) {
         const std::size_t from = events.size();
         events.insert(events.end(), std::make_move_iterator(more.begin()),
                       std::make_move_iterator(more.end()));
         dateAll(events, from);
+    };
+    {
+        // The details are needed only while the logs' records are read.
+        Details details(platform::parseActivityLog(logs.activity));
+        events = sentEvents(logs.sent, details);
+        dateAll(events, 0);
+        add(reminderEvents(logs.reminders));
+        add(importLogEvents(logs.imports, details));
+        add(exchangeImportEvents(details));
     }
     std::stable_sort(events.begin(), events.end(),
                      [](const Event& a, const Event& b) { return a.sortKey < b.sortKey; });
