@@ -117,13 +117,7 @@ void HistoryWindowView::changed(std::string_view what) {
 void HistoryWindowView::renderList() {
     const ui::ListModel& list = m_window.list();
     m_list->setUpdatesEnabled(false);
-    m_list->clear();
-    QStringList captions;
-    for (const ui::ListColumn& column : list.columns()) {
-        captions << toQString(column.caption);
-    }
-    m_list->setColumnCount(static_cast<int>(captions.size()));
-    m_list->setHeaderLabels(captions);
+    resetListColumns(*m_list, list);
     QList<QTreeWidgetItem*> items;
     items.reserve(list.rowCount());
     for (const ui::ListRow& row : list.rows()) {

@@ -406,17 +406,7 @@ void MainWindowView::listReset() {
     const ui::ListModel& list = m_app.window().list();
     const QScopedValueRollback rendering(m_rendering, true);
     m_listView->setUpdatesEnabled(false);
-    m_listView->clear();
-
-    QStringList captions;
-    for (const ui::ListColumn& column : list.columns()) {
-        captions << toQString(column.caption);
-    }
-    if (captions.isEmpty()) {
-        captions << QString();
-    }
-    m_listView->setColumnCount(static_cast<int>(captions.size()));
-    m_listView->setHeaderLabels(captions);
+    resetListColumns(*m_listView, list);
 
     QList<QTreeWidgetItem*> items;
     items.reserve(list.rowCount());

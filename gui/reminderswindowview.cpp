@@ -64,13 +64,7 @@ RemindersWindowView::~RemindersWindowView() {
 void RemindersWindowView::listReset() {
     const ui::ListModel& list = m_window.list();
     const QScopedValueRollback rendering(m_rendering, true);
-    m_list->clear();
-    QStringList captions;
-    for (const ui::ListColumn& column : list.columns()) {
-        captions << toQString(column.caption);
-    }
-    m_list->setColumnCount(static_cast<int>(captions.size()));
-    m_list->setHeaderLabels(captions);
+    resetListColumns(*m_list, list);
     for (const ui::ListRow& row : list.rows()) {
         auto* item = new QTreeWidgetItem(m_list);
         renderRow(item, row);

@@ -4,9 +4,11 @@
 #include <QAction>
 #include <QLabel>
 #include <QMenu>
+#include <QTreeWidget>
 #include <QWidget>
 
 #include "gui/qtstrings.h"
+#include "ui/listmodel.h"
 
 namespace dorvane::gui {
 
@@ -76,6 +78,19 @@ void WindowBinding::renderState(std::string_view name) {
         action->setVisible(state.visible);
         action->setEnabled(state.enabled);
     }
+}
+
+void resetListColumns(QTreeWidget& view, const ui::ListModel& list) {
+    view.clear();
+    QStringList captions;
+    for (const ui::ListColumn& column : list.columns()) {
+        captions << toQString(column.caption);
+    }
+    if (captions.isEmpty()) {
+        captions << QString();
+    }
+    view.setColumnCount(static_cast<int>(captions.size()));
+    view.setHeaderLabels(captions);
 }
 
 }  // namespace dorvane::gui

@@ -20,7 +20,12 @@
 
 class QLabel;
 class QObject;
+class QTreeWidget;
 class QWidget;
+
+namespace dorvane::ui {
+class ListModel;
+}
 
 namespace dorvane::gui {
 
@@ -49,5 +54,9 @@ private:
     ChangeHandler m_onChange;
     QHash<QString, QObject*> m_controls;  // the table's, by name
 };
+
+// Empties a list view and gives it the list model's columns (one blank one when the model has
+// none, so that the header stays).
+void resetListColumns(QTreeWidget& view, const ui::ListModel& list);
 
 }  // namespace dorvane::gui
