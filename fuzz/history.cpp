@@ -2,12 +2,13 @@
 // The logs the history reads, as a user may have edited them: the first byte chooses the sent
 // log, the reminder log, the import log or the activity log, the rest is its text. Joined,
 // summed up and filtered as `dorvane history` and the History window do.
+#include "history/history.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
 
 #include "fuzzkit.h"
-#include "history/history.h"
 
 using namespace dorvane;
 
