@@ -123,6 +123,11 @@ MainWindowView::MainWindowView(shell::Application& app, QWidget* parent)
 }
 
 MainWindowView::~MainWindowView() {
+    // QWidget's destructor still hides the children, and the list's header then reports its
+    // sections resized: by then this view is gone, so nothing of it may hear that.
+    m_listView->header()->disconnect(this);
+    m_listView->disconnect(this);
+    m_listSearch->disconnect(this);
     m_app.window().list().setObserver(nullptr);
 }
 
