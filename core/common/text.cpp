@@ -4,7 +4,9 @@
 #include <algorithm>
 #include <cctype>
 #include <charconv>
+#include <cmath>
 #include <cstdio>
+#include <cstdlib>
 
 namespace dorvane::text {
 
@@ -84,6 +86,21 @@ std::string twoDecimals(double amount) {
     char out[64];
     std::snprintf(out, sizeof out, "%.2f", amount);
     return out;
+}
+
+long long toCents(std::string_view amount) {
+    return std::llround(std::strtod(std::string(amount).c_str(), nullptr) * 100.0);
+}
+
+std::string centsText(long long cents, bool grouped) {
+    const unsigned long long whole = cents < 0 ? 0ULL - static_cast<unsigned long long>(cents)
+                                               : static_cast<unsigned long long>(cents);
+    std::string units = std::to_string(whole / 100);
+    for (std::size_t at = units.size(); grouped && at > 3; at -= 3) {
+        units.insert(at - 3, ",");
+    }
+    const unsigned long long rest = whole % 100;
+    return (cents < 0 ? "-" : "") + units + (rest < 10 ? ".0" : ".") + std::to_string(rest);
 }
 
 std::string signedDecimal(std::uint32_t code) {

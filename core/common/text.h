@@ -24,6 +24,10 @@ std::optional<std::int16_t> toInt16(std::string_view in);
 
 // An amount as two decimals ("1234.50"), no thousands separator.
 std::string twoDecimals(double amount);
+// An amount as QuickBooks writes it ("1234.5", "-80.00") in whole cents; 0 when it does not read.
+long long toCents(std::string_view amount);
+// Cents as two decimals ("1234.50"); `grouped` puts commas between thousands ("1,234.50").
+std::string centsText(long long cents, bool grouped = false);
 
 // A signed 32-bit code as decimal text (0x80040416 becomes -2147220458).
 std::string signedDecimal(std::uint32_t code);

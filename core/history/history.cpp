@@ -3,8 +3,8 @@
 
 #include <algorithm>
 #include <cctype>
+#include <chrono>
 #include <cstdio>
-#include <deque>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -15,6 +15,7 @@
 #include "platform/activitylog.h"
 #include "platform/programfolder.h"
 #include "remind/reminderlog.h"
+#include "xml/xml.h"
 
 namespace dorvane::history {
 namespace {
@@ -130,30 +131,6 @@ private:
     std::size_t m_at = 0;
 };
 
-// Element text as the test records escape it.
-std::string unescaped(std::string_view raw) {
-    static constexpr std::pair<std::string_view, char> kEntities[] = {
-        {"&amp;", '&'}, {"&lt;", '<'}, {"&gt;", '>'}, {"&quot;", '"'}, {"&apos;", '\''}};
-    std::string out;
-    out.reserve(raw.size());
-    for (std::size_t i = 0; i < raw.size(); ++i) {
-        const char* known = nullptr;
-        std::size_t length = 0;
-        if (raw[i] == '&') {
-            for (const auto& [entity, c] : kEntities) {
-                if (raw.substr(i).starts_with(entity)) {
-                    known = &c;
-                    length = entity.size();
-                    break;
-                }
-            }
-        }
-        out += known ? *known : raw[i];
-        i += length ? length - 1 : 0;
-    }
-    return out;
-}
-
 // ---- dates -----------------------------------------------------------------------------
 
 // Reads an unsigned number of 1 to `maxDigits` digits at `p`.
@@ -168,12 +145,11 @@ bool readNumber(std::string_view s, std::size_t& p, int maxDigits, int& value) {
 }
 
 bool validDate(int year, int month, int day) {
-    static constexpr int kDays[] = {31, 29, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-    if (year < 1 || month < 1 || month > 12 || day < 1 || day > kDays[month - 1]) {
-        return false;
-    }
-    const bool leap = (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
-    return month != 2 || day < 29 || leap;
+    return year >= 1 &&
+           std::chrono::year_month_day{std::chrono::year{year},
+                                       std::chrono::month{static_cast<unsigned>(month)},
+                                       std::chrono::day{static_cast<unsigned>(day)}}
+               .ok();
 }
 
 // ---- the join ----------------------------------------------------------------------------
@@ -186,7 +162,7 @@ public:
         for (std::size_t i = 0; i < m_records.size(); ++i) {
             const auto& a = m_records[i];
             if (a.event != platform::kActivityImport) {
-                m_queues[key(group(a.event), a.txnId)].push_back(i);
+                m_queues[key(group(a.event), a.txnId)].records.push_back(i);
             }
         }
     }
@@ -196,9 +172,7 @@ public:
         if (found == m_queues.end() || found->second.empty()) {
             return nullptr;
         }
-        const std::size_t i = found->second.front();
-        found->second.pop_front();
-        return &m_records[i];
+        return &m_records[found->second.take()];
     }
 
     const std::vector<platform::Activity>& records() const { return m_records; }
@@ -215,8 +189,17 @@ private:
         return k;
     }
 
+    // The records of one transaction's events, in file order, and how many were taken. A
+    // transaction mostly has one, so a vector (not a deque, which takes a block each) holds them.
+    struct Queue {
+        std::vector<std::size_t> records;
+        std::size_t taken = 0;
+        bool empty() const { return taken == records.size(); }
+        std::size_t take() { return records[taken++]; }
+    };
+
     std::vector<platform::Activity> m_records;
-    std::unordered_map<std::string, std::deque<std::size_t>> m_queues;
+    std::unordered_map<std::string, Queue> m_queues;
 };
 
 void fillFrom(Event& e, const platform::Activity& a) {
@@ -255,9 +238,9 @@ std::vector<Event> sentEvents(std::string_view log, Details& details) {
         Event e;
         const bool test = r.name.starts_with("Test") && !text::trim(r.field("TestTxnID")).empty();
         if (test) {
-            e.txnId = unescaped(r.field("TestTxnID"));
+            e.txnId = xml::unescapeText(r.field("TestTxnID"));
             e.type = std::string(r.name.substr(4));
-            e.address = unescaped(r.field("SentTo"));
+            e.address = xml::unescapeText(r.field("SentTo"));
             e.event = "test";
             e.outcome = "test copy";
         } else if (!text::trim(r.field("TxnID")).empty()) {

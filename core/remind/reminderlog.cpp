@@ -32,30 +32,7 @@ std::string valueOf(std::string_view line, std::string_view tag) {
     if (end == std::string_view::npos) {
         return {};
     }
-    std::string_view raw = line.substr(start, end - start);
-    std::string out;
-    out.reserve(raw.size());
-    for (std::size_t i = 0; i < raw.size(); ++i) {
-        if (raw[i] != '&') {
-            out += raw[i];
-            continue;
-        }
-        static constexpr std::pair<std::string_view, char> kEntities[] = {
-            {"&amp;", '&'}, {"&lt;", '<'}, {"&gt;", '>'}, {"&quot;", '"'}, {"&apos;", '\''}};
-        bool known = false;
-        for (const auto& [entity, c] : kEntities) {
-            if (raw.substr(i).starts_with(entity)) {
-                out += c;
-                i += entity.size() - 1;
-                known = true;
-                break;
-            }
-        }
-        if (!known) {
-            out += '&';
-        }
-    }
-    return out;
+    return xml::unescapeText(line.substr(start, end - start));
 }
 
 }  // namespace

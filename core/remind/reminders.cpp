@@ -3,7 +3,6 @@
 
 #include <cerrno>
 #include <chrono>
-#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <map>
@@ -61,18 +60,6 @@ std::optional<std::chrono::sys_days> parseDate(std::string_view iso) {
         return std::nullopt;
     }
     return std::chrono::sys_days(date);
-}
-
-// An amount in cents; QuickBooks writes two decimals.
-long long cents(const std::string& amount) {
-    return std::llround(std::strtod(amount.c_str(), nullptr) * 100.0);
-}
-
-std::string amountText(long long cents) {
-    const long long whole = (cents < 0 ? -cents : cents) / 100;
-    const long long rest = (cents < 0 ? -cents : cents) % 100;
-    return std::string(cents < 0 ? "-" : "") + std::to_string(whole) + "." +
-           (rest < 10 ? "0" : "") + std::to_string(rest);
 }
 
 const browser::DocumentType& invoiceType() {
@@ -184,7 +171,7 @@ PlanResult Reminders::plan(std::optional<ReminderDays> days) {
             due.dueDate = due.txnDate;
         }
         const auto dueDay = parseDate(due.dueDate);
-        if (cents(due.balance) <= 0 || due.txnId.empty() || !dueDay || !today) {
+        if (text::toCents(due.balance) <= 0 || due.txnId.empty() || !dueDay || !today) {
             continue;
         }
         due.daysOverdue = static_cast<int>((*today - *dueDay).count());
@@ -193,7 +180,7 @@ PlanResult Reminders::plan(std::optional<ReminderDays> days) {
             continue;
         }
         due.refNumber = invoice.valueOf("RefNumber");
-        due.balance = amountText(cents(due.balance));
+        due.balance = text::centsText(text::toCents(due.balance));
         due.record = invoice;
         // A job's invoices go to its customer, in the customer's message.
         const std::string fullName = invoice.valueOf("CustomerRef/FullName");
@@ -220,9 +207,9 @@ PlanResult Reminders::plan(std::optional<ReminderDays> days) {
     for (auto& [key, message] : messages) {
         long long total = 0;
         for (const OverdueInvoice& invoice : message.invoices) {
-            total += cents(invoice.balance);
+            total += text::toCents(invoice.balance);
         }
-        message.total = amountText(total);
+        message.total = text::centsText(total);
         m_plan.push_back(std::move(message));
     }
     status("");

@@ -2,8 +2,6 @@
 #include "shell/mainwindow.h"
 
 #include <algorithm>
-#include <cmath>
-#include <cstdlib>
 
 #include "browser/documenttypes.h"
 #include "common/text.h"
@@ -35,18 +33,6 @@ std::string timeframeWords(const std::string& name) {
         out += name[i];
     }
     return out;
-}
-
-// Cents as "1,234.50".
-std::string groupedAmount(long long cents) {
-    const bool negative = cents < 0;
-    const unsigned long long whole = static_cast<unsigned long long>(negative ? -cents : cents);
-    std::string units = std::to_string(whole / 100);
-    for (std::size_t at = units.size(); at > 3; at -= 3) {
-        units.insert(at - 3, ",");
-    }
-    const unsigned long long rest = whole % 100;
-    return (negative ? "-" : "") + units + (rest < 10 ? ".0" : ".") + std::to_string(rest);
 }
 
 std::string counted(int n, const char* one, const char* many) {
@@ -199,7 +185,7 @@ std::string MainWindow::listSummary() const {
         }
         ++ticked;
         if (amount < row.cells.size()) {
-            cents += std::llround(std::strtod(row.cells[amount].c_str(), nullptr) * 100);
+            cents += text::toCents(row.cells[amount]);
         }
     }
     const int rows = m_list.rowCount();
@@ -209,7 +195,7 @@ std::string MainWindow::listSummary() const {
                       : std::to_string(shown) + " of " + counted(rows, "row", "rows") + " shown";
     text += " · " + std::to_string(ticked) + " ticked";
     if (amount != browser::kNoCell) {
-        text += std::string(" · ") + sum + " " + groupedAmount(cents);
+        text += std::string(" · ") + sum + " " + text::centsText(cents, true);
     }
     return text;
 }

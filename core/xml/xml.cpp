@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "xml/xml.h"
 
+#include <charconv>
 #include <climits>
 #include <cstdint>
+#include <utility>
 
 #include <libxml/entities.h>
 #include <libxml/xmlsave.h>
@@ -1044,6 +1046,48 @@ std::string escapeText(std::string_view text) {
     }
     std::string out(reinterpret_cast<const char*>(escaped));
     xmlFree(escaped);
+    return out;
+}
+
+std::string unescapeText(std::string_view text) {
+    static constexpr std::pair<std::string_view, char> kNamed[] = {
+        {"&amp;", '&'}, {"&lt;", '<'}, {"&gt;", '>'}, {"&quot;", '"'}, {"&apos;", '\''}};
+    std::string out;
+    out.reserve(text.size());
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] != '&') {
+            out += text[i];
+            continue;
+        }
+        const std::string_view rest = text.substr(i);
+        bool known = false;
+        for (const auto& [entity, c] : kNamed) {
+            if (rest.starts_with(entity)) {
+                out += c;
+                i += entity.size() - 1;
+                known = true;
+                break;
+            }
+        }
+        if (!known && rest.starts_with("&#")) {
+            const bool hex = rest.size() > 2 && (rest[2] == 'x' || rest[2] == 'X');
+            const std::size_t from = hex ? 3 : 2;
+            const std::size_t semi = rest.find(';');
+            unsigned code = 0;
+            if (semi != std::string_view::npos && semi > from && semi <= from + 3) {
+                const auto [end, ec] =
+                    std::from_chars(rest.data() + from, rest.data() + semi, code, hex ? 16 : 10);
+                if (ec == std::errc() && end == rest.data() + semi && code < 0x80) {
+                    out += static_cast<char>(code);
+                    i += semi;
+                    known = true;
+                }
+            }
+        }
+        if (!known) {
+            out += '&';
+        }
+    }
     return out;
 }
 

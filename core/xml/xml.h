@@ -172,6 +172,10 @@ private:
 // `text` with the characters that markup gives meaning to (& < > " and CR) as references, for
 // building XML by hand.
 std::string escapeText(std::string_view text);
+// The reverse of escapeText, for values read back from records written with it: the five
+// named references and character references of ASCII characters become their characters;
+// anything else stays as it is.
+std::string unescapeText(std::string_view text);
 
 // Whether `text` declares a document type with an internal subset (entity or element
 // declarations) before its root element. Linear in the prolog's length; for answers that

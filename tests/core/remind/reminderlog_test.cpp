@@ -13,7 +13,7 @@ ReminderRecord record(std::string txnId, int stage, bool test = false) {
     r.txnId = std::move(txnId);
     r.stage = stage;
     r.refNumber = "50";
-    r.customer = "Smith & <Sons> \"Ltd\"</Customer><Stage>9";
+    r.customer = "Smith & <Sons> \"Ltd\"\r</Customer><Stage>9";
     r.txnDate = "2026-09-01";
     r.dueDate = "2026-10-01";
     r.balance = "120.00";
@@ -30,7 +30,7 @@ TEST(ReminderLog, RecordsReadBackAndIndexAnswersByStage) {
                       reminderRecord(record("A-10", 1));
     const auto records = parseReminderLog(log);
     ASSERT_EQ(records.size(), 4u);
-    EXPECT_EQ(records[0].customer, "Smith & <Sons> \"Ltd\"</Customer><Stage>9");
+    EXPECT_EQ(records[0].customer, "Smith & <Sons> \"Ltd\"\r</Customer><Stage>9");
     EXPECT_EQ(records[1].stage, 2);
     EXPECT_TRUE(records[2].test);
     EXPECT_EQ(records[3].sentDate, "2026-11-18T10:00:00");
